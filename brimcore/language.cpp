@@ -1,0 +1,112 @@
+// Looking localised strings up.
+
+#include "language.h"
+
+#include "../utilities/startup.h"
+#include "configRef.h"
+#include "events.h"
+#include "language_tables.h"
+
+namespace {
+
+[[gnu::init_priority(START_ITEMS)]] configString defaultLanguage("defaultLanguage", "English");
+
+const std::string& negativeIndex() {
+  static const auto& text = *new std::string("<negative string index>");
+  return text;
+}
+
+const std::string& indexTooLarge() {
+  static const auto& text = *new std::string("<string index too large>");
+  return text;
+}
+
+const std::string& vectorNotFound() {
+  static const auto& text = *new std::string("<string vector not found>");
+  return text;
+}
+
+const std::string& at(const std::vector<std::string>& texts, std::size_t index) {
+  return index < texts.size() ? texts[index] : indexTooLarge();
+}
+
+const std::string& declaredPhrase(const std::string& vectorName, std::size_t index) {
+  const auto found = defaultVectors().find(vectorName);
+  return found != defaultVectors().end() ? at(found->second.back().defaults, index)
+                                         : vectorNotFound();
+}
+
+}  // namespace
+
+languageTable& languages() {
+  static auto& table = *new languageTable;
+  return table;
+}
+
+// --- language --------------------------------------------------------------
+
+language::language(const std::string& name) : m_name(registerName(name)) {}
+
+std::string language::registerName(const std::string& name) {
+  if (name.empty()) {
+    return name;
+  }
+  if (!languages().try_emplace(name, this).second) {
+    commonEvent(SEVERE, AUD_AUDIT | AUD_DEVEL, EC_DUPL_VALUE, name, "language::registerName");
+    return std::string();
+  }
+  return name;
+}
+
+std::string language::code() const {
+  return m_code.empty() ? "en" : m_code;
+}
+
+bool language::load(const std::string& source) {
+  commonEvent(FAILURE, AUD_ALL, EC_NOT_IMPL, source, "language::load");
+  return false;
+}
+
+language& language::find(const std::string& name) {
+  const auto found = languages().find(name);
+  return found != languages().end() ? *found->second : Default();
+}
+
+language& language::Default() {
+  const std::string& wanted = defaultLanguage.value(false);
+  if (!wanted.empty()) {
+    const auto found = languages().find(wanted);
+    if (found != languages().end()) {
+      return *found->second;
+    }
+  }
+  if (languages().empty()) {
+    static auto& standBy = *new badLanguage;
+    return standBy;
+  }
+  return *languages().begin()->second;
+}
+
+std::vector<std::pair<std::string, language*>> language::list() {
+  return {languages().begin(), languages().end()};
+}
+
+const std::vector<std::string>& language::phraseVec(const std::string& vectorName) const {
+  static const auto& missing = *new std::vector<std::string>{"<vector name not found>"};
+  const auto found = phrasesMap.find(vectorName);
+  return found != phrasesMap.end() ? found->second : missing;
+}
+
+const std::string& language::phrase(const std::string& vectorName, int index) const {
+  if (index < 0) {
+    return negativeIndex();
+  }
+  const auto reduced = static_cast<std::size_t>(index % 1000);
+  const auto own = phrasesMap.find(vectorName);
+  if (own != phrasesMap.end()) {
+    return at(own->second, reduced);
+  }
+  const language& standard = Default();
+  return this != &standard ? standard.phrase(vectorName, index)
+                           : declaredPhrase(vectorName, reduced);
+}

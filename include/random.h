@@ -1,0 +1,22 @@
+// Pseudo-random numbers.
+//
+// `PRNG` hands out bytes and dice throws from the C library's `random()`, seeded
+// once per process from the clock; all objects share that one sequence.  Not for
+// secrets.  A forked child goes on with a copy of its parent's sequence.
+#pragma once
+
+/// A source of pseudo-random numbers.
+class PRNG {
+ public:
+  /// Seeds the generator on the first construction in the process.
+  PRNG();
+
+  /// A value 0 to 255.
+  unsigned char byte();
+
+  /// A value 0 to `n` - 1, each equally likely.  REQUIRES: `n` is at least 1.
+  int die(int n);
+
+ private:
+  int state;  // kept for generators that have a state of their own
+};

@@ -1,0 +1,90 @@
+// Regular expressions.
+//
+// A `RegExpr` owns one compiled POSIX extended regular expression
+// (IEEE Std 1003.1, XBD 9.4).  A text that does not compile is not an error of
+// the constructor: the object remembers why, and matches nothing.
+//
+// Objects are independent of each other.  They may be used before `main`, in a
+// forked child and at exit; one object must not be used by two threads at once.
+#pragma once
+
+#include <regex.h>
+
+#include <string>
+
+/// Why an expression could not be compiled.
+enum RegExprError : int {
+  REGEXPR_OKAY = 0,
+  REGEXPR_NOMATCH = 1,
+  REGEXPR_MEMORY = 2,
+  REGEXPR_BADRANGE = 3,
+  REGEXPR_UNCLOSEDBRACKET = 4,
+  REGEXPR_UNCLOSEDRANGE = 5,
+  REGEXPR_ESCAPEDEND = 6,
+  REGEXPR_OTHER = 7
+};
+
+/// The display text of an error, "<bad RegExprError>" for a value outside the
+/// enumeration.
+const char* text(RegExprError error);
+
+/// The symbolic name of an error code of `regcomp`: "REG_ENOSYS" for -1,
+/// "REG_NOERROR" to "REG_ERPAREN" for 0 to 16 (the GNU C library's numbers), and
+/// "<unknown reg_errcode_t>" for any other.
+const char* sysError(int code);
+
+/// One compiled extended regular expression.
+class RegExpr {
+ public:
+  /// Where a match was found: offset and length in bytes.
+  struct Match {
+    Match(unsigned int matchStart, unsigned int matchLength)
+        : start(matchStart), length(matchLength) {}
+    unsigned int start;
+    unsigned int length;
+  };
+
+  /// Compiles `text`, ignoring letter case unless `caseSensitive`.  Bad input is
+  /// kept as the `CompileError`.  The text is read up to its first NUL byte.
+  RegExpr(const std::string& text, bool caseSensitive);
+  RegExpr(const RegExpr&) = delete;
+  RegExpr& operator=(const RegExpr&) = delete;
+  ~RegExpr();
+
+  /// Frees the compiled expression; from then on nothing matches.  May be called
+  /// more than once.
+  void clear();
+
+  /// The result of the compilation.
+  RegExprError CompileError() const { return comp_return; }
+
+  /// True when the expression matches anywhere in `text`, which is read up to
+  /// its first NUL byte.
+  bool matchs(const std::string& text) const;
+
+  /// The leftmost match.  `Match(0, 0)` when there is none, when it is empty at
+  /// offset 0, and when the expression did not compile.
+  ///
+  ///     RegExpr("b", true).match("abc")   // start 1, length 1
+  Match match(const std::string& text) const;
+
+  /// The text of the leftmost match, empty wherever `match` gives `Match(0, 0)`.
+  std::string matchText(const std::string& text) const;
+
+  /// Turns a shell-style wildcard into an expression.
+  ///
+  /// - "*" stands for any run of characters; at either end of the wildcard it
+  ///   leaves that end unanchored.
+  /// - Every other character stands for itself, the question mark included.
+  /// - An empty wildcard gives the empty expression, which matches everything.
+  ///
+  ///     wildcard2RE("a*c")    // ^a.*c$
+  ///     wildcard2RE("*.b")    // \.b$
+  static std::string wildcard2RE(const std::string& wildcard);
+
+ private:
+  std::string source;
+  regex_t* matcher;  // owned; null after clear()
+  RegExprError comp_return;
+  mutable int exec_return;  // of the last match: 0 found, 1 not
+};

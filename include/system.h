@@ -1,0 +1,30 @@
+// What the library knows of the system that it runs in.
+#pragma once
+
+#include <string>
+
+/// Process-wide facts about the installation.
+class SystemEnv {
+ public:
+  SystemEnv(const SystemEnv&) = delete;
+  SystemEnv& operator=(const SystemEnv&) = delete;
+
+  /// The one instance, created on first use and never destroyed.
+  static SystemEnv& instance();
+
+  /// The folder that the installation's files stand under; empty when unknown.
+  const std::string& ServerRoot() const { return m_ServerRoot; }
+
+ private:
+  SystemEnv() = default;
+
+  std::string m_ServerRoot;
+};
+
+/// What the program tells the library about its host.
+struct InterfaceFinder {
+  /// The host's fully qualified domain name, from which `configRef::RootDN`
+  /// builds the root of the directory.  A program may define this function
+  /// itself; the library's own answer is an empty name.
+  static std::string FQDN();
+};

@@ -1,0 +1,155 @@
+// Per-thread data and critical sections.
+//
+// *Per-thread data.*  A subsystem that keeps something for each thread derives a
+// `ThreadedDatatype` with one static instance, which takes a slot index when it
+// is constructed, and a `ThreadedDataObject` for what it keeps.  A `ThreadData`
+// holds one object for every slot; it is built by the first call that needs it,
+// and from then on no slot can be added.  This build is single-threaded: there is
+// one `ThreadData`, owned by the process and destroyed at exit.  The life of it
+// is: registering (before `main`), building, alive, ended.  Only while it is
+// alive does `data` answer with an object.
+//
+// *Critical sections.*  `criticalSection` is a scoped lock on one of six fixed
+// sections.  Each is a semaphore of one private System V set, created on first
+// use and removed at exit by the process that created it, so that children made
+// by `fork` exclude each other and their parent.  Sections are not re-entrant and
+// have no order.  A process that dies inside a section leaves it taken.
+//
+// Everything here may be used before `main`, in a forked child and at exit.
+#pragma once
+
+#include <cstddef>
+#include <list>
+
+/// Base of every object that is kept per thread.
+class ThreadedDataObject {
+ public:
+  virtual ~ThreadedDataObject() = default;
+
+ protected:
+  ThreadedDataObject() = default;
+  ThreadedDataObject(const ThreadedDataObject&) = default;
+  ThreadedDataObject& operator=(const ThreadedDataObject&) = default;
+};
+
+/// Base of a kind of per-thread data: one static instance for each kind.
+class ThreadedDatatype {
+ public:
+  ThreadedDatatype(const ThreadedDatatype&) = delete;
+  ThreadedDatatype& operator=(const ThreadedDatatype&) = delete;
+  virtual ~ThreadedDatatype() = default;
+
+  /// Makes one thread's object; the `ThreadData` owns it.  Called once for each
+  /// `ThreadData`, while that is being built: `data` answers null meanwhile.
+  virtual ThreadedDataObject* create() const = 0;
+  /// The kind's printable name.
+  virtual const char* name() const = 0;
+
+  /// The calling thread's object of this kind, owned by its `ThreadData`.
+  ///
+  /// - While registration is open: null without `force`; with it, the
+  ///   `ThreadData` is built, which closes registration.
+  /// - While the `ThreadData` is being built, and after it was destroyed at exit:
+  ///   null.
+  ThreadedDataObject* data(bool force) const;
+
+ protected:
+  /// Takes a slot.  REQUIRES: registration is open; otherwise the assertion
+  /// `!"ThreadData::registerClient"` fails.
+  ThreadedDatatype();
+
+ private:
+  int Register();
+
+  int m_offset;
+};
+
+/// One thread's set of data objects.
+class ThreadData {
+ public:
+  ThreadData(const ThreadData&) = delete;
+  ThreadData& operator=(const ThreadData&) = delete;
+  bool operator==(const ThreadData&) const = delete;
+  ~ThreadData();
+
+  /// The process's `ThreadData`, built on the first call.  The argument has no
+  /// meaning in this build.  REQUIRES: not called from a `create()`.
+  static ThreadData& instance(bool);
+
+  /// Whether each thread has a `ThreadData` of its own: false in this build.
+  bool threadSafe() const;
+
+  /// True once the first `ThreadData` has been built.
+  static bool initialised();
+  /// True once the `ThreadData` has been destroyed at exit.
+  static bool ended();
+
+ private:
+  friend class ThreadedDatatype;
+
+  ThreadData();
+
+  static std::list<const ThreadedDatatype*>& registry();
+  static int registerClient(const ThreadedDatatype* type);
+  static int Nclients();
+  static bool registering(bool close);
+
+  ThreadedDataObject** clientObjects;  // owned array of owned objects
+};
+
+/// The critical sections; the values are the semaphore numbers in the set.
+enum sectionId : int {
+  CS_STDOUT = 0,      ///< standard error output
+  CS_LOGOUT = 1,      ///< trace lines and log streams
+  CS_REFCOUNT = 2,    ///< counts and exchange of shared objects
+  CS_NETWORK = 3,     ///< free for programs
+  CS_NAME_ALLOC = 4,  ///< free for programs
+  CS_STACK = 5,       ///< free for programs
+  CS_COUNT = 6        ///< the number of sections; not a section
+};
+
+/// A critical section held for a scope.
+///
+/// Any failure of a semaphore call is fatal: a line with the failed expression,
+/// the source and the line goes straight to standard error, since event reports
+/// take sections themselves, and the process aborts.
+class criticalSection {
+ public:
+  /// Waits for section `id` and takes it.  After the set was removed at exit,
+  /// `checked` decides: true takes nothing, so that `okay` is false; false
+  /// aborts.  REQUIRES: `id` is a section, not held by this thread.
+  criticalSection(sectionId id, bool checked);
+  criticalSection(const criticalSection&) = delete;
+  criticalSection& operator=(const criticalSection&) = delete;
+
+  /// Gives the section back; does nothing after the set was removed at exit.
+  virtual ~criticalSection();
+
+  static void* operator new(std::size_t) = delete;
+  static void* operator new[](std::size_t) = delete;
+
+  /// True once the section has been taken.
+  bool okay() const { return m_okay; }
+
+  /// True when the calling thread holds section `id` and no other, for routines
+  /// that must run inside exactly one.
+  static bool have(sectionId id);
+
+ private:
+  sectionId m_id;
+  bool m_okay;
+};
+
+/// The id of the semaphore set.  With `close` false the set is created when it
+/// does not exist yet; with `close` true it is removed for good, unless a parent
+/// process created it.  After that the id is -3.
+int semaphoreSet(bool close);
+
+/// Removes the set for good; runs at exit.
+void semaphoreClose();
+
+/// Removes the set as `execvp` is about to do away with everything that would
+/// remove it at exit.  Should the process go on after all, the next section that
+/// is taken creates a new set.  A child leaves its parent's set alone.
+/// REQUIRES: no section is held.
+void semaphoreRelease();

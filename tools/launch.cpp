@@ -1,0 +1,142 @@
+// The launch itself: decide, log, become the viewer.
+
+#include "launch.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <initializer_list>
+#include <string_view>
+
+#include "conversion.h"
+#include "datetime.h"
+#include "html_escape.h"
+#include "threading.h"
+#include "uri.h"
+
+namespace {
+
+// A log that is appended to, one system call a line, so that launches side by side
+// do not tear each other's lines.  Whatever goes wrong with it stops nothing, and
+// its descriptor does not reach the viewer.
+class launchLog {
+ public:
+  explicit launchLog(const std::string& path) {
+    if (path.empty()) {
+      return;
+    }
+    const int descriptor = open(
+        path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_LARGEFILE, 0666);
+    if (descriptor < 0) {
+      return;
+    }
+    // Not in the place of a standard stream that we were started without.
+    m_descriptor = fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    close(descriptor);
+    struct stat status;
+    m_mayBreak = fstat(m_descriptor, &status) != 0 || !S_ISREG(status.st_mode);
+  }
+  launchLog(const launchLog&) = delete;
+  launchLog& operator=(const launchLog&) = delete;
+  ~launchLog() {
+    if (m_descriptor >= 0) {
+      close(m_descriptor);
+    }
+  }
+
+  // Writes a line of the given pieces.
+  void line(std::initializer_list<std::string_view> pieces) const {
+    if (m_descriptor < 0) {
+      return;
+    }
+    std::string text;
+    for (const std::string_view piece : pieces) {
+      text += piece;
+    }
+    text += '\n';
+    // A pipe whose reader has gone would end us with a signal.
+    void (*const previous)(int) = m_mayBreak ? std::signal(SIGPIPE, SIG_IGN) : SIG_ERR;
+    writeAll(text);
+    if (previous != SIG_ERR) {
+      std::signal(SIGPIPE, previous);
+    }
+  }
+
+ private:
+  void writeAll(std::string_view text) const {
+    while (!text.empty()) {
+      const ssize_t written = write(m_descriptor, text.data(), text.size());
+      if (written > 0) {
+        text.remove_prefix(static_cast<std::size_t>(written));
+      } else if (written == 0 || errno != EINTR) {
+        return;
+      }
+    }
+  }
+
+  int m_descriptor = -1;
+  bool m_mayBreak = false;
+};
+
+// The viewer for a URI: the option if given, else the one registered for the
+// scheme, else none.
+std::string viewer(const URI& uri, const assocList& params) {
+  const std::string& program = params["program"];
+  if (!program.empty()) {
+    return program;
+  }
+  const assocList programs = PROGRAMS.list();
+  return programs[uri.scheme()];
+}
+
+// Becomes the program, or returns the error number.
+int become(const char* program, char** arguments) {
+  semaphoreRelease();  // nothing that runs at exit survives the exec
+  execvp(program, arguments);
+  return errno;
+}
+
+}  // namespace
+
+const char* stubName(const char* path) {
+  const char* result = path;
+  for (const char* p = path; *p != '\0'; p++) {
+    if (*p == '/' || *p == '\\') {
+      result = p + 1;
+    }
+  }
+  return result;
+}
+
+int processAug(const std::vector<std::string>& args, const assocList& params) {
+  const std::string& given = args.front();
+  // The query values are decoded once more by the parser: links rely on it.
+  URI uri(URIunEscape(given));
+  const launchLog log(params["log"]);
+  if (!uri.okay()) {
+    log.line({"Bad URI \"", given, "\""});
+    return -1;
+  }
+  log.line({DateTime::now(0).format(DS_ISO8601), ": URI = ", given});
+  const std::string program = viewer(uri, params);
+  if (program.empty()) {
+    log.line({"no executable for scheme ", uri.scheme()});
+    return -1;
+  }
+  log.line({"executable: ", program});
+  const std::string& portArg = params["portArg"];
+  char** const arguments = uri.args(stubName(program.c_str()), 1, args_style(params["style"]),
+                                    portArg.empty() ? nullptr : portArg.c_str());
+  for (char** argument = arguments; *argument != nullptr; argument++) {
+    log.line({"\t", quote(*argument)});
+  }
+  const int error = become(program.c_str(), arguments);
+  log.line({"_execv() failed; path = ", program, " errno = ", int2decimal(error), " ",
+            std::strerror(error)});
+  (DateTime::now(0) + 5.0).wait();
+  return -1;
+}

@@ -1,0 +1,357 @@
+#include "html_escape.h"
+
+#include <array>
+#include <cstdint>
+#include <string_view>
+
+#include "conversion.h"
+
+namespace {
+
+// One flag for each byte value: what an escape function does not copy as it is.
+using byteSet = std::array<bool, 256>;
+
+constexpr std::size_t index(char c) {
+  return static_cast<unsigned char>(c);
+}
+
+constexpr byteSet with(byteSet set, std::string_view characters) {
+  for (const char c : characters) {
+    set[index(c)] = true;
+  }
+  return set;
+}
+
+constexpr byteSet withRange(byteSet set, unsigned int first, unsigned int last) {
+  for (unsigned int c = first; c <= last; c++) {
+    set[c] = true;
+  }
+  return set;
+}
+
+// Where bytes are taken as signed, those from 128 up are below 32 and count as
+// control bytes.
+constexpr byteSet signedControls = withRange(withRange({}, 0, 31), 127, 255);
+constexpr byteSet asciiControls = withRange(withRange({}, 0, 31), 127, 127);
+constexpr byteSet asciiPunctuation =
+    withRange(withRange(withRange(withRange({}, 33, 47), 58, 64), 91, 96), 123, 126);
+
+constexpr byteSet URIspecial = with(signedControls, " \"#$%&'+,/:;<=>?@[\\]^{|}");
+constexpr byteSet cookieSpecial = [] {
+  byteSet set = with(asciiPunctuation, " ");
+  for (std::size_t c = 0; c < set.size(); c++) {
+    set[c] = set[c] || asciiControls[c];
+  }
+  return set;
+}();
+constexpr byteSet QMXspecial = with(asciiPunctuation, "\n");
+constexpr byteSet LDAPmarked = with({}, "\"+,;<>\\");
+
+// Escapes the bytes of `special` as "%" and at least `minimumDigits` digits.
+std::string percentEscape(std::string_view text, const byteSet& special, int minimumDigits) {
+  std::string result;
+  result.reserve(text.size());
+  for (const char c : text) {
+    if (special[index(c)]) {
+      result += '%';
+      result += int2hex(static_cast<unsigned char>(c), minimumDigits);
+    } else {
+      result += c;
+    }
+  }
+  return result;
+}
+
+int hexAt(const char* p) {
+  return hexDigit(static_cast<signed char>(*p));
+}
+
+char hexByte(int high, int low) {
+  return static_cast<char>(16 * high + low);
+}
+
+// Decodes the character that starts at `p` and moves `p` to its last byte.
+std::int32_t characterAt(const char*& p, const char* end) {
+  const auto* bytes = reinterpret_cast<const unsigned char*>(p);
+  const std::int32_t character = getUTF8(bytes, static_cast<unsigned int>(end - p), false);
+  p = reinterpret_cast<const char*>(bytes);
+  return character;
+}
+
+bool printable(char c) {
+  return index(c) >= 32 && index(c) <= 126;
+}
+
+}  // namespace
+
+std::string URIescape(const char* text, unsigned int length) {
+  return percentEscape({text, length}, URIspecial, 2);
+}
+
+std::string URIescape(const std::string& text) {
+  return percentEscape(text, URIspecial, 2);
+}
+
+std::string URIunEscape(const char* text, unsigned int length) {
+  std::string result;
+  result.reserve(length);
+  const char* const end = text + length;
+  for (const char* p = text; p < end; p++) {
+    if (*p != '%') {
+      result += *p;
+      continue;
+    }
+    if (end - p == 1) {
+      break;
+    }
+    const int high = hexAt(p + 1);
+    if (high < 0) {
+      result += '%';
+      continue;
+    }
+    if (end - p == 2) {
+      break;
+    }
+    const int low = hexAt(p + 2);
+    if (low < 0) {
+      result += '%';
+      continue;
+    }
+    result += hexByte(high, low);
+    p += 2;
+  }
+  return result;
+}
+
+std::string URIunEscape(const std::string& text) {
+  return URIunEscape(text.data(), static_cast<unsigned int>(text.size()));
+}
+
+std::string cookieEscape(const char* text, unsigned int length) {
+  return percentEscape({text, length}, cookieSpecial, 1);
+}
+
+std::string cookieEscape(const std::string& text) {
+  return percentEscape(text, cookieSpecial, 1);
+}
+
+std::string cookieUnEscape(const char* text, unsigned int length) {
+  return URIunEscape(text, length);
+}
+
+std::string cookieUnEscape(const std::string& text) {
+  return URIunEscape(text);
+}
+
+std::string LDAPescape(const char* text, unsigned int length) {
+  std::string result;
+  result.reserve(length);
+  for (const char c : std::string_view(text, length)) {
+    if (signedControls[index(c)]) {
+      result += '\\';
+      result += int2hex(static_cast<unsigned char>(c), 2);
+      continue;
+    }
+    if (LDAPmarked[index(c)]) {
+      result += '\\';
+    }
+    result += c;
+  }
+  return result;
+}
+
+std::string LDAPescape(const std::string& text) {
+  return LDAPescape(text.data(), static_cast<unsigned int>(text.size()));
+}
+
+std::string LDAPunEscape(const char* text, unsigned int length) {
+  std::string result;
+  result.reserve(length);
+  const char* const end = text + length;
+  for (const char* p = text; p < end; p++) {
+    if (*p != '\\') {
+      result += *p;
+      continue;
+    }
+    if (++p == end) {
+      break;
+    }
+    const int high = hexAt(p);
+    if (high < 0) {
+      result += *p;
+      continue;
+    }
+    if (++p == end) {
+      break;
+    }
+    const int low = hexAt(p);
+    // A lone digit goes with its backslash: readers rely on it.
+    result += low < 0 ? *p : hexByte(high, low);
+  }
+  return result;
+}
+
+std::string LDAPunEscape(const std::string& text) {
+  return LDAPunEscape(text.data(), static_cast<unsigned int>(text.size()));
+}
+
+std::string QMXescape(const char* text, unsigned int length) {
+  return percentEscape({text, length}, QMXspecial, 2);
+}
+
+std::string QMXescape(const std::string& text) {
+  return percentEscape(text, QMXspecial, 2);
+}
+
+std::string javaScriptEscape(const char* text, unsigned int length) {
+  std::string result;
+  result.reserve(length);
+  const char* const end = text + length;
+  for (const char* p = text; p < end; p++) {
+    if (!printable(*p)) {
+      const std::int32_t character = characterAt(p, end);
+      // Not always four digits: readers rely on \u00A for a line feed.
+      result += "\\u";
+      if (character < 4096) {
+        result += '0';
+      }
+      if (character < 256) {
+        result += '0';
+      }
+      int2hex(result, character);
+      continue;
+    }
+    if (*p == '\'') {
+      result += '\\';
+    }
+    result += *p;
+  }
+  return result;
+}
+
+std::string javaScriptEscape(const std::string& text) {
+  return javaScriptEscape(text.data(), static_cast<unsigned int>(text.size()));
+}
+
+std::string HTMLescape(const char* text, unsigned int length, bool nbsp) {
+  std::string result;
+  result.reserve(length);
+  const char* const end = text + length;
+  for (const char* p = text; p < end; p++) {
+    if (*p == '\n') {
+      result += "<br>";
+    } else if (!printable(*p)) {
+      result += "&#";
+      int2decimal(result, characterAt(p, end));
+      result += ';';
+    } else if (*p == '<') {
+      result += "&lt;";
+    } else if (*p == '>') {
+      result += "&gt;";
+    } else if (*p == '&') {
+      result += "&amp;";
+    } else if (*p == '"') {
+      result += "&quot;";
+    } else if (nbsp && *p == ' ' && end - p > 1 && p[1] == ' ') {
+      result += " &nbsp;";
+      p++;
+    } else {
+      result += *p;
+    }
+  }
+  return result;
+}
+
+std::string HTMLescape(const std::string& text, bool nbsp) {
+  return HTMLescape(text.data(), static_cast<unsigned int>(text.size()), nbsp);
+}
+
+namespace {
+
+// Reads the two digits behind a "%" at `p` and moves `p` to the last of them.
+// Without them, moves `p` over the "%" and a first digit and returns false.
+bool escapedByte(const char*& p, char& byte) {
+  const int high = hexAt(p + 1);
+  if (high < 0) {
+    return false;
+  }
+  p++;
+  const int low = hexAt(p + 1);
+  if (low < 0) {
+    return false;
+  }
+  p++;
+  byte = hexByte(high, low);
+  return true;
+}
+
+// Ends a pair at `p`, which stands at "&" or at the end of the text.
+void endPair(const char*& cursor, const char* p) {
+  cursor = *p == '\0' ? nullptr : p + 1;
+}
+
+bool readValue(const char*& cursor, const char* p, std::string& value) {
+  for (; *p != '&' && *p != '\0'; p++) {
+    char c = *p;
+    if (c == '=') {
+      return false;
+    }
+    if (c == '+') {
+      c = ' ';
+    } else if (c == '%' && !escapedByte(p, c)) {
+      cursor = nullptr;
+      return false;
+    }
+    value += c;
+  }
+  endPair(cursor, p);
+  return true;
+}
+
+}  // namespace
+
+bool getEscapedPair(const char*& cursor, std::string& name, std::string& value) {
+  if (cursor == nullptr) {
+    return false;
+  }
+  std::string newName;
+  std::string newValue;
+  const char* p = cursor;
+  for (; *p != '&' && *p != '\0' && *p != '='; p++) {
+    char c = *p;
+    if (c == '+') {
+      c = ' ';
+    } else if (c == '%' && !escapedByte(p, c)) {
+      continue;
+    }
+    newName += c;
+  }
+  if (*p != '=') {
+    endPair(cursor, p);
+  } else if (!readValue(cursor, p + 1, newValue)) {
+    return false;
+  }
+  name = std::move(newName);
+  value = std::move(newValue);
+  return true;
+}
+
+bool parseArguments(assocList& list, const char* text) {
+  if (text == nullptr || *text == '\0') {
+    return true;
+  }
+  const char* cursor = text;
+  while (cursor != nullptr) {
+    std::string name;
+    std::string value;
+    if (!getEscapedPair(cursor, name, value)) {
+      return false;
+    }
+    const auto [entry, isNew] = list.try_emplace(name, value);
+    if (!isNew) {
+      entry->second += '\x1E';
+      entry->second += value;
+    }
+  }
+  return true;
+}

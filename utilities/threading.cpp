@@ -1,0 +1,84 @@
+// Per-thread data: what every variant of the thread-data store has in common.
+
+#include "threading.h"
+
+#include <new>
+
+#include "asserts.h"
+
+namespace {
+
+enum class lifePhase { registering, building, alive, ended };
+
+constinit lifePhase phase = lifePhase::registering;
+
+}  // namespace
+
+ThreadedDatatype::ThreadedDatatype() : m_offset(Register()) {}
+
+int ThreadedDatatype::Register() {
+  return ThreadData::registerClient(this);
+}
+
+ThreadedDataObject* ThreadedDatatype::data(bool force) const {
+  if (!force && ThreadData::registering(false)) {
+    return nullptr;
+  }
+  // A create() that asks for data must not enter the object being built, and a
+  // destructor at exit must not revive it.
+  if (phase == lifePhase::building || phase == lifePhase::ended) {
+    return nullptr;
+  }
+  return ThreadData::instance(false).clientObjects[m_offset];
+}
+
+ThreadData::ThreadData() {
+  registering(true);
+  clientObjects = new (std::nothrow) ThreadedDataObject*[static_cast<std::size_t>(Nclients())];
+  ASSERT(clientObjects != NULL);
+  ThreadedDataObject** object = clientObjects;
+  for (const ThreadedDatatype* type : registry()) {
+    *object++ = type->create();
+  }
+  phase = lifePhase::alive;
+}
+
+ThreadData::~ThreadData() {
+  phase = lifePhase::ended;
+  for (int i = 0; i < Nclients(); i++) {
+    delete clientObjects[i];
+  }
+  delete[] clientObjects;
+}
+
+bool ThreadData::initialised() {
+  return phase == lifePhase::alive || phase == lifePhase::ended;
+}
+
+bool ThreadData::ended() {
+  return phase == lifePhase::ended;
+}
+
+std::list<const ThreadedDatatype*>& ThreadData::registry() {
+  static auto& types = *new std::list<const ThreadedDatatype*>;  // read until the very end
+  return types;
+}
+
+int ThreadData::registerClient(const ThreadedDatatype* type) {
+  if (!registering(false)) {
+    assertionFailed("!\"ThreadData::registerClient\"", __FILE__, __LINE__);
+  }
+  registry().push_back(type);
+  return Nclients() - 1;
+}
+
+int ThreadData::Nclients() {
+  return static_cast<int>(registry().size());
+}
+
+bool ThreadData::registering(bool close) {
+  if (close && phase == lifePhase::registering) {
+    phase = lifePhase::building;
+  }
+  return phase == lifePhase::registering;
+}

@@ -1,0 +1,87 @@
+#include <regex.h>
+
+#include <array>
+
+#include "regexpr.h"
+
+namespace {
+
+RegExprError mapped(int code) {
+  switch (code) {
+    case REG_NOERROR:
+      return REGEXPR_OKAY;
+    case REG_ECOLLATE:
+    case REG_BADBR:
+    case REG_ERANGE:
+      return REGEXPR_BADRANGE;
+    case REG_EESCAPE:
+      return REGEXPR_ESCAPEDEND;
+    case REG_EBRACK:
+      return REGEXPR_UNCLOSEDRANGE;
+    case REG_EPAREN:
+      return REGEXPR_UNCLOSEDBRACKET;
+    case REG_ESPACE:
+    case REG_ESIZE:
+      return REGEXPR_MEMORY;
+    default:
+      return REGEXPR_OTHER;
+  }
+}
+
+}  // namespace
+
+const char* sysError(int code) {
+  static constexpr std::array<const char*, 18> names = {
+      "REG_ENOSYS",  "REG_NOERROR", "REG_NOMATCH", "REG_BADPAT", "REG_ECOLLATE", "REG_ECTYPE",
+      "REG_EESCAPE", "REG_ESUBREG", "REG_EBRACK",  "REG_EPAREN", "REG_EBRACE",   "REG_BADBR",
+      "REG_ERANGE",  "REG_ESPACE",  "REG_BADRPT",  "REG_EEND",   "REG_ESIZE",    "REG_ERPAREN",
+  };
+  if (code < -1 || code > 16) {
+    return "<unknown reg_errcode_t>";
+  }
+  return names[static_cast<std::size_t>(code + 1)];
+}
+
+RegExpr::RegExpr(const std::string& text, bool caseSensitive)
+    : source(text), matcher(new regex_t), comp_return(REGEXPR_OKAY), exec_return(1) {
+  const int flags = caseSensitive ? REG_EXTENDED : REG_EXTENDED | REG_ICASE;
+  comp_return = mapped(regcomp(matcher, source.c_str(), flags));
+  if (comp_return != REGEXPR_OKAY) {
+    // What failed to compile is already freed and must not be given to regfree.
+    delete matcher;
+    matcher = nullptr;
+  }
+}
+
+RegExpr::~RegExpr() {
+  clear();
+}
+
+void RegExpr::clear() {
+  if (matcher != nullptr) {
+    regfree(matcher);
+    delete matcher;
+    matcher = nullptr;
+  }
+}
+
+bool RegExpr::matchs(const std::string& text) const {
+  if (matcher == nullptr) {
+    return false;
+  }
+  exec_return = regexec(matcher, text.c_str(), 0, nullptr, 0) == 0 ? 0 : 1;
+  return exec_return == 0;
+}
+
+RegExpr::Match RegExpr::match(const std::string& text) const {
+  if (matcher == nullptr) {
+    return Match(0, 0);
+  }
+  regmatch_t found;
+  exec_return = regexec(matcher, text.c_str(), 1, &found, 0) == 0 ? 0 : 1;
+  if (exec_return != 0 || found.rm_eo <= 0) {
+    return Match(0, 0);
+  }
+  return Match(static_cast<unsigned int>(found.rm_so),
+               static_cast<unsigned int>(found.rm_eo - found.rm_so));
+}

@@ -1,0 +1,276 @@
+#include "stack.h"
+
+#include <execinfo.h>
+#include <ucontext.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <iostream>
+
+#include "conversion.h"
+#include "processes.h"
+
+const char* lastFile = nullptr;
+int lastLine = -1;
+void (*sigHandler)(int) = signalHandler;
+
+// --- Stack traces ----------------------------------------------------------
+
+std::ostream& stack::write(std::ostream& out) const {
+  ucontext_t context;
+  if (getcontext(&context) != 0) {
+    return out << "getcontext failed\n";
+  }
+  out << "Stack trace:\n";
+  void* frames[100];
+  const int count = backtrace(frames, 100);
+  char** const lines = backtrace_symbols(frames, count);  // not freed: traces are rare
+  for (int i = 0; lines != nullptr && i < count; i++) {
+    out << convertSymbol(lines[i]) << '\n';
+  }
+  return out << "End of stack trace\n";
+}
+
+std::ostream& operator<<(std::ostream& out, const stack& trace) {
+  return trace.write(out);
+}
+
+std::string convertSymbol(std::string_view line) {
+  const std::size_t open = line.find("(_Z");
+  const std::size_t plus = open != std::string_view::npos ? line.find('+', open) : open;
+  if (plus == std::string_view::npos) {
+    return std::string(line);
+  }
+  const std::size_t name = open + 3;
+  return std::string(line.substr(0, open + 1)) + demangle(line.substr(name, plus - name)) +
+         std::string(line.substr(plus));
+}
+
+// --- Fatal signals ---------------------------------------------------------
+
+void stack::installHandler() {
+  for (const int sig : {SIGILL, SIGTRAP, SIGBUS, SIGFPE, SIGSEGV}) {
+    std::signal(sig, sigHandler);
+  }
+  std::signal(SIGABRT, SIGABRThandler);
+}
+
+void stack::position(const char* file, int line) {
+  lastFile = file;
+  lastLine = file != nullptr ? line : -1;
+}
+
+void signalHandler(int sig) {
+  static constinit volatile std::sig_atomic_t done = 0;
+  if (done != 0) {
+    std::abort();
+  }
+  done = 1;
+  std::cerr << "signal " << sig << " caught: ";
+  if (lastFile != nullptr) {
+    std::cerr << " after line " << lastLine << " in " << lastFile;
+  }
+  std::cerr << std::endl << stack() << std::endl;
+  Thread::shutDown();
+}
+
+void SIGABRThandler(int) {
+  Thread::shutDown();
+}
+
+// --- Demangling ------------------------------------------------------------
+
+namespace {
+
+// Reads a mangled name from left to right and writes what it understands.  It
+// never reads past its input: beyond the end every character is NUL.
+class demangler {
+ public:
+  explicit demangler(std::string_view mangled) : m_rest(mangled) {}
+
+  std::string function() {
+    functionName();
+    m_out += '(';
+    for (bool first = true; !m_rest.empty(); first = false) {
+      if (!first) {
+        m_out += ", ";
+      }
+      argument();
+    }
+    m_out += ')';
+    return std::move(m_out);
+  }
+
+ private:
+  static constexpr int DEEPEST = 100;  // types nest; a hostile name must not overflow the stack
+
+  char next() const { return m_rest.empty() ? '\0' : m_rest.front(); }
+
+  bool skip(std::string_view expected) {
+    if (m_rest.substr(0, expected.size()) != expected) {
+      return false;
+    }
+    m_rest.remove_prefix(expected.size());
+    return true;
+  }
+
+  bool atLength() const { return next() >= '0' && next() <= '9'; }
+
+  void functionName() {
+    if (next() == 'N') {
+      nestedName();
+    } else if (atLength()) {
+      templatedName();
+    }
+  }
+
+  // A plain name and its template arguments, if any.
+  void templatedName() {
+    plainName();
+    if (next() == 'I') {
+      templateArguments();
+    }
+  }
+
+  // A length and that many characters.
+  void plainName() {
+    std::size_t length = 0;
+    for (; atLength(); m_rest.remove_prefix(1)) {
+      length = length * 10 + static_cast<std::size_t>(next() - '0');
+      if (length > m_rest.size()) {
+        length = m_rest.size();  // cut short: take what there is
+      }
+    }
+    const std::string_view name = m_rest.substr(0, length);
+    m_out += name;
+    m_rest.remove_prefix(name.size());
+  }
+
+  // "N", qualifiers, parts, "E".
+  void nestedName() {
+    skip("N");
+    while (qualifier()) {
+    }
+    for (bool first = true;; first = false) {
+      if (next() == 'I') {
+        templateArguments();
+        continue;
+      }
+      if (!atLength() && next() != 'S') {
+        break;
+      }
+      if (!first) {
+        m_out += "::";
+      }
+      if (atLength()) {
+        plainName();
+      } else if (skip("St")) {
+        m_out += "std";
+      } else if (!standardString()) {
+        break;
+      }
+    }
+    if (!skip("E")) {
+      m_out += "???NN???";
+      m_rest.remove_prefix(m_rest.empty() ? 0 : 1);
+    }
+  }
+
+  bool qualifier() {
+    if (skip("K")) {
+      m_out += "const ";
+    } else if (skip("V")) {
+      m_out += "volatile ";
+    } else if (skip("r")) {
+      m_out += "???CV='r'???";
+    } else {
+      return false;
+    }
+    return true;
+  }
+
+  bool standardString() {
+    if (!skip("Ss")) {
+      return false;
+    }
+    m_out += "std::string";
+    return true;
+  }
+
+  // "I", arguments, "E".
+  void templateArguments() {
+    skip("I");
+    m_out += '<';
+    for (bool first = true; !m_rest.empty() && !skip("E"); first = false) {
+      if (!first) {
+        m_out += ", ";
+      }
+      argument();
+    }
+    m_out += '>';
+  }
+
+  // One type.  Always consumes something.
+  void argument() {
+    if (m_depth == DEEPEST) {
+      m_rest = {};
+      return;
+    }
+    m_depth++;
+    if (skip("P")) {
+      argument();
+      m_out += '*';
+    } else if (skip("R")) {
+      argument();
+      m_out += '&';
+    } else if (qualifier()) {
+      argument();
+    } else if (next() == 'N') {
+      nestedName();
+    } else if (atLength()) {
+      templatedName();
+    } else if (skip("St")) {
+      m_out += "std::";
+      templatedName();
+    } else if (next() == 'I') {
+      templateArguments();
+    } else if (!standardString() && !builtIn() && !m_rest.empty()) {
+      m_rest.remove_prefix(1);
+    }
+    m_depth--;
+  }
+
+  bool builtIn() {
+    static constexpr std::string_view letters = "abcdefghijlmnostvwxyz";
+    static constexpr std::string_view names[] = {
+        "signed char", "bool",
+        "char",        "double",
+        "long double", "float",
+        "__float128",  "unsigned char",
+        "int",         "unsigned int",
+        "long",        "unsigned long",
+        "__int128",    "unsigned __int128",
+        "short",       "unsigned short",
+        "void",        "wchar_t",
+        "long long",   "unsigned long long",
+        "...",
+    };
+    const std::size_t index = m_rest.empty() ? letters.npos : letters.find(next());
+    if (index == letters.npos) {
+      return false;
+    }
+    m_out += names[index];
+    m_rest.remove_prefix(1);
+    return true;
+  }
+
+  std::string_view m_rest;
+  std::string m_out;
+  int m_depth = 0;
+};
+
+}  // namespace
+
+std::string demangle(std::string_view mangled) {
+  return demangler(mangled).function();
+}

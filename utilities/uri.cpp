@@ -1,0 +1,307 @@
+#include "uri.h"
+
+#include <cstring>
+
+#include "asserts.h"
+#include "conversion.h"
+#include "html_escape.h"
+#include "regexpr.h"
+#include "startup.h"
+
+namespace {
+
+// The key begins with a dash of its own, so that viewers get "--autoreconnect".
+constexpr const char* defaultPrograms[] = {"VNC=vncviewer", "SSH=putty", nullptr};
+constexpr const char* defaultVNCoptions[] = {"-autoreconnect=0", nullptr};
+
+}  // namespace
+
+[[gnu::init_priority(START_ITEMS)]] configArray PROGRAMS("PROGRAMS", defaultPrograms);
+[[gnu::init_priority(START_ITEMS)]] configString URI_SCHEME("URI_SCHEME", "VNC");
+[[gnu::init_priority(START_ITEMS)]] configArray VNC_OPTIONS("VNC_OPTIONS", defaultVNCoptions);
+
+namespace {
+
+bool isDigit(char c) {
+  return c >= '0' && c <= '9';
+}
+
+const char* skipDigits(const char* p) {
+  while (isDigit(*p)) {
+    p++;
+  }
+  return p;
+}
+
+// An address is cut before its last colon, where its port begins.
+std::string withoutPort(const std::string& address) {
+  return address.substr(0, address.rfind(':'));
+}
+
+// Whether every address of a list passes: either it begins with a host name, or it
+// ends in a bracketed number and perhaps a port.
+constexpr const char* MACHINE = "^([a-z0-9]+([-.][a-z0-9]+)*)|(\\[[0-9a-f:.]+\\])(:[0-9]+)?$";
+constexpr const char* SCHEME = "^[a-z][a-z0-9+.\\-]*://";
+
+}  // namespace
+
+// --- Styles ----------------------------------------------------------------
+
+const char* text(argsStyle style) {
+  switch (style) {
+    case AS_EQUALS:
+      return "equals";
+    case AS_SEPARATE:
+      return "separate";
+  }
+  return "<invalid argsStyle>";
+}
+
+argsStyle args_style(const std::string& name) {
+  for (const argsStyle style : {AS_EQUALS, AS_SEPARATE}) {
+    if (caseInsensitive::same(name, text(style))) {
+      return style;
+    }
+  }
+  return AS_EQUALS;
+}
+
+std::int32_t decimalInt(const char* digits) {
+  std::uint32_t result = 0;  // wraps
+  for (; isDigit(*digits); digits++) {
+    result = 10 * result + static_cast<std::uint32_t>(*digits - '0');
+  }
+  return static_cast<std::int32_t>(result);
+}
+
+// --- Life ------------------------------------------------------------------
+
+URI::URI(const std::string& text) {
+  m_okay = set(text);
+}
+
+// A copy is good for its addresses and its ticket: callers rely on the scheme and
+// the parameters staying behind.
+URI::URI(const URI& other)
+    : ticket(other.ticket), keyId(other.keyId), addresses(other.addresses), m_okay(other.m_okay) {}
+
+URI& URI::operator=(const URI& other) {
+  if (this != &other) {
+    clear();
+    ticket = other.ticket;
+    keyId = other.keyId;
+    addresses = other.addresses;
+    m_okay = other.m_okay;
+  }
+  return *this;
+}
+
+URI::~URI() {
+  clear();
+}
+
+URI& URI::operator=(const std::string& text) {
+  clear();
+  if (!set(text)) {
+    addresses.clear();
+    keyId = -1;
+    ticket = ByteArray();
+  }
+  return *this;
+}
+
+void URI::clear() {
+  if (argsList != nullptr) {
+    for (char** argument = argsList; *argument != nullptr; argument++) {
+      delete[] * argument;
+    }
+    delete[] argsList;
+    argsList = nullptr;
+  }
+  ticketText.clear();
+}
+
+void URI::setTicket(const ByteArray& newTicket) {
+  clear();
+  ticket = newTicket;
+}
+
+void URI::add(const std::string& address) {
+  clear();
+  addresses.push_back(address);
+}
+
+void URI::add(const std::vector<std::string>& extra, int port) {
+  const std::vector<std::string> added(extra);  // may be this URI's own addresses
+  addresses.reserve(addresses.size() + added.size());
+  for (const std::string& address : added) {
+    addresses.push_back(port < 0 ? address : withoutPort(address) + ":" + int2decimal(port));
+  }
+}
+
+void URI::addParam(const std::string& name, const std::string& value) {
+  parameters[name] = value;
+}
+
+// --- Parsing ---------------------------------------------------------------
+
+bool URI::set(const std::string& wholeText) {
+  const std::string text = wholeText.c_str();  // what ends at the first NUL
+  const RegExpr scheme_RE(SCHEME, false);
+  ASSERT(REGEXPR_OKAY == scheme_RE.CompileError());
+  const RegExpr::Match schemeMatch = scheme_RE.match(text);
+  if (schemeMatch.length == 0 || schemeMatch.start != 0) {
+    return false;
+  }
+  m_scheme = text.substr(0, schemeMatch.length - std::strlen("://"));
+  ticket = ByteArray();
+  addresses.clear();
+  const char* ptr = text.c_str() + schemeMatch.length;
+  if (!parseAddresses(ptr)) {
+    return false;
+  }
+  const char* const digitsEnd = skipDigits(ptr);
+  if (*digitsEnd == ',') {
+    keyId = decimalInt(ptr);
+    ptr = digitsEnd + 1;
+  } else {
+    keyId = -1;
+  }
+  // Parameters are read where the ticket begins, so only behind an empty one.
+  return ticket.set(ptr, 64) && (*ptr != '?' || parseParameters(ptr));
+}
+
+bool URI::parseAddresses(const char*& ptr) {
+  const RegExpr machine_RE(MACHINE, false);
+  ASSERT(REGEXPR_OKAY == machine_RE.CompileError());
+  for (;;) {
+    const char* const delimiter = std::strpbrk(ptr, "+,/");
+    if (delimiter == nullptr) {
+      return false;
+    }
+    std::string address(ptr, delimiter);
+    if (!machine_RE.matchs(address)) {
+      return false;
+    }
+    addresses.push_back(std::move(address));
+    ptr = delimiter + 1;
+    if (*delimiter == '/') {
+      return true;
+    }
+  }
+}
+
+// Reads name=value pairs behind a "?" or "&" at `ptr`.
+bool URI::parseParameters(const char* ptr) {
+  do {
+    ptr++;
+    const char* const equals = std::strchr(ptr, '=');
+    if (equals == nullptr) {
+      return false;
+    }
+    const char* const value = equals + 1;
+    const std::size_t length = std::strcspn(value, "&");
+    parameters[std::string(ptr, equals)] = URIunEscape(value, static_cast<unsigned int>(length));
+    ptr = value + length;
+  } while (*ptr == '&');
+  return true;
+}
+
+// --- Formatting ------------------------------------------------------------
+
+std::string URI::format() const {
+  const std::string& scheme = m_scheme.empty() ? URI_SCHEME.value(true) : m_scheme;
+  std::size_t room = scheme.size() + (std::size_t{4} * ticket.size() + 2) / 3 + 3;
+  if (keyId >= 0) {
+    room += keyId < 10 ? 2 : keyId < 100 ? 3 : 6;
+  }
+  for (const std::string& address : addresses) {
+    room += address.size() + 1;
+  }
+  std::string result;
+  result.reserve(room);
+  result += scheme;
+  result += "://";
+  for (const std::string& address : addresses) {
+    result += address;
+    result += &address == &addresses.back() ? '/' : '+';
+  }
+  if (keyId >= 0) {
+    int2decimal(result, keyId);
+    result += ',';
+  }
+  result += ticket.format(64);
+  char separator = '?';
+  for (const auto& [name, value] : parameters) {
+    result += separator;
+    result += name;
+    result += '=';
+    result += URIescape(value);
+    separator = '&';
+  }
+  return result;
+}
+
+// --- The argument vector ---------------------------------------------------
+
+unsigned int URI::valuesPerOption(argsStyle style) const {
+  switch (style) {
+    case AS_EQUALS:
+      return 1;
+    case AS_SEPARATE:
+      return 2;
+  }
+  ASSERT(false);
+  return 0;
+}
+
+char** URI::args(const char* commandName, unsigned int maxHosts, argsStyle style,
+                 const char* portArg) {
+  char* const command = copyString(commandName);  // it may be the element replaced below
+  if (argsList == nullptr) {
+    const bool isVNC = caseInsensitive::same(m_scheme, "VNC");
+    buildArgs(isVNC ? VNC_OPTIONS.list() : assocList(), maxHosts, style, portArg);
+  } else {
+    delete[] argsList[0];
+  }
+  argsList[0] = command;
+  return argsList;
+}
+
+void URI::buildArgs(assocList options, unsigned int maxHosts, argsStyle style,
+                    const char* portArg) {
+  options += parameters;
+  if (!ticket.empty()) {
+    options["ticket"] = ticket.format(16);
+  }
+  const std::size_t Naddr =
+      maxHosts != 0 && maxHosts < addresses.size() ? maxHosts : addresses.size();
+  const std::size_t perOption = valuesPerOption(style);
+  const std::size_t length =
+      Naddr + perOption * options.size() + (portArg != nullptr ? perOption : 0) + 2;
+  argsList = new char*[length];
+  std::size_t pos = 0;
+  argsList[pos++] = nullptr;  // the command's place
+  const auto addOption = [this, &pos, style](const std::string& name, const std::string& value) {
+    if (style == AS_EQUALS) {
+      argsList[pos++] = copyString("-" + name + "=" + value);
+    } else {
+      argsList[pos++] = copyString("-" + name);
+      argsList[pos++] = copyString(value);
+    }
+  };
+  for (const auto& [name, value] : options) {
+    addOption(name, value);
+  }
+  if (portArg != nullptr && !addresses.empty()) {
+    const std::size_t colon = addresses.front().rfind(':');
+    if (colon != std::string::npos) {
+      addOption(portArg, addresses.front().substr(colon + 1));
+    }
+  }
+  for (std::size_t i = 0; i < Naddr; i++) {
+    argsList[pos++] = copyString(portArg != nullptr ? withoutPort(addresses[i]) : addresses[i]);
+  }
+  ASSERT(pos < length);
+  argsList[pos] = nullptr;
+}
