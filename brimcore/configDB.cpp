@@ -10,7 +10,9 @@
 
 namespace {
 
-[[gnu::init_priority(START_FLAGS)]] traceFlag TRACE("configDB", 0);
+[[gnu::used]] const void* const* const keepStartUpObjects = startUpObjects;
+
+[[gnu::init_priority(START_FLAGS)]] lasting<traceFlag> TRACE("configDB", 0);
 
 const std::string& emptyString() {
   static const std::string empty;
@@ -61,7 +63,7 @@ void configItem::setDN(const DistName& DN) {
   if (DN.empty()) {
     return;
   }
-  if (TRACE && !sourceDN.empty() && DN.compare(sourceDN) != 0) {
+  if (*TRACE && !sourceDN.empty() && DN.compare(sourceDN) != 0) {
     commonEvent(WARNING, AUD_DEVEL, EC_DATA_MISMATCH, DN + "=>" + sourceDN, "configItem::setDN");
   }
   sourceDN = DN;

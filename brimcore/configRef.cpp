@@ -12,9 +12,16 @@ namespace {
 
 constexpr eventAudience READERS = AUD_AUDIT | AUD_DEVEL;
 
+constinit bool registrationGone = false;
+
+struct registrationDB : writeableConfigDB {
+  registrationDB() : writeableConfigDB(RT_EMPTY) {}
+  ~registrationDB() override { registrationGone = true; }
+};
+
 // The database that items register in until the first read publishes it.
 writeableConfigDB& initialisationInstance() {
-  static writeableConfigDB instance(RT_EMPTY);
+  static registrationDB instance;
   return instance;
 }
 
@@ -27,7 +34,7 @@ void reportMissing(const std::string& name, const char* operation) {
 // --- configRef -------------------------------------------------------------
 
 const configItem& configRef::item() const {
-  if (ThreadData::ended()) {
+  if (ThreadData::ended() || registrationGone) {
     static const auto& missing = *new configItem(std::string(), std::string(), false, false);
     return missing;
   }
@@ -51,9 +58,11 @@ const configItem& configRef::item() const {
 }
 
 writeableConfigDB* configRef::registration() const {
-  const configDB second(initialisationInstance());
-  if (second.commitable()) {
-    return &initialisationInstance();
+  if (!registrationGone) {
+    const configDB second(initialisationInstance());
+    if (second.commitable()) {
+      return &initialisationInstance();
+    }
   }
   // One operation for all classes of references: log readers rely on it.
   commonEvent(FAILURE, READERS, EC_BAD_SEQUENCE, m_name, "configString::configString");

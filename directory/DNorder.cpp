@@ -96,7 +96,7 @@ struct segment {
 
 segment nextSegment(std::string_view& rest) {
   rest = trimFront(rest);
-  const std::size_t equals = rest.find('=');
+  const std::size_t equals = rest.substr(0, nextComma(rest, 0)).find('=');
   if (equals == npos) {
     return {false, {}, {}};
   }

@@ -12,7 +12,8 @@
 // on to another version; copy what is to be kept.
 //
 // References may be constructed and read before `main`, and read in a forked
-// child.  After the thread data is gone at exit every item reads as missing.
+// child.  At exit, once the thread data or the registration database is gone, every
+// item reads as missing.
 #pragma once
 
 #include <cstddef>

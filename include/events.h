@@ -243,10 +243,10 @@ class eventHandler {
   virtual const char* name() const = 0;
 
   /// Trace flag "reportThread": puts the thread's id before each message.
-  static traceFlag reportThread;
+  static traceFlag& reportThread;
   /// Trace flag "reportStack": adds a stack trace to each message whose severity
   /// plus 2 is greater than the flag's level.
-  static traceFlag reportStack;
+  static traceFlag& reportStack;
 
  protected:
   /// Registers the handler in the calling thread's map.

@@ -21,6 +21,8 @@
 #include "bytearray.h"
 #include "configRef.h"
 
+class RegExpr;
+
 /// How a viewer takes the value of an option.
 enum argsStyle : int {
   AS_EQUALS = 0,   ///< in one argument: -name=value
@@ -108,7 +110,7 @@ class URI {
   char** args(const char* commandName, unsigned int maxHosts, argsStyle style, const char* portArg);
 
  private:
-  bool parseAddresses(const char*& ptr);
+  bool parseAddresses(const char*& ptr, const RegExpr& machine_RE);
   bool parseParameters(const char* ptr);
   void buildArgs(assocList options, unsigned int maxHosts, argsStyle style, const char* portArg);
 

@@ -210,8 +210,15 @@ const char* ThreadedEventHandlerList::name() const {
 
 // --- eventHandler ----------------------------------------------------------
 
-[[gnu::init_priority(START_FLAGS)]] traceFlag eventHandler::reportThread("reportThread", 0);
-[[gnu::init_priority(START_FLAGS)]] traceFlag eventHandler::reportStack("reportStack", 0);
+namespace {
+
+[[gnu::init_priority(START_FLAGS)]] lasting<traceFlag> threadFlag("reportThread", 0);
+[[gnu::init_priority(START_FLAGS)]] lasting<traceFlag> stackFlag("reportStack", 0);
+
+}  // namespace
+
+constinit traceFlag& eventHandler::reportThread = threadFlag.object;
+constinit traceFlag& eventHandler::reportStack = stackFlag.object;
 
 namespace {
 

@@ -15,7 +15,7 @@ namespace {
 // taken from this file.
 constexpr const char* SOURCE = "../utilities/refcount";
 
-[[gnu::init_priority(START_FLAGS)]] traceFlag TRACE("refcount", 0);
+[[gnu::init_priority(START_FLAGS)]] lasting<traceFlag> TRACE("refcount", 0);
 
 // The section that guards shared instances.  `okay` is false once the semaphore
 // set is gone at exit: counts are then left alone.
@@ -61,7 +61,7 @@ const char* text(refType type) {
 // --- counted ---------------------------------------------------------------
 
 counted::~counted() {
-  if (TRACE) {
+  if (*TRACE) {
     std::ostringstream message;
     message << Thread::threadId() << " destroying "
             << " " << address{this} << " parent = " << address{m_parent} << '\n';
@@ -243,7 +243,7 @@ reference& reference::set(bool writable, const reference& canonical) {
 
 // Holds `copy`, just cloned from `source`.
 void reference::adopt(counted* copy, counted* source) {
-  if (TRACE) {
+  if (*TRACE) {
     std::ostringstream message;
     message << Thread::threadId() << ' ' << copy->className() << ' ' << address{source}
             << " cloned as " << address{copy} << '\n'
@@ -262,7 +262,7 @@ bool reference::setCanonical(reference& canonical, bool check) {
     return false;
   }
   std::ostringstream message;
-  const bool traced = TRACE;
+  const bool traced = *TRACE;
   counted* unused = nullptr;
   counted* unusedParent = nullptr;
   {

@@ -4,7 +4,27 @@
 // priorities, lower first, so that they exist before any static object of a
 // program, in whatever order the program was linked.  Everything else is
 // constant-initialised or local to a function.
+//
+// What code that runs at the very end may still use is `lasting`.
 #pragma once
 
-constexpr int START_FLAGS = 150;  // trace flags: everything below may test them
-constexpr int START_ITEMS = 200;  // configuration items, slots, the storing handler
+#include <utility>
+
+constexpr int START_FLAGS = 101;  // trace flags: everything below may test them
+constexpr int START_ITEMS = 102;  // configuration items, slots, the storing handler
+
+/// One address in each source that holds such an object.  The sources through which
+/// a program can see flags and items refer to it, so that no linker leaves one out.
+extern const void* const startUpObjects[];
+
+/// Holds a static object that is never destroyed.
+template <class T>
+union lasting {
+  template <class... Arguments>
+  explicit lasting(Arguments&&... arguments) : object(std::forward<Arguments>(arguments)...) {}
+  ~lasting() {}
+
+  T& operator*() { return object; }
+
+  T object;
+};

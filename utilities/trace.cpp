@@ -4,8 +4,11 @@
 #include <map>
 
 #include "conversion.h"
+#include "startup.h"
 
 namespace {
+
+[[gnu::used]] const void* const* const keepStartUpObjects = startUpObjects;
 
 // Never destroyed: flags are tested until the process ends.
 std::map<std::string, traceFlag*>& registry() {

@@ -148,7 +148,9 @@ void URI::addParam(const std::string& name, const std::string& value) {
 bool URI::set(const std::string& wholeText) {
   const std::string text = wholeText.c_str();  // what ends at the first NUL
   const RegExpr scheme_RE(SCHEME, false);
+  const RegExpr machine_RE(MACHINE, false);
   ASSERT(REGEXPR_OKAY == scheme_RE.CompileError());
+  ASSERT(REGEXPR_OKAY == machine_RE.CompileError());
   const RegExpr::Match schemeMatch = scheme_RE.match(text);
   if (schemeMatch.length == 0 || schemeMatch.start != 0) {
     return false;
@@ -157,7 +159,7 @@ bool URI::set(const std::string& wholeText) {
   ticket = ByteArray();
   addresses.clear();
   const char* ptr = text.c_str() + schemeMatch.length;
-  if (!parseAddresses(ptr)) {
+  if (!parseAddresses(ptr, machine_RE)) {
     return false;
   }
   const char* const digitsEnd = skipDigits(ptr);
@@ -171,9 +173,7 @@ bool URI::set(const std::string& wholeText) {
   return ticket.set(ptr, 64) && (*ptr != '?' || parseParameters(ptr));
 }
 
-bool URI::parseAddresses(const char*& ptr) {
-  const RegExpr machine_RE(MACHINE, false);
-  ASSERT(REGEXPR_OKAY == machine_RE.CompileError());
+bool URI::parseAddresses(const char*& ptr, const RegExpr& machine_RE) {
   for (;;) {
     const char* const delimiter = std::strpbrk(ptr, "+,/");
     if (delimiter == nullptr) {

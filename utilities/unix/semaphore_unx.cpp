@@ -4,7 +4,6 @@
 #include <sys/sem.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <cstdlib>
 #include <string>
 
@@ -15,6 +14,7 @@
 namespace {
 
 constexpr int NOT_CREATED = -2;
+constexpr int RELEASED = -1;      // removed, but to be created again on demand
 constexpr int FINISH_VALUE = -3;  // removed for good
 
 constinit int setId = NOT_CREATED;
@@ -39,11 +39,7 @@ int& owner(unsigned int index) {
 
 bool change(int id, int section, short by, short flags) {
   struct sembuf operation = {static_cast<unsigned short>(section), by, flags};
-  int result;
-  do {
-    result = semop(id, &operation, 1);
-  } while (result != 0 && errno == EINTR);  // a stopped and continued wait is no failure
-  return result == 0;
+  return semop(id, &operation, 1) == 0;
 }
 
 // The kernel numbers its sets from 0, and 0 counts as a failure.  So that the set
@@ -93,9 +89,11 @@ int semaphoreSet(bool close) {
   if (close) {
     if (setId >= 0) {
       removeSet();
+    }
+    if (setId >= RELEASED) {
       setId = FINISH_VALUE;
     }
-  } else if (setId == NOT_CREATED) {
+  } else if (setId == NOT_CREATED || setId == RELEASED) {
     setId = createSet();
     creator = getpid();
   }
@@ -109,7 +107,7 @@ void semaphoreClose() {
 void semaphoreRelease() {
   if (setId >= 0 && creator == getpid()) {
     removeSet();
-    setId = NOT_CREATED;
+    setId = RELEASED;
   }
 }
 

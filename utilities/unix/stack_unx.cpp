@@ -16,6 +16,16 @@ void (*sigHandler)(int) = signalHandler;
 
 // --- Stack traces ----------------------------------------------------------
 
+namespace {
+
+// The lines of every trace stay until the end, for whoever looks into a core file.
+std::list<char**>& kept() {
+  static auto& traces = *new std::list<char**>;
+  return traces;
+}
+
+}  // namespace
+
 std::ostream& stack::write(std::ostream& out) const {
   ucontext_t context;
   if (getcontext(&context) != 0) {
@@ -24,7 +34,8 @@ std::ostream& stack::write(std::ostream& out) const {
   out << "Stack trace:\n";
   void* frames[100];
   const int count = backtrace(frames, 100);
-  char** const lines = backtrace_symbols(frames, count);  // not freed: traces are rare
+  char** const lines = backtrace_symbols(frames, count);
+  kept().push_back(lines);
   for (int i = 0; lines != nullptr && i < count; i++) {
     out << convertSymbol(lines[i]) << '\n';
   }
@@ -102,7 +113,7 @@ class demangler {
   }
 
  private:
-  static constexpr int DEEPEST = 100;  // types nest; a hostile name must not overflow the stack
+  static constexpr int DEEPEST = 100;  // no name may overflow the stack
 
   char next() const { return m_rest.empty() ? '\0' : m_rest.front(); }
 
@@ -120,7 +131,7 @@ class demangler {
     if (next() == 'N') {
       nestedName();
     } else if (atLength()) {
-      templatedName();
+      plainName();
     }
   }
 
@@ -199,6 +210,11 @@ class demangler {
 
   // "I", arguments, "E".
   void templateArguments() {
+    if (m_depth == DEEPEST) {
+      m_rest = {};
+      return;
+    }
+    m_depth++;
     skip("I");
     m_out += '<';
     for (bool first = true; !m_rest.empty() && !skip("E"); first = false) {
@@ -208,24 +224,27 @@ class demangler {
       argument();
     }
     m_out += '>';
+    m_depth--;
   }
 
   // One type.  Always consumes something.
   void argument() {
-    if (m_depth == DEEPEST) {
-      m_rest = {};
-      return;
+    std::string suffixes;
+    for (;;) {
+      if (skip("P")) {
+        suffixes += '*';
+      } else if (skip("R")) {
+        suffixes += '&';
+      } else if (!qualifier()) {
+        break;
+      }
     }
-    m_depth++;
-    if (skip("P")) {
-      argument();
-      m_out += '*';
-    } else if (skip("R")) {
-      argument();
-      m_out += '&';
-    } else if (qualifier()) {
-      argument();
-    } else if (next() == 'N') {
+    typeName();
+    m_out.append(suffixes.rbegin(), suffixes.rend());
+  }
+
+  void typeName() {
+    if (next() == 'N') {
       nestedName();
     } else if (atLength()) {
       templatedName();
@@ -237,7 +256,6 @@ class demangler {
     } else if (!standardString() && !builtIn() && !m_rest.empty()) {
       m_rest.remove_prefix(1);
     }
-    m_depth--;
   }
 
   bool builtIn() {
