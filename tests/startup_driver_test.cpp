@@ -1,0 +1,49 @@
+// The items and trace flags that are there before `main` in a program linked with
+// the launcher's driver.
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "configDB.h"
+#include "configRef.h"
+#include "threading.h"
+#include "trace.h"
+
+namespace {
+
+using Strings = std::vector<std::string>;
+
+configString ownItem("startup_driver_test.item", "own");
+
+TEST(StartUpWithDriver, AllItemsAreRegistered) {
+  ThreadData::instance(false);
+  ASSERT_EQ("own", ownItem.value(false));
+  const configDB database(RT_READ);
+  ASSERT_FALSE(database.null());
+  Strings names;
+  for (const auto& [name, item] : database.pointer()->map()) {
+    names.push_back(name);
+  }
+  EXPECT_EQ((Strings{"defaultLanguage", "dummy", "LogDateFormat", "LogTimeZone", "MaxShortName",
+                     "PROGRAMS", "startup_driver_test.item", "URI_SCHEME", "VNC_OPTIONS"}),
+            names);
+  EXPECT_EQ((Strings{"dummy"}), database.find("DUMMY").all());
+  EXPECT_EQ((Strings{"dummy"}), database.find("dummy").getDefaults());
+  EXPECT_EQ((Strings{"VNC=vncviewer", "SSH=putty"}), database.find("PROGRAMS").all());
+  EXPECT_EQ((Strings{"-autoreconnect=0"}), database.find("VNC_OPTIONS").all());
+}
+
+TEST(StartUpWithDriver, AllFlagsAreRegisteredAndOff) {
+  std::vector<std::pair<std::string, int>> found;
+  for (const auto& [name, flag] : traceFlag::allFlags()) {
+    found.emplace_back(name, static_cast<int>(flag->level()));
+  }
+  const std::vector<std::pair<std::string, int>> expected{
+      {"configDB", 0}, {"hoplaunch", 0}, {"refcount", 0}, {"reportStack", 0}, {"reportThread", 0}};
+  EXPECT_EQ(expected, found);
+}
+
+}  // namespace

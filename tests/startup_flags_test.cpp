@@ -1,0 +1,32 @@
+// The trace flags of a program that is linked with the library and mentions nothing
+// of it but the flags.
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "trace.h"
+
+namespace {
+
+TEST(StartUpFlags, AreAllRegisteredAndOff) {
+  std::vector<std::pair<std::string, int>> found;
+  for (const auto& [name, flag] : traceFlag::allFlags()) {
+    ASSERT_NE(nullptr, flag) << name;
+    EXPECT_EQ(name, flag->name());
+    EXPECT_FALSE(flag->active()) << name;
+    found.emplace_back(name, static_cast<int>(flag->level()));
+  }
+  const std::vector<std::pair<std::string, int>> expected{
+      {"configDB", 0}, {"refcount", 0}, {"reportStack", 0}, {"reportThread", 0}};
+  EXPECT_EQ(expected, found);
+}
+
+TEST(StartUpFlags, OfTheLauncherIsNotTheLibrarys) {
+  EXPECT_EQ(-1, traceFlag::level("hoplaunch"));
+  EXPECT_FALSE(traceFlag::set("hoplaunch", 1));
+}
+
+}  // namespace

@@ -1,0 +1,54 @@
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <new>
+#include <string>
+#include <string_view>
+
+#include "fresh_process.h"
+#include "telling_handler.h"
+#include "threading.h"
+
+namespace {
+
+bool failNext = false;  // makes the next array that may fail, fail
+
+}  // namespace
+
+// The array of a `ThreadData` is one whose allocation yields null when it fails.
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
+  if (failNext) {
+    failNext = false;
+    return nullptr;
+  }
+  try {
+    return ::operator new[](size);
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+}
+
+TEST(ThreadData, AssertsThatThereIsMemory) {
+  const processEnd end = runFreshChild([] {
+    tellingHandler handler;
+    failNext = true;
+    ThreadData::instance(false);
+    return 0;
+  });
+  const std::string_view output = end.output;
+  EXPECT_TRUE(output.starts_with(
+      "assert 0, severity 4, audience 31: clientObjects != NULL | ../utilities/"))
+      << output;
+  EXPECT_NE(output.find("threading @ "), std::string_view::npos) << output;
+  EXPECT_EQ(end.ending, "signal 6");
+}
+
+TEST(ThreadData, IsBuiltWhereThereIsMemory) {
+  const processEnd end = runFreshChild([] {
+    ThreadData::instance(false);
+    return ThreadData::initialised() ? 0 : 1;
+  });
+  EXPECT_EQ(end.output, "");
+  EXPECT_EQ(end.errors, "");
+  EXPECT_EQ(end.ending, "exit 0");
+}
