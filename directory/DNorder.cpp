@@ -254,8 +254,10 @@ std::string DistName::extractId(const std::string& dn, const std::string& keywor
         append(current.value);
         break;
       case REVERSE:
-        found = found.empty() ? std::string(current.value)
-                              : std::string(current.value) + separator + found;
+        if (!found.empty()) {
+          found.insert(0, 1, separator);
+        }
+        found.insert(0, current.value);
         break;
       case PATH_UNTIL:
       case ALL_UNTIL:
@@ -315,7 +317,10 @@ std::string DistName::canonicalName() const {
       const std::string_view value = current.substr(equals + 1);
       inDomain = inDomain && domainComponent(current.substr(0, equals));
       if (inDomain) {
-        result = std::string(value) + (domainParts++ != 0 ? "." + result : result);
+        if (domainParts++ != 0) {
+          result.insert(0, 1, '.');
+        }
+        result.insert(0, value);
       } else {
         result += '/';
         result += pathValue(value);
@@ -342,13 +347,16 @@ DistName DistName::newName(const criterion& acceptable, int limit, unsigned int 
     return *this;
   }
   int suffix = 0;
-  const std::string key = firstKey();
+  const std::string keyAndEquals = firstKey() + "=";
   const std::string base = trimSuffix(shortName(), &suffix);
   const std::string above = parent(m_string);
   const std::int64_t last = limit > 0 ? std::int64_t{suffix} + limit : 2000000000;
   for (std::int64_t number = std::int64_t{suffix} + 1; number <= last; number++) {
-    const std::string numbered = addSuffix(base, static_cast<unsigned int>(number), maxLen);
-    const DistName candidate(key + "=" + numbered + "," + above, SIMPLE);
+    std::string text = keyAndEquals;
+    text += addSuffix(base, static_cast<unsigned int>(number), maxLen);
+    text += ',';
+    text += above;
+    const DistName candidate(text, SIMPLE);
     if (acceptable(candidate)) {
       return candidate;
     }

@@ -55,6 +55,7 @@ class DistName {
   ///
   ///     DistName("a.b", DistName::DOMAIN)   // DC=a,DC=b
   DistName(const std::string& text, DNconStyle style);
+  DistName(const char* text, DNconStyle style) : DistName(std::string(text), style) {}
   DistName(const DistName& other);
   DistName& operator=(const DistName& other);
   virtual ~DistName();

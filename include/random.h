@@ -18,5 +18,5 @@ class PRNG {
   int die(int n);
 
  private:
-  int state;  // kept for generators that have a state of their own
+  int state = 0;  // kept for generators that have a state of their own
 };

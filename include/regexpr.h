@@ -85,6 +85,6 @@ class RegExpr {
  private:
   std::string source;
   regex_t* matcher;  // owned; null after clear()
-  RegExprError comp_return;
-  mutable int exec_return;  // of the last match: 0 found, 1 not
+  RegExprError comp_return = REGEXPR_OKAY;
+  mutable int exec_return = 1;  // of the last match: 0 found, 1 not
 };

@@ -137,7 +137,7 @@ class criticalSection {
 
  private:
   sectionId m_id;
-  bool m_okay;
+  bool m_okay = false;
 };
 
 /// The id of the semaphore set.  With `close` false the set is created when it

@@ -26,8 +26,8 @@ constexpr std::array<signed char, 128> radix64lookup = [] {
 }();
 
 constexpr int radix64Digit(char c) {
-  const auto value = static_cast<signed char>(c);
-  return value < 0 ? -1 : radix64lookup[static_cast<std::size_t>(value)];
+  const auto byte = static_cast<unsigned char>(c);
+  return byte < radix64lookup.size() ? radix64lookup[byte] : -1;
 }
 
 constexpr char radix64Char(unsigned int value) {

@@ -15,7 +15,7 @@ constexpr bool isDigit(char c) {
 
 // The digits of the magnitude, so that the smallest int works as well.
 std::string digits(int value, unsigned int base) {
-  std::uint32_t rest = static_cast<std::uint32_t>(value);
+  auto rest = static_cast<std::uint32_t>(value);
   if (value < 0) {
     rest = 0 - rest;
   }

@@ -59,7 +59,7 @@ int getFraction(const char*& text, int scale) {
 
 // Appends the lowest `digits` decimal digits.
 void putInt(std::string& out, std::int32_t value, unsigned int digits) {
-  std::uint32_t rest = static_cast<std::uint32_t>(value);
+  auto rest = static_cast<std::uint32_t>(value);
   out.append(digits, '0');
   for (auto p = out.rbegin(); digits > 0; p++, digits--) {
     *p = static_cast<char>('0' + rest % 10);
@@ -288,8 +288,8 @@ std::string DateTime::formatRadix64() const {
 std::string DateTime::formatRadix37() const {
   std::string result(10, 'A');
   std::uint64_t rest = std::uint64_t{m_seconds} * 1000000 + m_microseconds;
-  for (auto p = result.rbegin(); p != result.rend(); p++) {
-    *p = "ABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_"[rest % 37];
+  for (std::size_t i = result.size(); i-- > 0;) {
+    result[i] = "ABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_"[rest % 37];
     rest /= 37;
   }
   return result;
@@ -339,13 +339,11 @@ DateTime& DateTime::operator+=(double seconds) {
   const double total = m_seconds + m_microseconds * 1e-6 + seconds;
   if (total > 4294967295.999998) {
     *this = DateTime(0xFFFFFFFF, INVALID);
-  } else if (total < 0) {
-    *this = BAD_TIME;
   } else if (total >= 0) {
     m_seconds = static_cast<std::uint32_t>(total);
     m_microseconds = static_cast<std::uint32_t>((total - m_seconds) * 1e6);
   } else {
-    *this = BAD_TIME;  // not a number
+    *this = BAD_TIME;  // too early, or not a number
   }
   return *this;
 }

@@ -132,10 +132,11 @@ void URI::add(const std::string& address) {
 }
 
 void URI::add(const std::vector<std::string>& extra, int port) {
-  const std::vector<std::string> added(extra);  // may be this URI's own addresses
-  addresses.reserve(addresses.size() + added.size());
-  for (const std::string& address : added) {
-    addresses.push_back(port < 0 ? address : withoutPort(address) + ":" + int2decimal(port));
+  // By number, since `extra` may be the addresses themselves and grow.
+  const std::size_t count = extra.size();
+  addresses.reserve(addresses.size() + count);
+  for (std::size_t i = 0; i < count; i++) {
+    addresses.push_back(port < 0 ? extra[i] : withoutPort(extra[i]) + ":" + int2decimal(port));
   }
 }
 
@@ -146,7 +147,8 @@ void URI::addParam(const std::string& name, const std::string& value) {
 // --- Parsing ---------------------------------------------------------------
 
 bool URI::set(const std::string& wholeText) {
-  const std::string text = wholeText.c_str();  // what ends at the first NUL
+  // What ends at the first NUL.  NOLINTNEXTLINE(readability-redundant-string-cstr)
+  const std::string text = wholeText.c_str();
   const RegExpr scheme_RE(SCHEME, false);
   const RegExpr machine_RE(MACHINE, false);
   ASSERT(REGEXPR_OKAY == scheme_RE.CompileError());

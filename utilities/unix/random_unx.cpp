@@ -5,7 +5,7 @@
 
 #include "datetime.h"
 
-PRNG::PRNG() : state(0) {
+PRNG::PRNG() {
   static constinit bool unseeded = true;
   if (unseeded) {
     unseeded = false;

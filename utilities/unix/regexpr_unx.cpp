@@ -1,6 +1,7 @@
 #include <regex.h>
 
 #include <array>
+#include <cstdint>
 
 #include "regexpr.h"
 
@@ -36,14 +37,11 @@ const char* sysError(int code) {
       "REG_EESCAPE", "REG_ESUBREG", "REG_EBRACK",  "REG_EPAREN", "REG_EBRACE",   "REG_BADBR",
       "REG_ERANGE",  "REG_ESPACE",  "REG_BADRPT",  "REG_EEND",   "REG_ESIZE",    "REG_ERPAREN",
   };
-  if (code < -1 || code > 16) {
-    return "<unknown reg_errcode_t>";
-  }
-  return names[static_cast<std::size_t>(code + 1)];
+  const auto index = static_cast<std::size_t>(std::int64_t{code} + 1);
+  return index < names.size() ? names[index] : "<unknown reg_errcode_t>";
 }
 
-RegExpr::RegExpr(const std::string& text, bool caseSensitive)
-    : source(text), matcher(new regex_t), comp_return(REGEXPR_OKAY), exec_return(1) {
+RegExpr::RegExpr(const std::string& text, bool caseSensitive) : source(text), matcher(new regex_t) {
   const int flags = caseSensitive ? REG_EXTENDED : REG_EXTENDED | REG_ICASE;
   comp_return = mapped(regcomp(matcher, source.c_str(), flags));
   if (comp_return != REGEXPR_OKAY) {

@@ -111,7 +111,7 @@ void semaphoreRelease() {
   }
 }
 
-criticalSection::criticalSection(sectionId id, bool checked) : m_id(id), m_okay(false) {
+criticalSection::criticalSection(sectionId id, bool checked) : m_id(id) {
   const int set_id = semaphoreSet(false);
   if (set_id < 1) {
     if (set_id == FINISH_VALUE && checked) {
