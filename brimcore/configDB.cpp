@@ -15,7 +15,7 @@ namespace {
 [[gnu::init_priority(START_FLAGS)]] lasting<traceFlag> TRACE("configDB", 0);
 
 const std::string& emptyString() {
-  static const std::string empty;
+  static const auto& empty = *new std::string;  // may be asked for at exit
   return empty;
 }
 
@@ -157,15 +157,11 @@ threadedConfigDB& threadedConfigDB::theInstance() {
 configDB& threadedConfigDB::local() {
   static auto& none = *new configDB(RT_NULL);
   ThreadedDataObject* const object = theInstance().data(true);
-  if (object == nullptr) {
-    none = RT_NULL;  // whatever someone made of it
-    return none;
-  }
-  return dynamic_cast<configDB&>(*object);
+  return object != nullptr ? dynamic_cast<configDB&>(*object) : none;
 }
 
 void threadedConfigDB::refresh() {
-  if (!ThreadData::ended()) {
+  if (theInstance().data(true) != nullptr) {
     local() = RT_READ;
   }
 }

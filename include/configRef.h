@@ -28,8 +28,11 @@
 /// Base of the typed references.
 class configRef {
  public:
+  /// Refers to the item `name` without registering anything.
+  explicit configRef(const std::string& name) : m_name(name) {}
   configRef(const configRef&) = delete;
   configRef& operator=(const configRef&) = delete;
+  ~configRef() = default;
 
   const std::string& name() const { return m_name; }
 
@@ -38,9 +41,6 @@ class configRef {
   static const DistName& RootDN();
 
  protected:
-  explicit configRef(const std::string& name) : m_name(name) {}
-  ~configRef() = default;
-
   /// The item, or the database's shared empty one.
   const configItem& item() const;
 

@@ -79,7 +79,7 @@ class countedMap : public counted {
 
   /// "countedMap<", the value's class name, ">".
   const char* className() const override {
-    static const std::string name = std::string("countedMap<") + V::className() + ">";
+    static const auto& name = *new std::string(std::string("countedMap<") + V::className() + ">");
     return name.c_str();
   }
 

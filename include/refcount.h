@@ -161,6 +161,8 @@ class temporaryReference : public reference {
 /// A handle to an instance of `T`, a class derived from `counted`.
 template <class T>
 class Treference : public reference {
+  struct canonicalHolder;
+
  public:
   /// A null handle.
   Treference() = default;
@@ -235,7 +237,19 @@ class Treference : public reference {
 
  private:
   static Treference& canonical() {
-    static Treference holder;
+    static canonicalHolder holder;
+    if (canonicalHolder::gone) {
+      // What runs later than the holder's end starts from nothing.
+      static Treference& late = *new Treference;
+      return late;
+    }
     return holder;
   }
+};
+
+/// The handle to the canonical instance; it knows whether it still exists.
+template <class T>
+struct Treference<T>::canonicalHolder : Treference<T> {
+  static inline constinit bool gone = false;
+  ~canonicalHolder() override { gone = true; }
 };

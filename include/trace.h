@@ -12,6 +12,7 @@
 // The registry is not locked: create and set flags before there are threads.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <iosfwd>
 #include <string>

@@ -114,12 +114,14 @@ TEST(Thread, RunsItsBodyInAChildProcessOnly) {
       tell("runs in the child", getpid() != parent && getppid() == parent);
       return true;
     });
-    tell("created", thread.create());
-    tell("ended", thread.waitFor());
+    const bool created = thread.create();
+    const bool ended = thread.waitFor();
+    tell("created", created);
+    tell("ended", ended);
     tell("runs in the parent", runs);
     return 0;
   });
-  EXPECT_EQ(end.output, "created 1\nruns in the child 1\nended 1\nruns in the parent 0\n");
+  EXPECT_EQ(end.output, "runs in the child 1\ncreated 1\nended 1\nruns in the parent 0\n");
   EXPECT_EQ(end.errors, "");
   EXPECT_EQ(end.ending, "exit 0");
 }

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
-#include <iostream>
+#include <ostream>
 
 #include "asserts.h"
 #include "configRef.h"
@@ -89,7 +89,7 @@ std::string eventReport::codeToText(int code, const language&) const {
 }
 
 std::string eventReport::description(const language& lang) const {
-  std::string result = userMessage(lang);
+  std::string result = std::string(domain()) + "/" + codeToText(m_code, lang);
   if (!m_qualifier.empty()) {
     result += " -- " + m_qualifier;
   }
@@ -121,6 +121,7 @@ void eventReport::report() {
     return;
   }
   m_reported = true;
+  storingHandler::theInstance();  // the thread may have come by a map of its own since
   for (const auto& [priority, handler] : ThreadedEventHandlerList::local().theMap) {
     if (handler->handle(*this)) {
       break;
@@ -287,7 +288,7 @@ bool stderrHandler::handle(eventReport& event) {
     const std::string message =
         buildMessage(event, DateTime::now(PRECISE_TIME).format(DS_ISO8601P));
     const criticalSection section(CS_STDOUT, false);
-    std::cerr << message << std::flush;
+    standardError() << message << std::flush;
   }
   return event.audience() == AUD_NULL;
 }

@@ -1,11 +1,14 @@
 #include "refcount.h"
 
 #include <array>
+#include <cstdint>
 #include <ostream>
 #include <sstream>
+#include <string>
 #include <utility>
 
 #include "processes.h"
+#include "stack.h"
 #include "startup.h"
 #include "trace.h"
 

@@ -1,5 +1,7 @@
 #include "startup.h"
 
+#include <iostream>
+
 #include "DistName.h"
 #include "configDB.h"
 #include "events.h"
@@ -10,10 +12,15 @@
 // An object file comes out of a library for the sake of any of its symbols, and
 // brings its static objects along.
 const void* const startUpObjects[] = {
-    &eventHandler::reportStack,                                     // and reportThread, Log...
-    &displayOrder::instance,                                        // MaxShortName
-    &PROGRAMS,                                                      // and the other items of URIs
+    reinterpret_cast<const void*>(&getTimeZone),  // reportThread, reportStack, Log...
+    &displayOrder::instance,                      // MaxShortName
+    &PROGRAMS,                                    // and the other items of URIs
     reinterpret_cast<const void*>(&threadedConfigDB::theInstance),  // configDB
     reinterpret_cast<const void*>(&language::Default),              // defaultLanguage
     reinterpret_cast<const void*>(static_cast<const char* (*)(refCountStage)>(&text)),  // refcount
 };
+
+std::ostream& standardError() {
+  static const std::ios_base::Init standardStreams;
+  return std::cerr;
+}

@@ -8,6 +8,7 @@
 // What code that runs at the very end may still use is `lasting`.
 #pragma once
 
+#include <iosfwd>
 #include <utility>
 
 constexpr int START_FLAGS = 101;  // trace flags: everything below may test them
@@ -16,6 +17,9 @@ constexpr int START_ITEMS = 102;  // configuration items, slots, the storing han
 /// One address in each source that holds such an object.  The sources through which
 /// a program can see flags and items refer to it, so that no linker leaves one out.
 extern const void* const startUpObjects[];
+
+/// Standard error, set up even before the static initialisers that would do so.
+std::ostream& standardError();
 
 /// Holds a static object that is never destroyed.
 template <class T>

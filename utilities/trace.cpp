@@ -63,7 +63,6 @@ std::vector<std::pair<std::string, traceFlag*>> traceFlag::allFlags() {
 }
 
 std::ostream& traceFlag::out() {
-  // A static initialiser may trace before any other unit has set the stream up.
-  static const std::ios_base::Init standardStreams;
+  standardError();  // a static initialiser may trace before any other unit has set it up
   return *c_output;
 }

@@ -11,6 +11,7 @@
 
 bool Thread::createP() {
   ASSERT(m_fullWeight);
+  semaphoreSet(false);  // drawn by the parent, so that both have the same sections
   const pid_t child = fork();
   if (child == 0) {
     std::exit(execute() ? 0 : 1);

@@ -59,16 +59,16 @@ int createSet() {
   if (!(result > 0)) {
     fail("result > 0", __LINE__);
   }
+  const auto check = [result](bool passed, const char* expression, int line) {
+    if (!passed) {
+      semctl(result, 0, IPC_RMID);
+      fail(expression, line);
+    }
+  };
   for (int offset = 0; offset < CS_COUNT; offset++) {
-    if (semctl(result, offset, GETVAL) != 0) {
-      fail("0 == semctl(result, offset, GETVAL)", __LINE__);
-    }
-    if (!change(result, offset, 1, IPC_NOWAIT)) {
-      fail("0 == semop (result, &operation, 1)", __LINE__);
-    }
-    if (semctl(result, offset, GETVAL) != 1) {
-      fail("1 == semctl(result, offset, GETVAL)", __LINE__);
-    }
+    check(0 == semctl(result, offset, GETVAL), "0 == semctl(result, offset, GETVAL)", __LINE__);
+    check(change(result, offset, 1, IPC_NOWAIT), "0 == semop (result, &operation, 1)", __LINE__);
+    check(1 == semctl(result, offset, GETVAL), "1 == semctl(result, offset, GETVAL)", __LINE__);
   }
   static constinit bool registered = false;
   if (!registered) {

@@ -5,8 +5,9 @@
 
 #include <csignal>
 #include <cstdlib>
-#include <iostream>
+#include <ostream>
 
+#include "../startup.h"
 #include "conversion.h"
 #include "processes.h"
 
@@ -77,11 +78,12 @@ void signalHandler(int sig) {
     std::abort();
   }
   done = 1;
-  std::cerr << "signal " << sig << " caught: ";
+  std::ostream& out = standardError();
+  out << "signal " << sig << " caught: ";
   if (lastFile != nullptr) {
-    std::cerr << " after line " << lastLine << " in " << lastFile;
+    out << " after line " << lastLine << " in " << lastFile;
   }
-  std::cerr << std::endl << stack() << std::endl;
+  out << std::endl << stack() << std::endl;
   Thread::shutDown();
 }
 
