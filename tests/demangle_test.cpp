@@ -174,23 +174,17 @@ TEST(demangle, ReadsFunctionNames) {
 }
 
 TEST(demangle, ReadsTheQualifiersOfANestedName) {
-  for (const char* mangled : {"NK5Plain3getEv", "NV5Plain3getEv", "NVK5Plain3getEv"})
-    EXPECT_TRUE(ends(read(mangled), "Plain::get(void)")) << read(mangled);
-  const std::string restrict = read("Nr5Plain3getEv");
-  EXPECT_NE(restrict.find("???CV='r'???"), std::string::npos) << restrict;
-  EXPECT_TRUE(ends(restrict, "Plain::get(void)")) << restrict;
+  EXPECT_EQ(read("NK5Plain3getEv"), "const Plain::get(void)");
+  EXPECT_EQ(read("NV5Plain3getEv"), "volatile Plain::get(void)");
+  EXPECT_EQ(read("NVK5Plain3getEv"), "volatile const Plain::get(void)");
+  EXPECT_EQ(read("Nr5Plain3getEv"), "???CV='r'???Plain::get(void)");
 }
 
 TEST(demangle, ReadsTemplateArguments) {
-  for (const char* mangled : {"3foo6vectorIiE", "3fooIiE"}) {
-    const std::string result = read(mangled);
-    EXPECT_TRUE(starts(result, "foo(")) << result;
-    EXPECT_NE(result.find("<int>"), std::string::npos) << result;
-    EXPECT_TRUE(ends(result, ")")) << result;
-  }
-  const std::string two = read("3foo3mapIiPKcEd");
-  EXPECT_NE(two.find("<int, const char*>"), std::string::npos) << two;
-  EXPECT_TRUE(ends(two, ", double)")) << two;
+  EXPECT_EQ(read("3foo6vectorIiE"), "foo(vector<int>)");
+  EXPECT_EQ(read("3foo3mapIiPKcEd"), "foo(map<int, const char*>, double)");
+  EXPECT_EQ(read("3fooIiE"), "foo(<int>)");
+  EXPECT_EQ(read("N3setIiE4findEc"), "set<int>::find(char)");
 }
 
 TEST(demangle, MarksARestrictQualifier) {

@@ -258,6 +258,17 @@ TEST(eventReport, TakesTheTextOfALanguageFromTheOneOfTheCode) {
   EXPECT_EQ(common.codeToText(0, french), "duplicate value");
 }
 
+TEST(EventReport, DescribesItselfWithoutItsUserMessage) {
+  class ownMessage : public bareEvent {
+   public:
+    using bareEvent::bareEvent;
+    std::string userMessage(const language&) const override { return "for users"; }
+  };
+  const language& french = testLanguage::make("French");
+  const ownMessage event(FAILURE, AUD_ALL, 3, "detail", "");
+  EXPECT_EQ(event.description(french), "bare/3 -- detail");
+}
+
 TEST(eventReport, DescribesItselfInALanguage) {
   const language& french = testLanguage::make("French");
   commonEvent full(FAILURE, AUD_ALL, EC_UNKNOWN_VALUE, "an \"ftp\"\n", "open");

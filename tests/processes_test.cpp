@@ -126,6 +126,24 @@ TEST(Thread, RunsItsBodyInAChildProcessOnly) {
   EXPECT_EQ(end.ending, "exit 0");
 }
 
+TEST(Thread, SharesTheSectionsThoughNoneWasTakenBefore) {
+  const processEnd end = runFreshChild([] {
+    functionThread thread(true, [] {
+      dprintf(STDOUT_FILENO, "%d ", semaphoreSet(false));
+      return true;
+    });
+    if (!thread.create() || !thread.waitFor()) return 1;
+    dprintf(STDOUT_FILENO, "%d", semaphoreSet(false));
+    return 0;
+  });
+  int inTheChild = 0;
+  int inTheParent = 0;
+  ASSERT_EQ(std::sscanf(end.output.c_str(), "%d %d", &inTheChild, &inTheParent), 2) << end.output;
+  EXPECT_GT(inTheChild, 0);
+  EXPECT_EQ(inTheChild, inTheParent);
+  EXPECT_EQ(end.ending, "exit 0");
+}
+
 TEST(Thread, EndsItsChildWithTheExitFunctions) {
   const processEnd end = runFreshChild([] {
     static const pid_t parent = getpid();
