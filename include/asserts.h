@@ -7,6 +7,8 @@
 //
 // The source is the file's path without its ending, from "../" and the top
 // folder on, for example "../utilities/uri".
+//
+// Assertions may be made before `main`, in a forked child and at exit.
 #pragma once
 
 #include <string>

@@ -13,6 +13,10 @@
 // - `configDB`: the plain handle beneath them.
 //
 // Failures are reported as events, and the operation carries on.
+//
+// Before `main` there is the registration database only: an editor made then finds
+// nothing to edit and reports `EC_BAD_SEQUENCE`.  A forked child has a database of its
+// own from then on.  At exit, databases are not to be edited any more.
 #pragma once
 
 #include <cstddef>
@@ -25,7 +29,8 @@
 #include "stringcomp.h"
 #include "threading.h"
 
-/// The name of items that no one registered.
+/// A name set aside for items that are created without being registered; the library
+/// itself does not use it.
 inline constexpr std::string_view AUTO_CREATED = "__AutoCreated__";
 
 /// One configuration item: its values, its defaults, and where they came from.

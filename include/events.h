@@ -17,7 +17,10 @@
 // handler that is to see reports must stand below 10.
 //
 // Reports and handlers may be used before `main`, in a forked child and at exit.
-// Once the thread's own map is gone at exit, reports go to the start-up map.
+// Once the thread's own map is gone at exit, reports go to the start-up map.  Two
+// things are the caller's to see to: a `stderrHandler` or `loggingHandler` that
+// serves a report after the sections are gone at exit aborts, and one that serves a
+// report raised inside the section it writes under waits forever.
 #pragma once
 
 #include <cstddef>
@@ -237,7 +240,8 @@ class eventHandler {
   /// thread's map the first, or else the first in the start-up map.
   virtual ~eventHandler();
 
-  /// Handles a report.  True claims it and ends the walk.
+  /// Handles a report.  True claims it and ends the walk.  A handler that returns
+  /// false must not have destroyed itself meanwhile.
   virtual bool handle(eventReport& event) = 0;
   /// The class's name.
   virtual const char* name() const = 0;
@@ -260,7 +264,8 @@ class eventHandler {
   static std::string buildMessage(const eventReport& event, const std::string& date);
 };
 
-/// Writes reports to standard error, with the UTC time to the microsecond.
+/// Writes reports to standard error, with the UTC time to the microsecond, inside
+/// `CS_STDOUT`.
 class stderrHandler : public eventHandler {
  public:
   stderrHandler(int priority, eventAudience audience);
@@ -271,7 +276,7 @@ class stderrHandler : public eventHandler {
   eventAudience m_audience;
 };
 
-/// Writes reports to any stream, with a date of a chosen pattern.
+/// Writes reports to any stream, with a date of a chosen pattern, inside `CS_LOGOUT`.
 class loggingHandler : public eventHandler {
  public:
   /// `out` is not owned and must outlive the handler.  `dateFormat` is a pattern

@@ -80,8 +80,8 @@ class badLanguage : public language {
 /// A text declared in the default language.
 class languageString {
  public:
-  /// Declares a text.  `keyword` and `vectorName` are not copied and must live as
-  /// long as the process.  A second text of that keyword and vector, in any letter
+  /// Declares a text.  The object itself, `keyword` and `vectorName`, which are not
+  /// copied, must live as long as the process.  A second text of that keyword and vector, in any letter
   /// case, is reported as `EC_DUPL_VALUE` and keeps to its own default.
   languageString(const char* keyword, const std::string& defaultText, const char* vectorName);
   languageString(const languageString&) = delete;

@@ -10,6 +10,10 @@
 // Shutdown is a flag that goes from false to true once (`Thread::shutDown`), and
 // a list of notifiers that are told once (`shutdownNotified::callShutdowns`).
 // An `exitWaitThread` watches the flag and tells the notifiers.
+//
+// Threads may be created before `main` and in a forked child.  A child ends through
+// `exit`: it runs what its parent registered with `atexit`, destroys its copies of the
+// static objects, and writes out its copies of what stood in the parent's buffers.
 #pragma once
 
 #include <sys/types.h>
@@ -29,6 +33,7 @@ class Thread {
   /// when it returns false.
   virtual bool execute() = 0;
 
+  /// Neither waits for the child nor ends it.
   virtual ~Thread() = default;
 
   /// A new copy, owned by the caller.
@@ -37,12 +42,13 @@ class Thread {
   /// Writes the thread's name; nothing in the base.
   virtual void write(std::ostream& out) const;
 
-  /// Starts the thread.  The child runs the functions registered with `atexit`
-  /// when it ends.  False after an event when it cannot be started.
+  /// Starts the thread; one that was started before is no longer waited for.  False
+  /// after an event when it cannot be started.
   bool create();
 
   /// Waits for the end of the child process.  False, after an event, when the
-  /// system cannot wait for it; false without one when none was started.
+  /// system cannot wait for it, a signal that cuts the wait short included; it may
+  /// then be called again.  False without an event when none was started.
   bool waitFor();
 
   /// The status of the ended child, as `waitpid` gives it.

@@ -2,7 +2,8 @@
 //
 // `PRNG` hands out bytes and dice throws from the C library's `random()`, seeded
 // once per process from the clock; all objects share that one sequence.  Not for
-// secrets.  A forked child goes on with a copy of its parent's sequence.
+// secrets.  A forked child goes on with a copy of its parent's sequence.  May be used
+// before `main` and at exit.
 #pragma once
 
 /// A source of pseudo-random numbers.

@@ -104,7 +104,8 @@ class reference : public ThreadedDataObject {
  public:
   /// A null handle.
   reference() = default;
-  /// Holds `p`, which may be null.  A new object becomes private.
+  /// Holds `p`, which is null or comes from `new`: the last holder deletes it.  A new
+  /// object becomes private.  An assertion fails for a stage that no object has.
   explicit reference(counted* p);
   reference(const reference& r);
   /// Lets go.

@@ -1,7 +1,9 @@
 // Stack traces and the handler for fatal signals.
 //
 // A `stack` is a value without content: the trace is taken when it is written,
-// of the thread that writes it.
+// of the thread that writes it.  Traces may be written before `main`, in a forked child
+// and at exit.  The signal handler does more than a handler is promised to be able to
+// (it allocates and writes to a stream): it is the last thing that a broken process does.
 #pragma once
 
 #include <iosfwd>

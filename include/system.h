@@ -1,4 +1,5 @@
-// What the library knows of the system that it runs in.
+// What the library knows of the system that it runs in.  May be asked before `main`, in
+// a forked child and at exit.
 #pragma once
 
 #include <string>

@@ -15,7 +15,12 @@
 // by `fork` exclude each other and their parent.  Sections are not re-entrant and
 // have no order.  A process that dies inside a section leaves it taken.
 //
-// Everything here may be used before `main`, in a forked child and at exit.
+// A process that forks holds no section: the child would take it for its own.  A
+// child that outlives the creator of the set finds the set removed, and aborts when
+// it takes a section.
+//
+// Everything here may be used before `main`, in a forked child and at exit, but for
+// `ThreadData::instance`, which after the end refers to what was destroyed.
 #pragma once
 
 #include <cstddef>
@@ -112,7 +117,8 @@ enum sectionId : int {
 ///
 /// Any failure of a semaphore call is fatal: a line with the failed expression,
 /// the source and the line goes straight to standard error, since event reports
-/// take sections themselves, and the process aborts.
+/// take sections themselves, and the process aborts.  A wait that a signal
+/// interrupts counts as a failure, so block signals around long waits.
 class criticalSection {
  public:
   /// Waits for section `id` and takes it.  After the set was removed at exit,

@@ -45,7 +45,7 @@ class traceFlag {
   /// Sets the level of the flag `name`, compared case-sensitively.  Returns
   /// whether there is one.
   static bool set(const std::string& name, unsigned int value);
-  /// The level of the flag `name`, -1 when there is none.
+  /// The level of the flag `name` as a signed number, -1 when there is none.
   static int level(const std::string& name);
   /// True when the flag `name` exists and is on.
   static bool active(const std::string& name);
