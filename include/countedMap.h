@@ -10,6 +10,9 @@
 // write when is told in refcount.h.  A value type `V` has a constructor
 // `(std::string value, std::string source, bool, bool)`, of which the dummy is
 // built with two empty texts and false, and a static `className()`.
+//
+// Maps may be used before `main`, in a forked child and at exit; the dummy is made on
+// first use and destroyed at exit.
 #pragma once
 
 #include <cstddef>

@@ -81,8 +81,8 @@ class badLanguage : public language {
 class languageString {
  public:
   /// Declares a text.  The object itself, `keyword` and `vectorName`, which are not
-  /// copied, must live as long as the process.  A second text of that keyword and vector, in any letter
-  /// case, is reported as `EC_DUPL_VALUE` and keeps to its own default.
+  /// copied, must live as long as the process.  A second text of that keyword and vector, in any
+  /// letter case, is reported as `EC_DUPL_VALUE` and keeps to its own default.
   languageString(const char* keyword, const std::string& defaultText, const char* vectorName);
   languageString(const languageString&) = delete;
   languageString& operator=(const languageString&) = delete;
