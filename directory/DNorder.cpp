@@ -277,9 +277,6 @@ std::string pathValue(std::string_view value) {
   std::string result;
   for (std::size_t i = 0; i < value.size(); i++) {
     const char c = value[i];
-    if (c == ',') {
-      break;
-    }
     if (c == '/') {
       result += "\\/";
     } else if (c != '\\') {

@@ -2,18 +2,30 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <cstddef>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "DistName.h"
 #include "configDB.h"
 #include "configRef.h"
+#include "events.h"
 #include "stringcomp.h"
 #include "threading.h"
 
 namespace {
+
+// The private step of `sortable`.
+void makeSortable(const DistName& dn);
+
+template <void (DistName::*step)() const>
+struct opened {
+  friend void makeSortable(const DistName& dn) { (dn.*step)(); }
+};
+template struct opened<&DistName::makeSortable>;
 
 DistName name(const std::string& text) {
   return DistName(text, DistName::SIMPLE);
@@ -298,6 +310,28 @@ TEST(DistNameSortable, IsMadeOnce) {
   EXPECT_EQ(dn.sortable(), first);
 }
 
+TEST(DistNameSortable, CannotBeMadeAgain) {
+  semaphoreSet(false);  // so that it is not the child's, which aborts, to remove
+  const auto make = [](const DistName& dn) {
+    stderrHandler handler(5, AUD_ALL);
+    makeSortable(dn);
+  };
+  const char* const told =
+      "Fatal: assert/assert failure \"m_sortable == NULL\" \\| \\.\\./directory/DNorder @ 342";
+  const DistName dn("CN=x,DC=c");
+  make(dn);
+  EXPECT_STREQ(dn.sortable(), "dc=c\tcn=x");
+  EXPECT_EXIT(make(dn), testing::KilledBySignal(SIGABRT), told);
+  // A copy has the form of its original, one that is assigned to has none.
+  const DistName copy(dn);
+  EXPECT_EXIT(make(copy), testing::KilledBySignal(SIGABRT), told);
+  DistName assigned("CN=y");
+  make(assigned);
+  assigned = dn;
+  make(assigned);
+  EXPECT_STREQ(assigned.sortable(), "dc=c\tcn=x");
+}
+
 TEST(DistNameCompare, PutsParentsBeforeTheirChildren) {
   const texts ascending = {
       "",
@@ -363,6 +397,11 @@ TEST(DisplayOrder, ComparesShortNamesThenWholeTexts) {
       {"CN=\\2Ca", "CN=-a", -1},
       {"CN=\\61", "CN=a", -1},
       {"CN=10", "CN=9", -1},
+      // Bytes from 128 up stand before all others.
+      {"CN=\xC3\xA9", "CN=a", -1},
+      {"CN=\x80", "CN=\x7F", -1},
+      {"CN=\x80", "CN=\xFF", -1},
+      {"CN=a,DC=\xC3\xA9", "CN=a,DC=a", -1},
       // Without "=" the short name is empty.
       {"zzz", "CN=a", -1},
       {"b", "A", 1},
@@ -450,6 +489,13 @@ TEST(StringOrders, AreComparators) {
   const stringComparator& numeric = numericOrder::instance;
   EXPECT_TRUE(display("CN=10", "CN=9"));
   EXPECT_FALSE(numeric("CN=10", "CN=9"));
+}
+
+TEST(StringOrders, MayBeMadeForTheOccasion) {
+  const std::unique_ptr<stringComparator> display = std::make_unique<displayOrder>();
+  const std::unique_ptr<stringComparator> numeric = std::make_unique<numericOrder>();
+  EXPECT_TRUE((*display)("CN=10", "CN=9"));
+  EXPECT_FALSE((*numeric)("CN=10", "CN=9"));
 }
 
 // --- Configuration -----------------------------------------------------------

@@ -6,8 +6,11 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <ostream>
+#include <sstream>
 #include <string>
 #include <type_traits>
+#include <vector>
 
 #include "child_output.h"
 #include "event_probe.h"
@@ -104,6 +107,24 @@ TEST(assertEvent, WritesItsReportAndAStackTrace) {
   ASSERT_GT(written.size(), start.size() + finish.size());
   EXPECT_EQ(written.substr(0, start.size()), start);
   EXPECT_EQ(written.substr(written.size() - finish.size()), finish);
+}
+
+TEST(assertEvent, IsFlushedBeforeAndBehindItsStackTrace) {
+  class buffer : public std::stringbuf {
+   public:
+    std::vector<std::string> flushed;
+
+   protected:
+    int sync() override {
+      flushed.push_back(str());
+      return 0;
+    }
+  } target;
+  std::ostream out(&target);
+  out << assertEvent("x", "../utilities/uri", 1);
+  ASSERT_EQ(target.flushed.size(), 2u);
+  EXPECT_EQ(target.flushed[0], "Fatal: assert/assert failure \"x\" | ../utilities/uri @ 1\n");
+  EXPECT_EQ(target.flushed[1], target.str());
 }
 
 TEST(assertEvent, TakesAnyLineAndFile) {

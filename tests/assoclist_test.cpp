@@ -355,6 +355,12 @@ TEST(AssocListConvert, RenamesKeysInTheOrderOfTheMapping) {
   }
 }
 
+TEST(AssocListConvert, TakesTheListItselfAsItWasForTheMapping) {
+  assocList list(std::vector<std::string>{"a=b", "b=c"});
+  EXPECT_EQ(&list.convert(list), &list);
+  EXPECT_EQ(entriesOf(list), (Entries{{"c", "b"}}));
+}
+
 TEST(AssocListWrite, WritesBracesAndEntries) {
   const struct {
     std::vector<std::string> entries;

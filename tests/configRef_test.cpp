@@ -146,6 +146,23 @@ TEST(ConfigRefStart, RegistersNothingOnceAnyDatabaseIsPublished) {
   EXPECT_EQ(greeting.value(false), "") << "read where it is not";
 }
 
+TEST(ConfigRefStart, KeepsTheRegisteredItemsBackWhileAnotherDatabaseIsPublished) {
+  ThreadData::instance(false);
+  EXPECT_TRUE(threadedConfigDB::local().null());
+  {
+    writeableConfigDB other(RT_EMPTY);
+    other.set("test.greeting", "good day", DistName(), false, true);
+    ASSERT_TRUE(other.setCanonical(true));
+  }
+  EXPECT_EQ(greeting.value(false), "good day");
+  EXPECT_EQ(five, 5);
+  configDB nothing(RT_NULL);
+  ASSERT_TRUE(nothing.setCanonical(false));
+  threadedConfigDB::refresh();
+  EXPECT_EQ(greeting.value(false), "hello") << "published when there is no other";
+  EXPECT_EQ(threadedConfigDB::local().version(), 0);
+}
+
 TEST(ConfigRefStart, AbortsWhenNoDatabaseCanBeHad) {
   const processEnd end = runSharingChild([] {
     ThreadData::instance(false);

@@ -1,15 +1,19 @@
 #include "countedMap.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cstddef>
+#include <cstdio>
 #include <string>
 #include <type_traits>
 #include <utility>
 #include <vector>
 
 #include "configDB.h"
+#include "fresh_process.h"
 #include "stringcomp.h"
+#include "very_end.h"
 
 namespace {
 
@@ -26,6 +30,15 @@ struct entry {
 };
 
 using entryMap = countedMap<std::string, entry, caseInsensitive>;
+
+/// A value that tells of its end.
+struct mortal {
+  mortal(const std::string&, const std::string&, bool, bool) {}
+  mortal(const mortal&) = default;
+  mortal& operator=(const mortal&) = default;
+  ~mortal() { dprintf(STDOUT_FILENO, "destroyed\n"); }
+  static const char* className() { return "mortal"; }
+};
 
 /// A handle with its protected operations in the open.
 class entryRef : public countedMapRef<std::string, entry, caseInsensitive> {
@@ -78,6 +91,28 @@ TEST_F(CountedMap, IsNamedAfterItsValues) {
   EXPECT_EQ(map.className(), other.className()) << "built once and kept";
   const countedMap<std::string, configItem, caseInsensitive> database;
   EXPECT_STREQ(database.className(), "countedMap<configItem>");
+}
+
+TEST_F(CountedMap, KeepsItsNameToTheVeryEndOfTheProcess) {
+  using databaseMap = countedMap<std::string, configItem, caseInsensitive>;
+  const processEnd end = runFreshChild([] {
+    atVeryEnd = [] { dprintf(STDOUT_FILENO, "<%s>\n", databaseMap().className()); };
+    return databaseMap().className() == nullptr ? 1 : 0;
+  });
+  EXPECT_EQ(end.output, "<countedMap<configItem>>\n");
+  EXPECT_EQ(end.errors, "");
+  EXPECT_EQ(end.ending, "exit 0");
+}
+
+TEST_F(CountedMap, DestroysItsDummyAtExit) {
+  const processEnd end = runFreshChild([] {
+    const auto& dummy = countedMap<std::string, mortal, caseInsensitive>::dummy();
+    dprintf(STDOUT_FILENO, "made\n");
+    return &dummy == &countedMap<std::string, mortal, caseInsensitive>::dummy() ? 0 : 1;
+  });
+  EXPECT_EQ(end.output, "made\ndestroyed\n");
+  EXPECT_EQ(end.errors, "");
+  EXPECT_EQ(end.ending, "exit 0");
 }
 
 TEST_F(CountedMap, HasOneEmptyDummy) {

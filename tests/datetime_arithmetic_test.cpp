@@ -374,6 +374,23 @@ TEST(DateTimeDifference, IsInSeconds) {
   }
 }
 
+TEST(DateTimeDifference, IsExactToTheLastBit) {
+  const struct {
+    rawTime left;
+    rawTime right;
+    double expected;
+  } cases[] = {
+      // In double precision throughout, each of these would be one bit off.
+      {{0, 5}, {0, 0}, 5e-6},          {{0, 33}, {0, 0}, 3.3e-5},
+      {{0, 0}, {0, 33}, -3.3e-5},      {{1794740854, 50}, {1794740854, 7}, 4.3e-5},
+      {{1, 199982}, {0, 0}, 1.199982}, {{0, 0}, {1, 999910}, -1.99991},
+  };
+  for (const auto& row : cases) {
+    SCOPED_TRACE(raw(row.left) + " - " + raw(row.right));
+    EXPECT_EQ(row.left - row.right, row.expected);
+  }
+}
+
 TEST(DateTimeDifference, IsNoneWhenATimeIsInvalid) {
   const rawTime time(1000, 0);
   EXPECT_EQ(time - DateTime::BAD_TIME, 0.0);

@@ -14,6 +14,7 @@
 #include "refcount.h"
 #include "stack.h"
 #include "stringcomp.h"
+#include "trace.h"
 #include "very_end.h"
 
 #include <gtest/gtest.h>
@@ -38,7 +39,8 @@ std::string standardErrorOf(Body body) {
 
 struct earlyOutput {
   earlyOutput()
-      : handled(standardErrorOf([] {
+      : traced(standardErrorOf([] { traceFlag::out() << "early trace\n"; })),
+        handled(standardErrorOf([] {
           const stderrHandler handler(5, AUD_ALL);
           commonEvent(WARNING, AUD_ALL, EC_COMMENT, "early", "earlyOutput");
         })),
@@ -47,6 +49,7 @@ struct earlyOutput {
           return 0;
         })) {}
 
+  std::string traced;  // the first, before anything else may set the streams up
   std::string handled;
   processEnd child;
 };
@@ -62,6 +65,10 @@ struct value {
 using lateMap = countedMap<std::string, value, caseInsensitive>;
 
 }  // namespace
+
+TEST(EarlyOutput, OfATraceReachesStandardError) {
+  EXPECT_EQ(early.traced, "early trace\n");
+}
 
 TEST(EarlyOutput, OfAHandlerReachesStandardError) {
   const std::size_t colon = early.handled.find(": ");

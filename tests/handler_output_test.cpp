@@ -276,6 +276,31 @@ TEST(eventHandler, HoldsItsSectionOnlyWhileItWrites) {
   EXPECT_EQ(steps[1].change, 1);
 }
 
+TEST(eventHandler, BuildsItsMessageBeforeItTakesItsSection) {
+  // Notes for each time it is written whether a section is held.
+  class watcher : public bareEvent {
+   public:
+    explicit watcher(std::string& notes) : bareEvent(FAILURE, AUD_ALL), m_notes(notes) {}
+
+   protected:
+    void writeExtras(std::ostream&) const override {
+      const bool held = criticalSection::have(CS_STDOUT) || criticalSection::have(CS_LOGOUT);
+      m_notes += held ? "held " : "free ";
+    }
+
+   private:
+    std::string& m_notes;
+  };
+  const capturedErrors errors;
+  std::ostringstream out;
+  stderrHandler toErrors(3, AUD_OUSER);
+  loggingHandler toLog(out, 4, AUD_DEVEL, "%Y", 0);
+  std::string notes;
+  watcher(notes).report();
+  EXPECT_EQ(notes.substr(0, 10), "free free ");
+  EXPECT_EQ(out.str(), "2026: Failure: bare/0 \"what\"\n");
+}
+
 TEST(eventHandler, TakesNoSectionWhenItWritesNothing) {
   semaphoreSet(false);
   std::ostringstream out;

@@ -381,6 +381,13 @@ TEST(storingHandler, IsInTheThreadsMapOnceItIsAskedFor) {
   EXPECT_EQ(registered(), "10 storingHandler");
 }
 
+TEST(storingHandler, IsInTheThreadsMapBeforeAReportIsOffered) {
+  ThreadData::instance(false);
+  ASSERT_EQ(registered(), "");
+  const bareEvent neverOffered(FAILURE, AUD_ALL);
+  EXPECT_EQ(registered(), "10 storingHandler");
+}
+
 TEST(storingHandler, ClaimsBeforeStandardErrorInEveryMap) {
   for (const bool ownMap : {false, true}) {
     SCOPED_TRACE(ownMap ? "the thread's map" : "the start-up map");

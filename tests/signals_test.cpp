@@ -8,6 +8,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <iostream>
+#include <streambuf>
 #include <string>
 
 #include "child_output.h"
@@ -204,6 +206,32 @@ TEST(signalHandler, AbortsOnASecondSignalOfAnotherKind) {
   });
   EXPECT_EQ(end.ending(), "signal 6");
   expectTrace(end.errors, "signal 4 caught: \n", "");
+}
+
+TEST(signalHandler, AbortsOnASecondSignalWhileItWrites) {
+  // Raises a signal at the first byte that it is given, and drops them all.
+  class faulty : public std::streambuf {
+   protected:
+    int_type overflow(int_type c) override {
+      if (!m_raised) {
+        m_raised = true;
+        std::raise(SIGFPE);
+      }
+      return traits_type::not_eof(c);
+    }
+
+   private:
+    bool m_raised = false;
+  };
+  const childEnd end = runInChild([] {
+    static faulty target;
+    std::cerr.rdbuf(&target);
+    stack::installHandler();
+    std::raise(SIGILL);
+    tell("not reached\n");
+  });
+  EXPECT_EQ(end.ending(), "signal 6");
+  EXPECT_EQ(end.errors, "");
 }
 
 TEST(signalHandler, WorksWithoutBeingInstalled) {

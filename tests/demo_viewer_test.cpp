@@ -1,0 +1,18 @@
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include "fresh_process.h"
+
+namespace {
+
+TEST(DemoViewer, WritesEachElementOfItsArgumentVectorQuotedOnALine) {
+  const processEnd end = runChild([] {
+    execl(DEMO_VIEWER, "vncviewer", "-shared", "1", "", "a b\"c\\d\ne", "h", nullptr);
+    return 1;
+  });
+  EXPECT_EQ(end.output, "\"vncviewer\"\n\"-shared\"\n\"1\"\n\"\"\n\"a b\\\"c\\\\d\\ne\"\n\"h\"\n");
+  EXPECT_EQ(end.errors, "");
+  EXPECT_EQ(end.ending, "exit 0");
+}
+
+}  // namespace
