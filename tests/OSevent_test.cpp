@@ -169,6 +169,8 @@ TEST(OSevent, TakesTheErrorNumberEvenAsTheFirstReportOfTheProcess) {
   errno = EXDEV;
   OSevent event(FAILURE, AUD_NULL, "rename()", "move");
   EXPECT_EQ(event.code(), EXDEV);
+  errno = EPIPE;
+  EXPECT_EQ(OSevent(FAILURE, AUD_NULL, "", "").code(), EPIPE) << "whatever it says otherwise";
 }
 
 }  // namespace

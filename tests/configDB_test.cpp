@@ -7,6 +7,8 @@
 #include <memory>
 #include <string>
 #include <type_traits>
+#include <typeinfo>
+#include <utility>
 #include <vector>
 
 #include "fresh_process.h"
@@ -20,6 +22,15 @@ namespace {
 using texts = std::vector<std::string>;
 
 const languageString declaredText("greeting", "hello", "configDBtest");
+
+/// The objects of a `ThreadData`, one for each slot.
+ThreadedDataObject** objectsOf(const ThreadData& data);
+
+template <ThreadedDataObject** ThreadData::*objects>
+struct opened {
+  friend ThreadedDataObject** objectsOf(const ThreadData& data) { return data.*objects; }
+};
+template struct opened<&ThreadData::clientObjects>;
 
 /// Publishes an empty database for each test, so that what other tests and the
 /// library registered does not show, and records all reports.
@@ -240,6 +251,20 @@ TEST_F(ConfigDB, IsAHandleOfTheKindAskedFor) {
   EXPECT_EQ(copy.ptr()->count(), 1);
 }
 
+TEST_F(ConfigDB, ReleasesWhatItHeldAlsoWhenThereIsNothingToUpdate) {
+  publishNothing();
+  threadedConfigDB::refresh();
+  const processEnd end = runSharingChild([] {
+    configDB db(RT_EMPTY);
+    traceFlag::set("refcount", 1);
+    db = RT_UPDATE;
+    traceFlag::set("refcount", 0);
+    return db.null() ? 0 : 1;
+  });
+  EXPECT_EQ(end.ending, "exit 0");
+  EXPECT_NE(end.errors.find("-1 destroying  0x"), std::string::npos) << "<" << end.errors << ">";
+}
+
 TEST_F(ConfigDB, PublishesAnEditAtItsEnd) {
   const configDB before(RT_READ);
   {
@@ -397,6 +422,38 @@ TEST(ConfigDBFinalise, BuildsTheThreadDataAndTheLocalisedStrings) {
   EXPECT_EQ(end.errors, "<2/16 commonEvent/18: Repeated calls | languageString::finalise()>\n");
 }
 
+TEST(ConfigDBFinalise, PublishesBehindTheThreadData) {
+  const processEnd end = runFreshChild([] {
+    writeableConfigDB db(RT_EMPTY);
+    const bool published = db.finalise();
+    std::printf("%d %d\n", published, threadedConfigDB::local().null());
+    return 0;
+  });
+  EXPECT_EQ(end.ending, "exit 0");
+  EXPECT_EQ(end.output, "1 1\n") << "run each test in a process of its own";
+}
+
+TEST_F(ConfigDB, FinalisesTheLocalisedStringsBeforeItPublishes) {
+  /// Keeps whether a database was published by the time of a report.
+  class watch : public eventHandler {
+   public:
+    watch() : eventHandler(0) {}
+    bool handle(eventReport& event) override {
+      seen.push_back(reportLine(event) + (configDB(RT_READ).null() ? ", before" : ", behind"));
+      return true;
+    }
+    const char* name() const override { return "watch"; }
+    texts seen;
+  };
+  languageString::finalise();  // so that it reports the next time
+  publishNothing();
+  watch handler;
+  writeableConfigDB db(RT_EMPTY);
+  EXPECT_TRUE(db.finalise());
+  EXPECT_EQ(handler.seen,
+            texts{"2/16 commonEvent/18: Repeated calls | languageString::finalise(), before"});
+}
+
 TEST_F(ConfigDB, KeepsAThreadOnItsVersionUntilItRefreshes) {
   configDB& local = threadedConfigDB::local();
   EXPECT_EQ(&threadedConfigDB::local(), &local);
@@ -434,6 +491,17 @@ TEST_F(ConfigDB, CreatesAReadingHandleForEachThread) {
   ASSERT_NE(db, nullptr);
   EXPECT_EQ(db->ptr(), configDB::getCanonical().ptr());
   EXPECT_EQ(db->stage(), RCS_CANONICAL);
+}
+
+TEST_F(ConfigDB, ThrowsWhenTheSlotHoldsSomethingElse) {
+  struct something : ThreadedDataObject {};
+  something other;
+  ThreadedDataObject** slot = objectsOf(m_data);
+  while (*slot != &threadedConfigDB::local()) slot++;
+  ThreadedDataObject* const own = std::exchange(*slot, &other);
+  EXPECT_THROW(static_cast<void>(threadedConfigDB::local()), std::bad_cast);
+  EXPECT_THROW(threadedConfigDB::refresh(), std::bad_cast);
+  *slot = own;
 }
 
 TEST_F(ConfigDB, KeepsAChildProcessOnItsVersion) {

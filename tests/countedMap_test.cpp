@@ -218,6 +218,14 @@ TEST_F(CountedMap, MakesEntriesByStageKeyAndWish) {
   }
 }
 
+TEST_F(CountedMap, MakesAFirstEntryOnlyOnWish) {
+  entryMap map;
+  EXPECT_EQ(&map.make("key", false), &entryMap::dummy());
+  EXPECT_TRUE(map.map().empty());
+  EXPECT_NE(&map.make("key", true), &entryMap::dummy());
+  EXPECT_EQ(map.map().size(), 1U);
+}
+
 TEST_F(CountedMap, KeepsTheLetterCaseOfTheFirstInsertionAndTheOrderOfItsKeys) {
   entryMap map;
   map.make("b", true);

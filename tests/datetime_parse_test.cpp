@@ -203,6 +203,7 @@ TEST(SyslogStamp, AllowsBlanksBeforeTheDayOnly) {
   expectStamps({
       {"Nov     5 11:07:34", "1972-11-5 11:7:34 0", ""},
       {"Nov5 11:07:34", "1972-11-5 11:7:34 0", ""},
+      {"Nov\t5 11:07:34", "1972-11-99 99:99:99 -1", "\t5 11:07:34"},
       // One blank behind the day is its separator, a second one is one too many.
       {"Nov 5  11:07:34", "1972-11-5 99:99:99 -1", " 11:07:34"},
       {"Nov 5:11:07:34", "1972-11-5 11:7:34 0", ""},

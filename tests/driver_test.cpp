@@ -20,7 +20,9 @@
 #include <vector>
 
 #include "assoclist.h"
+#include "child_output.h"
 #include "configDB.h"
+#include "events.h"
 #include "launch.h"
 #include "system.h"
 #include "threading.h"
@@ -58,6 +60,7 @@ struct Calls {
   bool active = false;
   int error = ENOENT;  // what `execvp` fails with
   std::string logName;
+  void (*meanwhile)() = nullptr;  // what the test looks at during `execvp`
 
   int executions = 0;
   std::string program;
@@ -107,6 +110,9 @@ int __wrap_execvp(const char* file, char* const* arguments) {
   calls.setsLeft = setsOf(getpid());
   calls.log = readFile(calls.logName);
   calls.logFlags = descriptorFlags(calls.logName);
+  if (calls.meanwhile != nullptr) {
+    calls.meanwhile();
+  }
   errno = calls.error;
   return -1;
 }
@@ -345,6 +351,68 @@ TEST_F(Driver, SwitchesFlagsOnWhateverTheirValue) {
   for (const char* name : {"hoplaunch", "reportThread", "reportStack"}) {
     traceFlag::set(name, 0);
   }
+}
+
+// Items are asked without regard to letter case and before flags; what either has
+// taken does not reach the launch.
+TEST_F(Driver, KeepsTheNamesOfItemsAndFlagsFromTheLaunch) {
+  const childEnd end = runInChild([this] {
+    static traceFlag style("style", 0);
+    static traceFlag both("PORTARG", 0);
+    ThreadData::instance(false);
+    process({"ftp://h/"}, logged({}));  // the first read publishes the database
+    {
+      editableConfigDB editor;
+      editor.set("portArg", std::string("none"), DistName(), false);
+    }
+    calls.meanwhile = [] {
+      for (const std::string& element : calls.vector) {
+        dprintf(STDERR_FILENO, "%s ", element.c_str());
+      }
+      dprintf(STDERR_FILENO, "style %u both %u item %s\n", style.level(), both.level(),
+              configDB(RT_READ).find("portArg").all().front().c_str());
+    };
+    process({"ssh://h:1/?a=b"}, logged({"style=separate", "PORTARG=P"}));
+  });
+  EXPECT_EQ("putty -a=b h:1 style 1 both 0 item P\n", end.errors);
+  EXPECT_EQ("exit 0", end.ending());
+}
+
+TEST_F(Driver, HandlesReportsForAllBehindTheStoringHandler) {
+  ThreadData::instance(false);
+  const capturedErrors errors;
+  calls.meanwhile = [] {
+    commonEvent(FAILURE, AUD_ALL, EC_COMMENT, "stored", "meanwhile");
+    std::string handlers;
+    for (const auto& [priority, handler] : ThreadedEventHandlerList::local().theMap) {
+      handlers += std::to_string(priority) + " " + handler->name() + "\n";
+    }
+    EXPECT_EQ("10 storingHandler\n100 stderrHandler\n", handlers);
+    commonEvent shown(SUCCESS, AUD_ALL, EC_COMMENT, "shown", "meanwhile");
+    EXPECT_TRUE(ThreadedEventHandlerList::local().theMap.rbegin()->second->handle(shown));
+    EXPECT_EQ(AUD_NULL, shown.audience());
+  };
+  EXPECT_EQ(-1, process({"ssh://h/"}, logged({})));
+  EXPECT_EQ("20231114T221320.250000: Success: commonEvent/comment \"shown\" | meanwhile\n",
+            errors.str());
+  EXPECT_EQ(0U, ThreadedEventHandlerList::local().theMap.count(100)) << "it outlived the run";
+}
+
+TEST_F(Driver, LetsNoReportReachStandardError) {
+  ThreadData::instance(false);
+  EXPECT_EQ(-1, process({"ftp://h/"}, logged({})));  // the first read publishes the database
+  {
+    editableConfigDB editor;
+    editor.set("driver_test.root", std::string("DC=com"), DistName(), true);
+  }
+  const std::string before = storingHandler::theInstance().str();
+  const capturedErrors errors;
+  EXPECT_EQ(-1, process({"ftp://h/"}, logged({"driver_test.root=x"})));
+  EXPECT_EQ("", errors.str());
+  EXPECT_EQ(
+      "20231114T221320: Failure: commonEvent/Data mis-match \"driver_test.root DN=>non-DN\""
+      " | configDB::set{scalar}\n",
+      storingHandler::theInstance().str().substr(before.size()));
 }
 
 TEST_F(Driver, LeavesItsArgumentsAlone) {

@@ -39,7 +39,10 @@ std::string standardErrorOf(Body body) {
 
 struct earlyOutput {
   earlyOutput()
-      : traced(standardErrorOf([] { traceFlag::out() << "early trace\n"; })),
+      : traced(runSharingChild([] {
+          traceFlag::out() << "early trace\n";
+          return 0;
+        })),
         handled(standardErrorOf([] {
           const stderrHandler handler(5, AUD_ALL);
           commonEvent(WARNING, AUD_ALL, EC_COMMENT, "early", "earlyOutput");
@@ -49,7 +52,7 @@ struct earlyOutput {
           return 0;
         })) {}
 
-  std::string traced;  // the first, before anything else may set the streams up
+  processEnd traced;  // the first, before anything else sets the streams up
   std::string handled;
   processEnd child;
 };
@@ -67,7 +70,8 @@ using lateMap = countedMap<std::string, value, caseInsensitive>;
 }  // namespace
 
 TEST(EarlyOutput, OfATraceReachesStandardError) {
-  EXPECT_EQ(early.traced, "early trace\n");
+  EXPECT_EQ(early.traced.errors, "early trace\n");
+  EXPECT_EQ(early.traced.ending, "exit 0");
 }
 
 TEST(EarlyOutput, OfAHandlerReachesStandardError) {

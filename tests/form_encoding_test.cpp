@@ -109,6 +109,7 @@ TEST(getEscapedPair, FailsForASecondEqualsSign) {
     std::string name = "n";
     std::string value = "v";
     EXPECT_FALSE(getEscapedPair(cursor, name, value));
+    EXPECT_NE(static_cast<const void*>(cursor), nullptr) << "the text is not used up";
     EXPECT_EQ(name, "n") << "only success stores";
     EXPECT_EQ(value, "v") << "only success stores";
   }

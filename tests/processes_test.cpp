@@ -417,6 +417,22 @@ TEST(ShutdownNotified, CarryACookieThatIsReallyClearedInTheEnd) {
   EXPECT_EQ(cookie(), 0U);
 }
 
+TEST(ShutdownNotified, AreNotToldWithoutTheirCookie) {
+  const processEnd end = runFreshChild([] {
+    alignas(notified) static unsigned char place[sizeof(notified)];
+    const notified one("one");
+    static_cast<void>(new (place) notified("two"));
+    const notified three("three");
+    // The second one is overwritten without its end.
+    const std::uint32_t somethingElse = 0x1F2E3D4D;
+    std::memcpy(place + sizeof(void*), &somethingElse, sizeof somethingElse);
+    shutdownNotified::callShutdowns();
+    return 0;
+  });
+  EXPECT_EQ(end.output, "one\nthree\n");
+  EXPECT_EQ(end.ending, "exit 0");
+}
+
 // --- The watcher -----------------------------------------------------------
 
 TEST(ExitWaitThread, TellsItsNameAndCopiesItself) {
