@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <vector>
 
 #include "../utilities/startup.h"
 #include "DistName.h"
@@ -105,6 +106,17 @@ segment nextSegment(std::string_view& rest) {
   const std::string_view value = trim(rest.substr(equals + 1, comma - equals - 1));
   rest.remove_prefix(std::min(comma + 1, rest.size()));
   return {true, key, value};
+}
+
+std::string joined(const std::vector<std::string_view>& pieces, char separator) {
+  std::string result;
+  for (const std::string_view& piece : pieces) {
+    if (&piece != &pieces.front()) {
+      result += separator;
+    }
+    result += piece;
+  }
+  return result;
 }
 
 bool sameText(std::string_view a, std::string_view b) {
@@ -228,13 +240,7 @@ std::string DistName::shortName(const std::string& dn) {
 
 std::string DistName::extractId(const std::string& dn, const std::string& keyword, extractMode mode,
                                 char separator) {
-  std::string found;
-  const auto append = [&found, separator](std::string_view value) {
-    if (!found.empty()) {
-      found += separator;
-    }
-    found += value;
-  };
+  std::vector<std::string_view> found;
   std::string_view rest = dn;
   for (bool first = true; !rest.empty(); first = false) {
     const segment current = nextSegment(rest);
@@ -243,7 +249,7 @@ std::string DistName::extractId(const std::string& dn, const std::string& keywor
     }
     if (!sameText(current.key, keyword)) {
       if (mode == ALL_UNTIL || (mode == PATH_UNTIL && !first)) {
-        append(current.value);
+        found.push_back(current.value);
       }
       continue;
     }
@@ -251,22 +257,20 @@ std::string DistName::extractId(const std::string& dn, const std::string& keywor
       case SINGLE:
         return std::string(current.value);
       case FORWARD:
-        append(current.value);
-        break;
       case REVERSE:
-        if (!found.empty()) {
-          found.insert(0, 1, separator);
-        }
-        found.insert(0, current.value);
+        found.push_back(current.value);
         break;
       case PATH_UNTIL:
       case ALL_UNTIL:
-        return found;
+        return joined(found, separator);
       default:
         ASSERT_AT(false, SOURCE, 426);
     }
   }
-  return found;
+  if (mode == REVERSE) {
+    std::reverse(found.begin(), found.end());
+  }
+  return joined(found, separator);
 }
 
 namespace {
@@ -298,13 +302,13 @@ bool domainComponent(std::string_view key) {
 }  // namespace
 
 std::string DistName::canonicalName() const {
-  std::string result;
   if (m_string.empty() || m_string.back() == '\\') {
-    return result;
+    return std::string();
   }
   const std::string_view name = m_string;
+  std::vector<std::string_view> domain;
+  std::string path;
   bool inDomain = true;
-  int domainParts = 0;
   std::size_t end = name.size();
   for (;;) {
     const std::size_t start = segmentStart(name, end);
@@ -314,20 +318,19 @@ std::string DistName::canonicalName() const {
       const std::string_view value = current.substr(equals + 1);
       inDomain = inDomain && domainComponent(current.substr(0, equals));
       if (inDomain) {
-        if (domainParts++ != 0) {
-          result.insert(0, 1, '.');
-        }
-        result.insert(0, value);
+        domain.push_back(value);
       } else {
-        result += '/';
-        result += pathValue(value);
+        path += '/';
+        path += pathValue(value);
       }
     }
     if (start == 0) {
-      return result;
+      break;
     }
     end = start - 1;
   }
+  std::reverse(domain.begin(), domain.end());
+  return joined(domain, '.') + path;
 }
 
 DistName DistName::rename(const std::string& newValue) const {

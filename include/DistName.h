@@ -48,14 +48,15 @@ class DistName {
   DistName() = default;
   /// The name `dn`; null stands for an empty one.
   explicit DistName(const char* dn);
-  /// The first `length` bytes of `dn`.
+  /// The first `length` bytes of `dn`, none when it is negative.
   DistName(const char* dn, int length);
   /// The name that `text` stands for in a style.  An unknown style reports
   /// `EC_UNKNOWN_VALUE` and keeps the text.
   ///
   ///     DistName("a.b", DistName::DOMAIN)   // DC=a,DC=b
   DistName(const std::string& text, DNconStyle style);
-  DistName(const char* text, DNconStyle style) : DistName(std::string(text), style) {}
+  DistName(const char* text, DNconStyle style)
+      : DistName(std::string(text != nullptr ? text : ""), style) {}
   DistName(const DistName& other);
   DistName& operator=(const DistName& other);
   virtual ~DistName();
@@ -130,11 +131,13 @@ class DistName {
   /// empty.  The short name is cut to keep it to `maxLen` characters.
   DistName newName(const criterion& acceptable, int limit, unsigned int maxLen) const;
 
-  /// True when `text` is UTF-8 that a name may hold.
+  /// True when `text` is well-formed UTF-8 without control codes and "~".
   static bool nameOkay(const std::string& text);
 
   /// A value with a backslash before what has a meaning in names; NUL becomes a
   /// backslash and "00".
+  ///
+  ///     escape("#a")   // \#a
   static std::string escape(const std::string& text);
   /// The reverse.  A backslash and two hexadecimal digits, neither of them 0,
   /// become a byte; any other backslash is dropped.  (So "\20" reads as "20":

@@ -96,6 +96,8 @@ std::int32_t getUTF8(const unsigned char*& text, unsigned int remaining, bool st
 /// and returns the number of bytes written, 1 to 4.  No zero is appended.
 /// Returns 0 for the surrogates U+D800 to U+DFFF and for every value from
 /// U+10FFFF upward.  (U+10FFFF itself is refused: callers rely on that limit.)
+///
+///     putUTF8(0xE9, buffer)   // 2, and the bytes C3 A9
 int putUTF8(unsigned long character, unsigned char* text);
 
 /// True when `text` is well-formed UTF-8.
@@ -155,11 +157,17 @@ std::string quote(const std::string& text);
 /// The text as one field of a comma-separated line (RFC 4180): unchanged, or in
 /// double quotes with each double quote doubled when it holds a double quote,
 /// a comma, a carriage return or a line feed.
+///
+///     CSVescape("a,b")   // "a,b"
 std::string CSVescape(const std::string& text);
 
 /// Reads one comma-separated field at `ptr` and moves `ptr` behind it and its
-/// comma.  A field without its closing quote runs to the end of the text.  A null
-/// or empty text gives an empty field.
+/// comma.  A field without its closing quote runs to the end of the text; behind the
+/// closing quote one character that is no comma is skipped.  A null or empty text gives
+/// an empty field.
+///
+///     const char* p = "\"a,b\",c";
+///     CSVunescape(p)   // a,b, and p points at "c"
 std::string CSVunescape(const char*& ptr);
 
 /// `Name` without a suffix of "-" and decimal digits, whose number is stored

@@ -51,8 +51,7 @@ struct gregorianDate {
   /// 1970-01-01 00:00:00.000000.
   gregorianDate() = default;
 
-  /// The calendar fields of an instant.  An invalid one gives 1970-01-01 with
-  /// `mseconds` -1.
+  /// The calendar fields of an instant.  An invalid one gives `mseconds` -1.
   explicit gregorianDate(const DateTime& time);
 
   /// Reads a stamp such as "Nov  5 11:07:34" at `text` and moves `text` behind
@@ -62,8 +61,8 @@ struct gregorianDate {
   /// - The month is one of the English three-letter names, case-sensitive.
   ///   Without one `text` is not moved, `month` is 13 and `mseconds` -1.
   /// - The other fields have at most two digits, each followed by any one
-  ///   character that is neither digit nor white space; blanks may stand before
-  ///   the day.
+  ///   character that is no digit and, but behind the day, no white space; blanks
+  ///   may stand before the day.
   /// - `mseconds` is 0 when day < 32, hour, minute and second < 60, and else -1.
   ///   (The hour is bounded by 60 on purpose.)
   explicit gregorianDate(const char*& text);
@@ -154,8 +153,9 @@ class DateTime {
   ///     timezone("-05:00")   // -300
   static int timezone(const std::string& zone);
 
-  /// Moves the time by `seconds`, to the microsecond below.  Past `MAX_TIME` or
-  /// before `MIN_TIME` it becomes invalid; an invalid time stays as it is.
+  /// Moves the time by `seconds`, to the microsecond below.  Before `MIN_TIME` or
+  /// past 4294967295.999998 seconds, just short of `MAX_TIME`, it becomes invalid; an
+  /// invalid time stays as it is.
   DateTime& operator+=(double seconds);
   DateTime& operator-=(double seconds);
   DateTime operator+(double seconds) const;

@@ -38,6 +38,8 @@ std::string URIunEscape(const std::string& text);
 ///   tab is %9.
 /// - Blank and all ASCII punctuation become "%" and two digits.
 /// - Letters, digits and bytes of 128 and above are copied.
+///
+///     cookieEscape("a\tb")   // a%9b
 std::string cookieEscape(const char* text, unsigned int length);
 std::string cookieEscape(const std::string& text);
 
@@ -48,6 +50,8 @@ std::string cookieUnEscape(const std::string& text);
 /// Escaping for directory names (RFC 4514): a backslash before each of
 /// " + , ; < > \, and a backslash and two hexadecimal digits for control bytes
 /// and bytes of 128 and above.
+///
+///     LDAPescape("a,b\n")   // a\,b\0A
 std::string LDAPescape(const char* text, unsigned int length);
 std::string LDAPescape(const std::string& text);
 
@@ -58,11 +62,15 @@ std::string LDAPescape(const std::string& text);
 /// - A backslash and a digit before something that is no digit are both dropped:
 ///   readers rely on it.
 /// - A text that ends inside an escape loses it.
+///
+///     LDAPunEscape("a\\,b\\0A")   // a,b and a line feed
 std::string LDAPunEscape(const char* text, unsigned int length);
 std::string LDAPunEscape(const std::string& text);
 
 /// Percent-encoding of line feeds and ASCII punctuation; everything else, blanks
 /// and other control bytes included, is copied.
+///
+///     QMXescape("a b.\n")   // a b%2E%0A
 std::string QMXescape(const char* text, unsigned int length);
 std::string QMXescape(const std::string& text);
 
@@ -72,6 +80,8 @@ std::string QMXescape(const std::string& text);
 ///   "\u" and its code point in hexadecimal: at least three digits, four from
 ///   U+0010.  (Readers rely on \u00A for a line feed.)
 /// - A single quote is preceded by a backslash; every other byte is copied.
+///
+///     javaScriptEscape("it's\n")   // it\'s\u00A
 std::string javaScriptEscape(const char* text, unsigned int length);
 std::string javaScriptEscape(const std::string& text);
 
@@ -97,7 +107,9 @@ std::string HTMLescape(const std::string& text, bool nbsp);
 /// - In a value, a "%" that is no escape and a second "=" fail.
 ///
 /// Returns false for a null cursor and on failure; `name` and `value` are then
-/// unchanged.
+/// unchanged.  A failed pair ends the reading, wherever the cursor is left.
+///
+///     const char* p = "a=1&b"; getEscapedPair(p, n, v)   // a, 1, and p at "b"
 bool getEscapedPair(const char*& cursor, std::string& name, std::string& value);
 
 /// Adds the pairs of a form-encoded text to `list`.  The values of a repeated

@@ -79,16 +79,19 @@ class URI {
   /// Frees the argument vector.
   void clear();
 
+  /// Replaces the ticket and drops the argument vector.
   void setTicket(const ByteArray& newTicket);
   /// The ticket in hexadecimal.
   std::string hexString() const { return ticket.format(16); }
-  /// Appends an address.
+  /// Appends an address, which is not tested, and drops the argument vector.
   void add(const std::string& address);
   /// Appends addresses.  A `port` of 0 or more replaces what stands behind the
   /// last ":" of each, the inside of a bracketed address not excepted.  A cached
   /// argument vector stays as it is.
   void add(const std::vector<std::string>& extra, int port);
+  /// Stores one parameter, replacing one of the same name.
   void addParam(const std::string& name, const std::string& value);
+  /// Sets the key id; -1 stands for none.
   void setKeyId(int id) { keyId = id; }
 
   /// The number of arguments that one option takes in a style, 1 or 2.

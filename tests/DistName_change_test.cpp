@@ -184,6 +184,7 @@ TEST(DistNameNameOkay, TakesUTF8WithoutControlCodesAndTildes) {
     SCOPED_TRACE(row.text);
     EXPECT_EQ(DistName::nameOkay(row.text), row.okay);
   }
+  EXPECT_FALSE(DistName::nameOkay(std::string("a\0b", 3)));
 }
 
 struct escapeCase {
@@ -301,6 +302,11 @@ TEST(DistNameSortable, StartsAtTheRootInLowerCase) {
     SCOPED_TRACE(row.text);
     EXPECT_STREQ(name(row.text).sortable(), row.expected);
   }
+}
+
+TEST(DistNameSortable, KeepsAnEmptySegmentBeforeALeadingComma) {
+  EXPECT_STREQ(name(",CN=x").sortable(), "cn=x\t");
+  EXPECT_EQ(name(",DC=com").canonicalName(), "com");
 }
 
 TEST(DistNameSortable, IsMadeOnce) {

@@ -335,6 +335,9 @@ TEST(DistNameExtractId, CollectsWhatItsModeAsksFor) {
       {"CN=x,OU=a\\,b,OU=\\2C,DC=c", "OU", "a\\,b", "a\\,b/\\2C", "\\2C/a\\,b", "", "x"},
       {"CN=x,OU=a\\ ,DC=c", "OU", "a\\ ", "a\\ ", "a\\ ", "", "x"},
       {"CN=x,OU=a=b,DC=c", "OU", "a=b", "a=b", "a=b", "", "x"},
+      // An empty value has its place between the separators.
+      {"OU= ,OU=b", "OU", "", "/b", "b/", "", ""},
+      {"CN=x,OU= ,L=b", "DC", "", "", "", "/b", "x//b"},
       // A segment without "=" ends the search.
       {"CN=x,OU=a,junk", "L", "", "", "", "a", "x/a"},
       {"junk,OU=a", "OU", "", "", "", "", ""},

@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstddef>
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
@@ -88,7 +89,23 @@ int descriptorFlags(const std::string& file) {
 
 }  // namespace
 
+namespace {
+
+int firstSection = -1;  // the first that was taken in this process
+
+}  // namespace
+
 extern "C" {
+
+int __real_semop(int set, sembuf* operations, std::size_t count);
+int __wrap_semop(int set, sembuf* operations, std::size_t count);
+
+int __wrap_semop(int set, sembuf* operations, std::size_t count) {
+  if (operations->sem_op < 0 && firstSection < 0) {
+    firstSection = operations->sem_num;
+  }
+  return __real_semop(set, operations, count);
+}
 
 int __real_execvp(const char* file, char* const* arguments);
 int __real_nanosleep(const timespec* request, timespec* remainder);
@@ -172,6 +189,11 @@ class Driver : public testing::Test {
 
   std::string folder;
 };
+
+TEST_F(Driver, TakesTheOutputSectionFirst) {
+  EXPECT_EQ(process({"no URI"}, assocList()), -1);
+  EXPECT_EQ(firstSection, 0);
+}
 
 TEST_F(Driver, SuppliesAnEmptyHostName) {
   EXPECT_EQ("", InterfaceFinder::FQDN());

@@ -1,6 +1,7 @@
 // Launches that go wrong, and input that might make them go wrong.
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -251,6 +252,21 @@ TEST(LauncherFailure, APipeWithoutAReaderUnderTheLogOfABadUriIsSilent) {
       shop.run({.arguments = {"-log=/dev/fd/9", "no URI"}, .prepare = pipeWithoutReader});
   EXPECT_EQ(0, outcome.status);
   EXPECT_EQ("", outcome.err);
+}
+
+TEST(LauncherFailure, ALogThatMayNotGrowStopsNothing) {
+  Workshop shop;
+  constexpr std::size_t limit = std::size_t{1} << 20;
+  launcher::writeFile(shop.work() / "log", std::string(limit, '\n'));
+  const Outcome outcome = shop.run({.arguments = {"-log=log", "vnc://h/"}, .prepare = [] {
+                                      const rlimit size = {limit, limit};
+                                      if (setrlimit(RLIMIT_FSIZE, &size) != 0) _exit(124);
+                                    }});
+  EXPECT_EQ(42, outcome.status);
+  EXPECT_EQ("", outcome.err);
+  ASSERT_TRUE(outcome.viewer);
+  EXPECT_EQ((Strings{"vncviewer", "--autoreconnect=0", "h"}), outcome.viewer->arguments);
+  EXPECT_EQ("0000000000000000", outcome.viewer->status.at("SigIgn"));
 }
 
 // Newer kernels put an empty name in the place of a missing one.

@@ -3,7 +3,6 @@
 #include "launch.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -20,6 +19,19 @@
 
 namespace {
 
+// Ignores a signal for a scope.
+class signalIgnored {
+ public:
+  explicit signalIgnored(int sig) : m_signal(sig), m_previous(std::signal(sig, SIG_IGN)) {}
+  signalIgnored(const signalIgnored&) = delete;
+  signalIgnored& operator=(const signalIgnored&) = delete;
+  ~signalIgnored() { std::signal(m_signal, m_previous); }
+
+ private:
+  int m_signal;
+  void (*m_previous)(int);
+};
+
 // A log that is appended to, one system call a line, so that launches side by side
 // do not tear each other's lines.  Whatever goes wrong with it stops nothing, and
 // its descriptor does not reach the viewer.
@@ -29,16 +41,14 @@ class launchLog {
     if (path.empty()) {
       return;
     }
-    const int descriptor = open(
-        path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_LARGEFILE, 0666);
-    if (descriptor < 0) {
-      return;
+    m_descriptor = open(path.c_str(),
+                        O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_LARGEFILE, 0666);
+    if (m_descriptor >= 0 && m_descriptor <= STDERR_FILENO) {
+      // Not in the place of a standard stream that we were started without.
+      const int moved = fcntl(m_descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+      close(m_descriptor);
+      m_descriptor = moved;
     }
-    // Not in the place of a standard stream that we were started without.
-    m_descriptor = fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
-    close(descriptor);
-    struct stat status;
-    m_mayBreak = fstat(m_descriptor, &status) != 0 || !S_ISREG(status.st_mode);
   }
   launchLog(const launchLog&) = delete;
   launchLog& operator=(const launchLog&) = delete;
@@ -58,12 +68,10 @@ class launchLog {
       text += piece;
     }
     text += '\n';
-    // A pipe whose reader has gone would end us with a signal.
-    void (*const previous)(int) = m_mayBreak ? std::signal(SIGPIPE, SIG_IGN) : SIG_ERR;
+    // A pipe whose reader has gone, or a limit on the size of files, would end us.
+    const signalIgnored brokenPipe(SIGPIPE);
+    const signalIgnored fileTooLarge(SIGXFSZ);
     writeAll(text);
-    if (previous != SIG_ERR) {
-      std::signal(SIGPIPE, previous);
-    }
   }
 
  private:
@@ -79,7 +87,6 @@ class launchLog {
   }
 
   int m_descriptor = -1;
-  bool m_mayBreak = false;
 };
 
 // The viewer for a URI: the option if given, else the one registered for the

@@ -336,7 +336,10 @@ DateTime& DateTime::operator+=(double seconds) {
   if (!okay()) {
     return *this;
   }
-  const double total = m_seconds + m_microseconds * 1e-6 + seconds;
+  // Summed wider than a double and rounded once, as 32-bit machines do.
+  const auto total =
+      static_cast<double>(static_cast<long double>(m_seconds) +
+                          static_cast<long double>(m_microseconds) * 1e-6L + seconds);
   if (total > 4294967295.999998) {
     *this = DateTime(0xFFFFFFFF, INVALID);
   } else if (total >= 0) {

@@ -112,8 +112,9 @@ URI& URI::operator=(const std::string& text) {
 
 void URI::clear() {
   if (argsList != nullptr) {
-    for (char** argument = argsList; *argument != nullptr; argument++) {
-      delete[] * argument;
+    delete[] argsList[0];  // the command, which alone may be null
+    for (std::size_t i = 1; argsList[i] != nullptr; i++) {
+      delete[] argsList[i];
     }
     delete[] argsList;
     argsList = nullptr;
