@@ -5,6 +5,7 @@
 #include <cstring>
 #include <vector>
 
+#include "../utilities/ascii.h"
 #include "../utilities/startup.h"
 #include "DistName.h"
 #include "asserts.h"
@@ -20,14 +21,6 @@ constexpr const char* SOURCE = "../directory/DNorder";
 [[gnu::init_priority(START_ITEMS), gnu::used]] configInt MaxShortName("MaxShortName", 16);
 
 constexpr std::size_t npos = std::string_view::npos;
-
-bool isSpace(char c) {
-  return c == ' ' || (c >= '\t' && c <= '\r');
-}
-
-char lower(char c) {
-  return static_cast<char>(c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c);
-}
 
 // --- Scanning; a backslash escapes the character behind it ------------------
 

@@ -4,14 +4,10 @@
 #include <cstring>
 #include <ostream>
 
+#include "ascii.h"
 #include "conversion.h"
 
 namespace {
-
-// No locale is ever set, so only the ASCII letters change.
-constexpr signed char lower(char c) {
-  return static_cast<signed char>(c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c);
-}
 
 const std::string& emptyString() {
   static const auto& empty = *new std::string;  // may be asked for at exit
@@ -27,8 +23,8 @@ constexpr caseInsensitive caseInsensitive::instance;
 bool caseInsensitive::operator()(const std::string& a, const std::string& b) const {
   const std::size_t n = std::min(a.size(), b.size());
   for (std::size_t i = 0; i < n; i++) {
-    const signed char left = lower(a[i]);
-    const signed char right = lower(b[i]);
+    const auto left = static_cast<signed char>(lower(a[i]));
+    const auto right = static_cast<signed char>(lower(b[i]));
     if (left != right) {
       return left < right;
     }
@@ -47,8 +43,8 @@ bool caseInsensitive::operator()(const char* a, const char* b) const {
     if (*a == '\0') {
       return true;
     }
-    const signed char left = lower(*a);
-    const signed char right = lower(*b);
+    const auto left = static_cast<signed char>(lower(*a));
+    const auto right = static_cast<signed char>(lower(*b));
     if (left != right) {
       return left < right;
     }

@@ -5,13 +5,11 @@
 #include <cstring>
 #include <ostream>
 
+#include "ascii.h"
+
 namespace {
 
 constexpr unsigned int NO_CHARACTER = 255;  // in charactersCP437
-
-constexpr bool isDigit(char c) {
-  return c >= '0' && c <= '9';
-}
 
 // The digits of the magnitude, so that the smallest int works as well.
 std::string digits(int value, unsigned int base) {

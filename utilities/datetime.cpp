@@ -4,6 +4,7 @@
 #include <cstring>
 #include <ostream>
 
+#include "ascii.h"
 #include "bytearray.h"
 #include "conversion.h"
 
@@ -22,14 +23,6 @@ constexpr std::uint32_t NTP_DATUM = 2208988800;  // 1970-01-01 in seconds since 
 constexpr std::array<const char*, 7> dayNames = {"Thu", "Fri", "Sat", "Sun", "Mon", "Tue", "Wed"};
 constexpr std::array<const char*, 12> monthNames = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
                                                     "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
-
-bool isDigit(char c) {
-  return c >= '0' && c <= '9';
-}
-
-bool isSpace(char c) {
-  return c == ' ' || (c >= '\t' && c <= '\r');
-}
 
 // Reads at most `maxDigits` digits and the one separator behind them.  White space
 // is a separator only with `skipBlank`.

@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "ascii.h"
 #include "asserts.h"
 #include "conversion.h"
 #include "html_escape.h"
@@ -21,10 +22,6 @@ constexpr const char* defaultVNCoptions[] = {"-autoreconnect=0", nullptr};
 [[gnu::init_priority(START_ITEMS)]] configArray VNC_OPTIONS("VNC_OPTIONS", defaultVNCoptions);
 
 namespace {
-
-bool isDigit(char c) {
-  return c >= '0' && c <= '9';
-}
 
 const char* skipDigits(const char* p) {
   while (isDigit(*p)) {
