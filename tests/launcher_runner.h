@@ -14,6 +14,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -157,7 +158,7 @@ class Workshop {
     if (command.noArgv) {
       arguments = {nullptr};
     }
-    m_started = std::time(nullptr);
+    m_started = now();
     m_pid = fork();
     if (m_pid == 0) {
       redirect("/dev/null", 0);
@@ -186,7 +187,7 @@ class Workshop {
       ADD_FAILURE() << "nothing to wait for";
       return result;
     }
-    result.ended = std::time(nullptr);
+    result.ended = now();
     m_pid = 0;
     result.status = WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + WTERMSIG(status);
     result.out = readFile(m_root / "out");
@@ -236,6 +237,11 @@ class Workshop {
   }
 
  private:
+  // By the clock that stamps the log: `time` may lag behind it by a tick.
+  static std::time_t now() {
+    return std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
+  }
+
   static std::vector<char*> pointers(Strings& texts) {
     std::vector<char*> result;
     for (std::string& text : texts) {
