@@ -12,6 +12,7 @@
 // forked child and at exit.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -33,6 +34,28 @@ enum argsStyle : int {
 const char* text(argsStyle style);
 /// The style of a text, letter case ignored; `AS_EQUALS` for any other text.
 argsStyle args_style(const std::string& name);
+
+/// What the parser of a URI's text was after when it stopped.
+enum uriStop : int {
+  US_COMPLETE = 0,   ///< nothing: the text is a URI
+  US_SCHEME = 1,     ///< the scheme
+  US_SEPARATOR = 2,  ///< the "://" behind the scheme
+  US_DELIMITER = 3,  ///< the "/" behind the addresses
+  US_ADDRESS = 4,    ///< an address
+  US_TICKET = 5,     ///< the ticket
+  US_PARAMETER = 6   ///< the "=" of a parameter
+};
+
+/// What the grammar wants there, to be put behind "expected", for example
+/// "\"/\" behind the addresses".  "nothing more" for a complete URI, and
+/// "<invalid uriStop>".
+const char* text(uriStop stop);
+
+/// Where and why parsing ended.
+struct uriParse {
+  uriStop stop;        ///< `US_COMPLETE` when the text is a URI
+  std::size_t offset;  ///< in bytes, of the byte that does not fit or of the text's end
+};
 
 /// Reads decimal digits up to the first other character; no digit gives 0.  The
 /// value wraps in 32 bits.
@@ -66,7 +89,12 @@ class URI {
 
   /// Parses `text`, up to its first NUL byte, and returns whether that worked.
   /// On failure what was stored until then stays.  Does not change `okay`.
-  bool set(const std::string& text);
+  bool set(const std::string& text) { return parse(text).stop == US_COMPLETE; }
+
+  /// The same, for whoever wants to say what is wrong with the text.
+  ///
+  ///     URI().parse("vnc://h")   // US_DELIMITER at 7
+  uriParse parse(const std::string& text);
 
   /// Whether the text given to the constructor parsed.
   bool okay() const { return m_okay; }
@@ -113,8 +141,9 @@ class URI {
   char** args(const char* commandName, unsigned int maxHosts, argsStyle style, const char* portArg);
 
  private:
-  bool parseAddresses(const char*& ptr, const RegExpr& machine_RE);
-  bool parseParameters(const char* ptr);
+  uriStop parseAddresses(const char*& ptr, const RegExpr& machine_RE);
+  uriStop parseTicket(const char*& ptr);
+  uriStop parseParameters(const char*& ptr);
   void buildArgs(assocList options, unsigned int maxHosts, argsStyle style, const char* portArg);
 
   std::string m_scheme;

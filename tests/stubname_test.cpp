@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "launch.h"
+#include "plan.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-// The launch itself: decide, log, become the viewer.
+// The launch itself: log, and become the viewer.
 
 #include "launch.h"
 
@@ -13,9 +13,8 @@
 
 #include "conversion.h"
 #include "datetime.h"
-#include "html_escape.h"
+#include "plan.h"
 #include "threading.h"
-#include "uri.h"
 
 namespace {
 
@@ -89,17 +88,6 @@ class launchLog {
   int m_descriptor = -1;
 };
 
-// The viewer for a URI: the option if given, else the one registered for the
-// scheme, else none.
-std::string viewer(const URI& uri, const assocList& params) {
-  const std::string& program = params["program"];
-  if (!program.empty()) {
-    return program;
-  }
-  const assocList programs = PROGRAMS.list();
-  return programs[uri.scheme()];
-}
-
 // Becomes the program, or returns the error number.
 int become(const char* program, char** arguments) {
   semaphoreRelease();  // nothing that runs at exit survives the exec
@@ -109,40 +97,25 @@ int become(const char* program, char** arguments) {
 
 }  // namespace
 
-const char* stubName(const char* path) {
-  const char* result = path;
-  for (const char* p = path; *p != '\0'; p++) {
-    if (*p == '/' || *p == '\\') {
-      result = p + 1;
-    }
-  }
-  return result;
-}
-
 int processAug(const std::vector<std::string>& args, const assocList& params) {
   const std::string& given = args.front();
-  // The query values are decoded once more by the parser: links rely on it.
-  URI uri(URIunEscape(given));
+  const launchPlan plan(given, params);
   const launchLog log(params["log"]);
-  if (!uri.okay()) {
+  if (!plan.uri.okay()) {
     log.line({"Bad URI \"", given, "\""});
     return -1;
   }
   log.line({DateTime::now(0).format(DS_ISO8601), ": URI = ", given});
-  const std::string program = viewer(uri, params);
-  if (program.empty()) {
-    log.line({"no executable for scheme ", uri.scheme()});
+  if (plan.program.empty()) {
+    log.line({"no executable for scheme ", plan.uri.scheme()});
     return -1;
   }
-  log.line({"executable: ", program});
-  const std::string& portArg = params["portArg"];
-  char** const arguments = uri.args(stubName(program.c_str()), 1, args_style(params["style"]),
-                                    portArg.empty() ? nullptr : portArg.c_str());
-  for (char** argument = arguments; *argument != nullptr; argument++) {
+  log.line({"executable: ", plan.program});
+  for (char** argument = plan.arguments; *argument != nullptr; argument++) {
     log.line({"\t", quote(*argument)});
   }
-  const int error = become(program.c_str(), arguments);
-  log.line({"_execv() failed; path = ", program, " errno = ", int2decimal(error), " ",
+  const int error = become(plan.program.c_str(), plan.arguments);
+  log.line({"_execv() failed; path = ", plan.program, " errno = ", int2decimal(error), " ",
             std::strerror(error)});
   (DateTime::now(0) + 5.0).wait();
   return -1;

@@ -32,6 +32,10 @@ void applyOptions(assocList& options) {
 }  // namespace
 
 int process(const std::vector<std::string>& args, const assocList& params) {
+  return process(params, [&args](const assocList& rest) { return processAug(args, rest); });
+}
+
+int process(const assocList& params, const std::function<int(const assocList& rest)>& finish) {
   { const criticalSection section(CS_STDOUT, false); }
   ThreadData::instance(false);
   DUMMY.value(true);
@@ -39,7 +43,7 @@ int process(const std::vector<std::string>& args, const assocList& params) {
   assocList options(params);
   applyOptions(options);
   threadedConfigDB::refresh();
-  return processAug(args, options);
+  return finish(options);
 }
 
 std::string InterfaceFinder::FQDN() {

@@ -13,3 +13,7 @@ constexpr bool isSpace(char c) {
 constexpr char lower(char c) {
   return static_cast<char>(c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c);
 }
+
+constexpr bool isLetter(char c) {
+  return lower(c) >= 'a' && lower(c) <= 'z';
+}

@@ -40,6 +40,21 @@ std::string withoutPort(const std::string& address) {
 constexpr const char* MACHINE = "^([a-z0-9]+([-.][a-z0-9]+)*)|(\\[[0-9a-f:.]+\\])(:[0-9]+)?$";
 constexpr const char* SCHEME = "^[a-z][a-z0-9+.\\-]*://";
 
+// Where a text leaves the form that SCHEME gives.
+uriParse badScheme(const char* text) {
+  if (!isLetter(*text)) {
+    return {US_SCHEME, 0};
+  }
+  const char* p = text;
+  while (isLetter(*p) || isDigit(*p) || (*p != '\0' && std::strchr("+.\\-", *p) != nullptr)) {
+    p++;
+  }
+  for (const char* expected = "://"; *expected != '\0' && *p == *expected; expected++) {
+    p++;
+  }
+  return {US_SEPARATOR, static_cast<std::size_t>(p - text)};
+}
+
 }  // namespace
 
 // --- Styles ----------------------------------------------------------------
@@ -144,7 +159,27 @@ void URI::addParam(const std::string& name, const std::string& value) {
 
 // --- Parsing ---------------------------------------------------------------
 
-bool URI::set(const std::string& wholeText) {
+const char* text(uriStop stop) {
+  switch (stop) {
+    case US_COMPLETE:
+      return "nothing more";
+    case US_SCHEME:
+      return "a scheme, which begins with a letter";
+    case US_SEPARATOR:
+      return "\"://\" behind the scheme";
+    case US_DELIMITER:
+      return "\"/\" behind the addresses";
+    case US_ADDRESS:
+      return "an address, which begins with a letter or digit or ends in brackets";
+    case US_TICKET:
+      return "a ticket in base64, whose length is a multiple of four";
+    case US_PARAMETER:
+      return "\"=\" behind the name of a parameter";
+  }
+  return "<invalid uriStop>";
+}
+
+uriParse URI::parse(const std::string& wholeText) {
   // What ends at the first NUL.  NOLINTNEXTLINE(readability-redundant-string-cstr)
   const std::string text = wholeText.c_str();
   const RegExpr scheme_RE(SCHEME, false);
@@ -153,58 +188,78 @@ bool URI::set(const std::string& wholeText) {
   ASSERT(REGEXPR_OKAY == machine_RE.CompileError());
   const RegExpr::Match schemeMatch = scheme_RE.match(text);
   if (schemeMatch.length == 0 || schemeMatch.start != 0) {
-    return false;
+    return badScheme(text.c_str());
   }
   m_scheme = text.substr(0, schemeMatch.length - std::strlen("://"));
   ticket = ByteArray();
   addresses.clear();
   const char* ptr = text.c_str() + schemeMatch.length;
-  if (!parseAddresses(ptr, machine_RE)) {
-    return false;
-  }
-  const char* const digitsEnd = skipDigits(ptr);
-  if (*digitsEnd == ',') {
-    keyId = decimalInt(ptr);
-    ptr = digitsEnd + 1;
-  } else {
-    keyId = -1;
+  uriStop stop = parseAddresses(ptr, machine_RE);
+  if (stop == US_COMPLETE) {
+    const char* const digitsEnd = skipDigits(ptr);
+    if (*digitsEnd == ',') {
+      keyId = decimalInt(ptr);
+      ptr = digitsEnd + 1;
+    } else {
+      keyId = -1;
+    }
+    stop = parseTicket(ptr);
   }
   // Parameters are read where the ticket begins, so only behind an empty one.
-  return ticket.set(ptr, 64) && (*ptr != '?' || parseParameters(ptr));
+  if (stop == US_COMPLETE && *ptr == '?') {
+    stop = parseParameters(ptr);
+  }
+  return {stop, static_cast<std::size_t>(ptr - text.c_str())};
 }
 
-bool URI::parseAddresses(const char*& ptr, const RegExpr& machine_RE) {
+// Each reader moves `ptr` to what it could not read, and behind what it could; only
+// the ticket, once read, is left where it is.
+
+uriStop URI::parseAddresses(const char*& ptr, const RegExpr& machine_RE) {
   for (;;) {
     const char* const delimiter = std::strpbrk(ptr, "+,/");
     if (delimiter == nullptr) {
-      return false;
+      ptr += std::strlen(ptr);
+      return US_DELIMITER;
     }
     std::string address(ptr, delimiter);
     if (!machine_RE.matchs(address)) {
-      return false;
+      return US_ADDRESS;
     }
     addresses.push_back(std::move(address));
     ptr = delimiter + 1;
     if (*delimiter == '/') {
-      return true;
+      return US_COMPLETE;
     }
   }
 }
 
+uriStop URI::parseTicket(const char*& ptr) {
+  if (ticket.set(ptr, 64)) {
+    return US_COMPLETE;
+  }
+  while (isLetter(*ptr) || isDigit(*ptr) || *ptr == '+' || *ptr == '/') {
+    ptr++;
+  }
+  ptr += std::strspn(ptr, "=");
+  return US_TICKET;
+}
+
 // Reads name=value pairs behind a "?" or "&" at `ptr`.
-bool URI::parseParameters(const char* ptr) {
+uriStop URI::parseParameters(const char*& ptr) {
   do {
     ptr++;
     const char* const equals = std::strchr(ptr, '=');
     if (equals == nullptr) {
-      return false;
+      ptr += std::strlen(ptr);
+      return US_PARAMETER;
     }
     const char* const value = equals + 1;
     const std::size_t length = std::strcspn(value, "&");
     parameters[std::string(ptr, equals)] = URIunEscape(value, static_cast<unsigned int>(length));
     ptr = value + length;
   } while (*ptr == '&');
-  return true;
+  return US_COMPLETE;
 }
 
 // --- Formatting ------------------------------------------------------------
