@@ -1,0 +1,68 @@
+# The shared library, and what `cmake --install` puts where.  Three components:
+# "program", "library" (the shared library alone) and "development".
+
+include(CMakePackageConfigHelpers)
+include(GNUInstallDirs)
+
+# --- The library -------------------------------------------------------------
+
+# The programs of the project link the static library, as it starts faster.
+set_target_properties(support PROPERTIES EXPORT_NAME static)
+set(libraries support)
+if(HOPLAUNCH_SHARED)
+  get_target_property(sources support SOURCES)
+  add_library(shared SHARED ${sources})
+  set(exports ${PROJECT_SOURCE_DIR}/cmake/libhoplaunch.map)
+  # The SONAME stands for the binary interface.  It goes up when a program that was
+  # linked with the version before could not run with the new one.
+  set_target_properties(shared PROPERTIES
+    OUTPUT_NAME hoplaunch SOVERSION 1 EXPORT_NAME hoplaunch LINK_DEPENDS ${exports})
+  target_include_directories(shared PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>)
+  target_compile_features(shared PUBLIC cxx_std_20)
+  target_link_libraries(shared PRIVATE $<BUILD_INTERFACE:build_options>)
+  target_link_options(shared PRIVATE "LINKER:--version-script=${exports}" LINKER:--no-undefined)
+  list(APPEND libraries shared)
+endif()
+
+install(TARGETS ${libraries} EXPORT hoplaunch
+  LIBRARY COMPONENT library NAMELINK_COMPONENT development
+  ARCHIVE COMPONENT development
+  INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/hoplaunch
+  COMPONENT development)
+
+# find_package(hoplaunch CONFIG): the targets hoplaunch::hoplaunch and hoplaunch::static.
+set(config ${CMAKE_INSTALL_LIBDIR}/cmake/hoplaunch)
+install(EXPORT hoplaunch NAMESPACE hoplaunch:: FILE hoplaunchConfig.cmake
+  DESTINATION ${config} COMPONENT development)
+write_basic_package_version_file(hoplaunchConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+configure_file(cmake/hoplaunch.pc.in hoplaunch.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/hoplaunchConfigVersion.cmake
+  DESTINATION ${config} COMPONENT development)
+install(FILES ${PROJECT_BINARY_DIR}/hoplaunch.pc
+  DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+
+# --- The programs, and what belongs to them ----------------------------------
+
+set(share ${CMAKE_INSTALL_DATAROOTDIR})
+set(programs hoplaunch)
+if(TARGET hopexplain)
+  list(APPEND programs hopexplain)
+endif()
+install(TARGETS ${programs} RUNTIME COMPONENT program)
+install(FILES desktop/hoplaunch-vnc.desktop desktop/hoplaunch-ssh.desktop
+  DESTINATION ${share}/applications COMPONENT program)
+install(FILES desktop/hoplaunch.svg
+  DESTINATION ${share}/icons/hicolor/scalable/apps COMPONENT program)
+foreach(program ${programs})
+  install(FILES man/${program}.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT program)
+  # bash finds the completions of a command under its name.
+  install(FILES completions/hoplaunch.bash RENAME ${program}
+    DESTINATION ${share}/bash-completion/completions COMPONENT program)
+endforeach()
+install(FILES completions/_hoplaunch
+  DESTINATION ${share}/zsh/vendor-completions COMPONENT program)
+install(FILES README.md SECURITY.md docs/viewers.md
+  DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT program)
+install(PROGRAMS desktop/ssh-in-terminal
+  DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples COMPONENT program)

@@ -1,0 +1,113 @@
+#!/usr/bin/env bash
+# Builds programs outside the project against the installed library: found through
+# CMake and through pkg-config, linked with the shared and with the static library.
+# Runs them, and compares what the shared library exports with the headers.
+#   scripts/outside.sh [PREFIX]
+# PREFIX is where the library is installed.  Without it, it is built and installed into
+# a folder that is removed at the end.
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+# shellcheck source=scripts/packages.sh
+source scripts/packages.sh
+need "${build_packages[@]}" binutils pkg-config
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
+
+prefix=${1:-}
+if [[ -z $prefix ]]; then
+  prefix=$scratch/installed
+  cmake --preset release >/dev/null
+  cmake --build --preset release --target support shared
+  for component in library development; do
+    cmake --install build/release --prefix "$prefix" --component "$component" >/dev/null
+  done
+fi
+file() { find "$prefix/lib" -name "$1" -print -quit; } # in its folder for the machine, too
+library=$(file libhoplaunch.so.1)
+
+passed=0
+failed=0
+# check NAME COMMAND...
+check() {
+  local name=$1
+  shift
+  if "$@"; then
+    passed=$((passed + 1))
+  else
+    printf 'FAILED: %s\n' "$name"
+    failed=$((failed + 1))
+  fi
+}
+
+# prints PROGRAM ROOT: the program prints what is expected, with that root behind "DC=".
+prints() {
+  LD_LIBRARY_PATH=$(dirname "$library") "$1" 2>&1 |
+    diff <(sed "s/ROOT/$2/" tests/outside/expected.txt) -
+}
+
+# shared PROGRAM, not_shared PROGRAM: whether it takes the shared library.
+shared() { readelf --dynamic "$1" | grep -q 'NEEDED.*libhoplaunch\.so\.1'; }
+not_shared() { ! shared "$1"; }
+
+# compile NAME FLAGS...: builds both programs by hand.
+compile() {
+  local name=$1
+  shift
+  (
+    cd tests/outside
+    g++ -std=c++20 -o "$scratch/$name" main.cpp "$@" &&
+      g++ -std=c++20 -o "$scratch/${name}_named" main.cpp host.cpp "$@"
+  )
+}
+
+# package_config OPTION...
+package_config() {
+  PKG_CONFIG_PATH=$(dirname "$(file hoplaunch.pc)") \
+    pkg-config "--define-variable=prefix=$prefix" "$@" hoplaunch
+}
+
+# names NM-OPTION FILE: the first part of every name that the file defines, without what
+# the compiler puts in front of it.
+names() {
+  nm "$1" --demangle --defined-only --format=just-symbols "$2" |
+    sed -E 's/^(virtual thunk|non-virtual thunk) to //
+            s/^(typeinfo name|typeinfo|vtable|VTT|guard variable) for //
+            s/^void //; s/[^A-Za-z0-9_].*//' | sort -u | grep -v '^HOPLAUNCH_1$'
+}
+
+# The shared library exports what the headers declare, all of it and nothing else.
+exports_what_headers_declare() {
+  local headers declared exported name
+  headers=$(sed 's,//.*,,' "$prefix"/include/hoplaunch/*.h)
+  exported=$(names --dynamic "$library")
+  declared=$(for name in $(names --extern-only "$(file libhoplaunch.a)"); do
+    if [[ $name != std ]] && grep -qw "$name" <<<"$headers"; then
+      echo "$name"
+    fi
+  done)
+  [[ -n $exported ]] && diff <(echo "$declared") <(echo "$exported")
+}
+
+cmake -S tests/outside -B "$scratch/cmake" -G Ninja -DCMAKE_BUILD_TYPE=Release \
+  "-DCMAKE_PREFIX_PATH=$prefix" >/dev/null
+cmake --build "$scratch/cmake"
+read -ra flags <<<"$(package_config --cflags --libs)"
+read -ra static_flags <<<"$(package_config --static --cflags --libs)"
+compile by_hand "${flags[@]}"
+compile by_hand_static -static "${static_flags[@]}"
+
+for program in cmake/hoplaunch by_hand; do
+  check "$program is linked with the shared library" shared "$scratch/$program"
+done
+for program in cmake/static by_hand_static; do
+  check "$program is not linked with the shared library" not_shared "$scratch/$program"
+done
+for program in cmake/hoplaunch cmake/static by_hand by_hand_static; do
+  check "$program prints what is expected" prints "$scratch/$program" ''
+  check "${program}_named has its own root" \
+    prints "$scratch/${program}_named" 'host,DC=example,DC=org'
+done
+check 'exports' exports_what_headers_declare
+
+printf '%d passed, %d failed\n' "$passed" "$failed"
+((failed == 0))
