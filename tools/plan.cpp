@@ -28,8 +28,8 @@ launchPlan::launchPlan(const std::string& given, const assocList& options)
     return;
   }
   const std::string& portArg = options["portArg"];
-  arguments = uri.args(stubName(program.c_str()), 1, style,
-                       portArg.empty() ? nullptr : portArg.c_str());
+  arguments =
+      uri.args(stubName(program.c_str()), 1, style, portArg.empty() ? nullptr : portArg.c_str());
 }
 
 const char* stubName(const char* path) {

@@ -1,0 +1,59 @@
+// What hopexplain prints: a launch, told instead of done.
+#pragma once
+
+#include <string>
+
+#include "assoclist.h"
+#include "plan.h"
+
+/// The file that `execvp` would execute.
+struct foundProgram {
+  std::string path;  ///< empty when there is none
+  int error = 0;     ///< then why: the error number that `execvp` would set
+};
+
+/// Searches like `execvp`: on `searchPath`, the value of PATH (null when it is unset),
+/// unless `program` has a "/".  Finds regular files that this process may execute; does
+/// not look inside them.
+foundProgram findProgram(const std::string& program, const char* searchPath);
+
+/// What an option did.
+enum optionUse : int {
+  OU_ITEM,    ///< it set a configuration item
+  OU_FLAG,    ///< it switched a trace flag on
+  OU_LAUNCH,  ///< it steers the launch
+  OU_NONE     ///< nothing: nobody knows it
+};
+
+/// One launch and what led to it.
+struct explanation {
+  /// Decides and searches.  `rest` is what is left of the options once they were applied.
+  explanation(const std::string& uri, const assocList& options, const assocList& rest);
+
+  std::string given;   ///< the URI as given
+  assocList options;   ///< every keyword option
+  assocList rest;      ///< those that name neither an item nor a trace flag
+  launchPlan plan;     ///< what comes of them
+  foundProgram found;  ///< the file behind the plan's program
+
+  /// True when a launch would reach an executable.
+  bool launches() const { return !found.path.empty(); }
+  /// Why not, in one sentence; empty when it launches.
+  std::string obstacle() const;
+  /// What the option `key` did.
+  optionUse use(const std::string& key) const;
+  /// Where and why the URI's text does not parse.
+  uriParse stop() const { return URI().parse(plan.text); }
+};
+
+/// For people: a line for each fact, and a caret under what does not parse.  Whatever
+/// is not printable ASCII is escaped.
+std::string asText(const explanation& launch);
+
+/// For programs: one JSON object (RFC 8259).  Bytes that are not UTF-8 are written as
+/// the lone surrogates U+DC80 to U+DCFF.
+std::string asJSON(const explanation& launch);
+
+/// `text` as one word for a shell: as it is, in single quotes, or, where it holds what
+/// is not printable ASCII, in $'' with escapes.
+std::string shellWord(const std::string& text);

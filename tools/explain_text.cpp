@@ -1,0 +1,130 @@
+#include <algorithm>
+#include <string>
+#include <string_view>
+
+#include "conversion.h"
+#include "explain.h"
+
+namespace {
+
+constexpr std::size_t labelWidth = 12;
+
+void line(std::string& out, std::string label, std::string_view text) {
+  label.resize(labelWidth, ' ');
+  out += label;
+  out += text;
+  out += '\n';
+}
+
+// A text that does not parse, and below it a caret under the byte where that shows.  Of
+// a long text only the neighbourhood is shown.
+void pointOut(std::string& out, const std::string& label, const std::string& text, uriParse parse) {
+  constexpr std::size_t before = 48;
+  constexpr std::size_t after = 24;
+  const std::size_t begin = parse.offset > before ? parse.offset - before : 0;
+  const std::size_t end = std::min(text.size(), parse.offset + after);
+  std::string front = quote(text.substr(begin, parse.offset - begin));
+  front.pop_back();
+  front.insert(0, begin > 0 ? "..." : "");
+  line(out, label,
+       front + quote(text.substr(parse.offset, end - parse.offset)).substr(1) +
+           (end < text.size() ? "..." : ""));
+  line(out, "", std::string(front.size(), ' ') + "^ expected " + ::text(parse.stop));
+}
+
+void describe(std::string& out, const URI& uri) {
+  line(out, "scheme", shellWord(uri.scheme()));
+  for (const std::string& address : uri.addresses) {
+    line(out, "address",
+         shellWord(address) + (&address == &uri.addresses.front() ? "" : " (not passed on)"));
+  }
+  if (uri.keyId >= 0) {
+    line(out, "key id", int2decimal(uri.keyId) + " (not passed on)");
+  }
+  if (!uri.ticket.empty()) {
+    line(out, "ticket", uri.hexString());
+  }
+  for (const auto& [name, value] : uri.parameters) {
+    line(out, "parameter", shellWord(name) + " = " + shellWord(value));
+  }
+}
+
+const char* effect(optionUse use) {
+  switch (use) {
+    case OU_ITEM:
+      return "sets the configuration item";
+    case OU_FLAG:
+      return "switches the trace flag on";
+    case OU_LAUNCH:
+      return "steers the launch";
+    case OU_NONE:
+      break;
+  }
+  return "is ignored: nobody knows it";
+}
+
+std::string words(char** arguments) {
+  std::string result;
+  for (char** argument = arguments; *argument != nullptr; argument++) {
+    result += argument == arguments ? "" : " ";
+    result += shellWord(*argument);
+  }
+  return result;
+}
+
+}  // namespace
+
+std::string asText(const explanation& launch) {
+  std::string out;
+  const launchPlan& plan = launch.plan;
+  const bool decoded = plan.text != launch.given;
+  const std::string label = decoded ? "decoded" : "URI";
+  if (decoded) {
+    line(out, "URI", quote(launch.given));
+  }
+  if (plan.uri.okay()) {
+    line(out, label, quote(plan.text));
+    describe(out, plan.uri);
+  } else {
+    pointOut(out, label, plan.text, launch.stop());
+  }
+  for (const auto& [key, value] : launch.options) {
+    std::string option = "-";
+    option += key;
+    option += '=';
+    option += value;
+    line(out, "option", shellWord(option) + " " + effect(launch.use(key)));
+  }
+  if (!plan.program.empty()) {
+    line(out, "program",
+         shellWord(plan.program) + (launch.rest["program"].empty()
+                                        ? ", registered for the scheme in PROGRAMS"
+                                        : ", named by the option program"));
+    line(out, "file", launch.launches() ? shellWord(launch.found.path) : "none");
+    line(out, "style", text(plan.style));
+    line(out, "arguments", words(plan.arguments));
+  }
+  line(out, "launch", launch.launches() ? "yes" : "no: " + launch.obstacle());
+  return out;
+}
+
+std::string shellWord(const std::string& text) {
+  constexpr const char* plain =
+      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789%+,-./:=@_";
+  if (!text.empty() && text.find_first_not_of(plain) == std::string::npos) {
+    return text;
+  }
+  const bool printable =
+      std::all_of(text.begin(), text.end(), [](char c) { return c >= ' ' && c <= '~'; });
+  // The escapes of `quote` are those of $'', but for the quote that ends it.
+  const std::string inner = printable ? text : quote(text).substr(1, quote(text).size() - 2);
+  std::string result = printable ? "'" : "$'";
+  for (const char c : inner) {
+    if (c != '\'') {
+      result += c;
+    } else {
+      result += printable ? "'\\''" : "\\'";
+    }
+  }
+  return result + "'";
+}
