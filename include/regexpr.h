@@ -62,6 +62,14 @@ class RegExpr {
   /// its first NUL byte.
   bool matchs(const std::string& text) const;
 
+  /// True when the expression matches at the offset `start` of `text`; "^" and "$"
+  /// still stand for the ends of the whole text.  Takes time in proportion to the
+  /// length of `text`, where a search may take its square.  An offset behind the text's
+  /// end gives false.
+  ///
+  ///     RegExpr("b", true).matchsAt("abc", 1)   // true
+  bool matchsAt(const std::string& text, unsigned int start) const;
+
   /// The leftmost match.  `Match(0, 0)` when there is none, when it is empty at
   /// offset 0, and when the expression did not compile.
   ///

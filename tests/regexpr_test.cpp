@@ -324,6 +324,30 @@ TEST(RegExpr, TakesAnyFailureOfASearchForNoMatch) {
   }
 }
 
+TEST(RegExprMatchsAt, LooksAtOneOffsetOfTheWholeText) {
+  const struct {
+    const char *expression, *subject;
+    unsigned int start;
+    bool found;
+  } cases[] = {
+      {"b", "abc", 1, true},      {"b", "abc", 0, false},        {"b", "abc", 2, false},
+      {"B", "abc", 1, true},      {"^a", "abc", 0, true},        {"^b", "abc", 1, false},
+      {"c$", "abc", 2, true},     {"b$", "abc", 1, false},       {"b|^a", "abc", 1, true},
+      {"bc", "abcbc", 3, true},   {"", "abc", 3, true},          {"", "abc", 4, false},
+      {"", "", 0, true},          {"x", "", 0, false},           {"$", "abc", 3, true},
+      {"b", "a\nb", 2, true},     {"^b", "a\nb", 2, false},      {"a$", "a\nb", 0, false},
+      {"\xe9", "a\xe9", 1, true}, {"b", "", 4294967295U, false},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.expression + " at "s + std::to_string(c.start) + " of " + c.subject);
+    const RegExpr expression(c.expression, false);
+    EXPECT_EQ(c.found, expression.matchsAt(c.subject, c.start));
+  }
+  EXPECT_FALSE(RegExpr("B", true).matchsAt("abc", 1));
+  EXPECT_FALSE(RegExpr("b", true).matchsAt(std::string("a\0b", 3), 2));
+  EXPECT_FALSE(RegExpr("a(", true).matchsAt("a(", 0));
+}
+
 TEST(RegExprClear, LetsNothingMatch) {
   RegExpr expression("b", true);
   ASSERT_TRUE(expression.matchs("abc"));

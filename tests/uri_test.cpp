@@ -1,6 +1,7 @@
 #include "uri.h"
 
 #include <gtest/gtest.h>
+#include <regex.h>
 
 #include <climits>
 #include <cstdint>
@@ -159,6 +160,34 @@ TEST(URIparse, RefusesOtherAddresses) {
     checkRefused("vnc://h+" + address + "/");
     checkRefused("vnc://" + address + ",h/");
   }
+}
+
+// Every address of up to three characters and, behind what fails alone, of up to three
+// more, against the one search that decides it.
+TEST(URIparse, TakesTheAddressesThatTheExpressionFindsAMatchIn) {
+  const std::string letters = "af1g:.[]-\n";
+  regex_t machine;
+  ASSERT_EQ(0, regcomp(&machine, "^([a-z0-9]+([-.][a-z0-9]+)*)|(\\[[0-9a-f:.]+\\])(:[0-9]+)?$",
+                       REG_EXTENDED | REG_ICASE));
+  addressList addresses{""};
+  for (std::size_t begin = 0, length = 1; length <= 3; ++length) {
+    const std::size_t end = addresses.size();
+    for (; begin < end; ++begin) {
+      for (const char letter : letters) {
+        addresses.push_back(addresses[begin] + letter);
+      }
+    }
+  }
+  std::size_t taken = 0;
+  for (const std::string& address : addresses) {
+    for (const std::string& whole : {address, "-[F" + address, "[a]" + address}) {
+      const bool expected = regexec(&machine, whole.c_str(), 0, nullptr, 0) == 0;
+      EXPECT_EQ(expected, URI("vnc://" + whole + "/").okay()) << whole;
+      taken += expected ? 1 : 0;
+    }
+  }
+  regfree(&machine);
+  EXPECT_LT(400U, taken);
 }
 
 TEST(URIparse, RefusesEmptyAddresses) {

@@ -40,6 +40,17 @@ std::string withoutPort(const std::string& address) {
 constexpr const char* MACHINE = "^([a-z0-9]+([-.][a-z0-9]+)*)|(\\[[0-9a-f:.]+\\])(:[0-9]+)?$";
 constexpr const char* SCHEME = "^[a-z][a-z0-9+.\\-]*://";
 
+// MACHINE matches where an address begins, or at its last "[", and nowhere between.  A
+// search through a long address in vain would take quadratic time.
+bool isAddress(const RegExpr& machine_RE, const std::string& address) {
+  if (isLetter(address[0]) || isDigit(address[0])) {
+    return machine_RE.matchs(address);
+  }
+  const std::size_t bracket = address.rfind('[');
+  return bracket != std::string::npos &&
+         machine_RE.matchsAt(address, static_cast<unsigned int>(bracket));
+}
+
 // Where a text leaves the form that SCHEME gives.
 uriParse badScheme(const char* text) {
   if (!isLetter(*text)) {
@@ -223,7 +234,7 @@ uriStop URI::parseAddresses(const char*& ptr, const RegExpr& machine_RE) {
       return US_DELIMITER;
     }
     std::string address(ptr, delimiter);
-    if (!machine_RE.matchs(address)) {
+    if (!isAddress(machine_RE, address)) {
       return US_ADDRESS;
     }
     addresses.push_back(std::move(address));

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <cstring>
 
 #include "regexpr.h"
 
@@ -68,6 +69,18 @@ bool RegExpr::matchs(const std::string& text) const {
     return false;
   }
   exec_return = regexec(matcher, text.c_str(), 0, nullptr, 0) == 0 ? 0 : 1;
+  return exec_return == 0;
+}
+
+bool RegExpr::matchsAt(const std::string& text, unsigned int start) const {
+  const std::size_t length = std::strlen(text.c_str());
+  if (matcher == nullptr || start > length) {
+    return false;
+  }
+  // POSIX has no such match; the GNU C library's own interface to the same expression has.
+  const auto found = re_match(matcher, text.c_str(), static_cast<regoff_t>(length),
+                              static_cast<regoff_t>(start), nullptr);
+  exec_return = found >= 0 ? 0 : 1;
   return exec_return == 0;
 }
 
