@@ -45,16 +45,12 @@ install(FILES ${PROJECT_BINARY_DIR}/hoplaunch.pc
 # --- The programs, and what belongs to them ----------------------------------
 
 set(share ${CMAKE_INSTALL_DATAROOTDIR})
-set(programs hoplaunch)
-if(TARGET hopexplain)
-  list(APPEND programs hopexplain)
-endif()
-install(TARGETS ${programs} RUNTIME COMPONENT program)
+install(TARGETS hoplaunch hopexplain RUNTIME COMPONENT program)
 install(FILES desktop/hoplaunch-vnc.desktop desktop/hoplaunch-ssh.desktop
   DESTINATION ${share}/applications COMPONENT program)
 install(FILES desktop/hoplaunch.svg
   DESTINATION ${share}/icons/hicolor/scalable/apps COMPONENT program)
-foreach(program ${programs})
+foreach(program hoplaunch hopexplain)
   install(FILES man/${program}.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT program)
   # bash finds the completions of a command under its name.
   install(FILES completions/hoplaunch.bash RENAME ${program}
