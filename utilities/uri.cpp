@@ -249,10 +249,15 @@ uriStop URI::parseTicket(const char*& ptr) {
   if (ticket.set(ptr, 64)) {
     return US_COMPLETE;
   }
+  const char* const begin = ptr;
   while (isLetter(*ptr) || isDigit(*ptr) || *ptr == '+' || *ptr == '/') {
     ptr++;
   }
-  ptr += std::strspn(ptr, "=");
+  // As many "=" fit as fill a group of four, but never three.
+  const auto last = (ptr - begin) % 4;
+  for (auto room = last < 2 ? 0 : 4 - last; room > 0 && *ptr == '='; room--) {
+    ptr++;
+  }
   return US_TICKET;
 }
 
