@@ -16,12 +16,18 @@ namespace {
 
 // 0 when this process may execute the file, else the error number.
 int executable(const std::string& path) {
-  struct stat status = {};
-  if (stat(path.c_str(), &status) != 0 ||
+  struct stat64 status = {};  // a 32-bit program finds large files, too
+  if (stat64(path.c_str(), &status) != 0 ||
       faccessat(AT_FDCWD, path.c_str(), X_OK, AT_EACCESS) != 0) {
     return errno;
   }
   return S_ISREG(status.st_mode) ? 0 : EACCES;
+}
+
+// Whether `execvp` tries the next folder: the last three are those of remote folders.
+bool searchGoesOn(int error) {
+  return error == EACCES || error == ENOENT || error == ENOTDIR || error == ESTALE ||
+         error == ENODEV || error == ETIMEDOUT;
 }
 
 }  // namespace
@@ -35,7 +41,7 @@ foundProgram findProgram(const std::string& program, const char* searchPath) {
     return {error == 0 ? program : "", error};
   }
   // An empty folder is the current one.  Where access is denied the search goes on, but
-  // in the end that is what it reports.
+  // in the end that is what it reports; else it reports the last folder's error.
   const std::string folders = searchPath != nullptr ? searchPath : "/bin:/usr/bin";
   int result = ENOENT;
   for (std::size_t begin = 0; begin <= folders.size();) {
@@ -47,11 +53,10 @@ foundProgram findProgram(const std::string& program, const char* searchPath) {
     if (error == 0) {
       return {path, 0};
     }
-    if (error == EACCES) {
-      result = error;
-    } else if (error != ENOENT && error != ENOTDIR) {
+    if (!searchGoesOn(error)) {
       return {"", error};
     }
+    result = result == EACCES ? result : error;
     begin = end + 1;
   }
   return {"", result};

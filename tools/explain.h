@@ -41,6 +41,7 @@ struct explanation {
   /// Why not, in one sentence; empty when it launches.
   std::string obstacle() const;
   /// What the option `key` did.
+  /// REQUIRES: the options were applied, by `process`.
   optionUse use(const std::string& key) const;
   /// Where and why the URI's text does not parse.
   uriParse stop() const { return URI().parse(plan.text); }
@@ -55,5 +56,5 @@ std::string asText(const explanation& launch);
 std::string asJSON(const explanation& launch);
 
 /// `text` as one word for a shell: as it is, in single quotes, or, where it holds what
-/// is not printable ASCII, in $'' with escapes.
+/// is not printable ASCII, in $'' with escapes.  Bash, for one, reads all three.
 std::string shellWord(const std::string& text);

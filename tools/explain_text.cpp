@@ -111,7 +111,8 @@ std::string asText(const explanation& launch) {
 std::string shellWord(const std::string& text) {
   constexpr const char* plain =
       "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789%+,-./:=@_";
-  if (!text.empty() && text.find_first_not_of(plain) == std::string::npos) {
+  // zsh takes a word that begins with "=" for the name of a command.
+  if (!text.empty() && text.front() != '=' && text.find_first_not_of(plain) == std::string::npos) {
     return text;
   }
   const bool printable =
