@@ -82,6 +82,7 @@ struct Command {
   std::optional<Strings> environment = std::nullopt;  // instead of the usual one
   std::function<void()> prepare = [] {};  // runs in the child before it becomes the launcher
   bool noArgv = false;                    // pass a vector without any element
+  const char* binary = HOPLAUNCH_BINARY;  // what is really started
 };
 
 /// What came of it.
@@ -168,7 +169,7 @@ class Workshop {
         _exit(126);
       }
       command.prepare();
-      execve(HOPLAUNCH_BINARY, arguments.data(), variables.data());
+      execve(command.binary, arguments.data(), variables.data());
       perror("execve");
       _exit(127);
     }

@@ -5,146 +5,18 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <algorithm>
-#include <exception>
 #include <filesystem>
-#include <fstream>
-#include <optional>
-#include <ostream>
-#include <stdexcept>
 #include <string>
-#include <vector>
 
+#include "launcher_cases.h"
 #include "launcher_runner.h"
 
 namespace {
 
+using launcher::Case;
 using launcher::Outcome;
 using launcher::Strings;
 using launcher::Workshop;
-
-struct Case {
-  std::string name;
-  Strings run;
-  std::string command = "tools/hoplaunch";
-  std::string program;
-  std::optional<Strings> viewer = std::nullopt;
-  std::string log;
-  std::string logfile = "log";
-  std::string err;
-  int status = 0;
-  std::string broken;  // what is wrong with the case itself
-};
-
-std::ostream& operator<<(std::ostream& out, const Case& value) {
-  return out << value.name;
-}
-
-int hexValue(char digit) {
-  const std::size_t value = std::string("0123456789abcdef").find(digit);
-  if (value == std::string::npos) {
-    throw std::runtime_error("bad hexadecimal digit");
-  }
-  return static_cast<int>(value);
-}
-
-// Reads the quoted word at `at`, behind its opening quote.
-std::string quotedWord(const std::string& line, std::size_t& at) {
-  std::string result;
-  for (; line.at(at) != '"'; ++at) {
-    if (line[at] != '\\') {
-      result += line[at];
-      continue;
-    }
-    switch (line.at(++at)) {
-      case 'n':
-        result += '\n';
-        break;
-      case 't':
-        result += '\t';
-        break;
-      case 'x':
-        result += static_cast<char>(hexValue(line.at(at + 1)) * 16 + hexValue(line.at(at + 2)));
-        at += 2;
-        break;
-      case '"':
-      case '\\':
-        result += line[at];
-        break;
-      default:
-        throw std::runtime_error("bad escape");
-    }
-  }
-  ++at;
-  return result;
-}
-
-Strings words(const std::string& line) {
-  Strings result;
-  for (std::size_t at = 0; at < line.size();) {
-    if (line[at] == ' ') {
-      ++at;
-    } else if (line[at] == '"') {
-      result.push_back(quotedWord(line, ++at));
-    } else {
-      const std::size_t end = std::min(line.find(' ', at), line.size());
-      result.push_back(line.substr(at, end - at));
-      at = end;
-    }
-  }
-  return result;
-}
-
-void readLine(Case& value, const std::string& key, const std::string& rest) {
-  if (key == "run") {
-    value.run = words(rest);
-  } else if (key == "command") {
-    value.command = words(rest).at(0);
-  } else if (key == "program") {
-    value.program = rest;
-  } else if (key == "viewer") {
-    value.viewer = words(rest);
-    value.status = 42;
-  } else if (key == "log") {
-    value.log += (rest.starts_with("<tab>") ? "\t" + rest.substr(5) : rest) + "\n";
-  } else if (key == "logfile") {
-    value.logfile = rest;
-  } else if (key == "stderr") {
-    value.err = words(rest).at(0);
-  } else if (key == "status") {
-    value.status = std::stoi(rest);
-  } else {
-    throw std::runtime_error("no such key");
-  }
-}
-
-std::vector<Case> readCases() {
-  std::vector<Case> result;
-  std::ifstream in(LAUNCHER_CASES);
-  for (std::string line; std::getline(in, line);) {
-    if (line.empty() || line.starts_with("#")) {
-      continue;
-    }
-    const std::size_t colon = line.find(':');
-    const std::string key = line.substr(0, colon);
-    const std::string rest = colon + 2 < line.size() ? line.substr(colon + 2) : std::string();
-    if (key == "case") {
-      result.emplace_back();
-      result.back().name = rest;
-      continue;
-    }
-    try {
-      readLine(result.at(result.size() - 1), key, rest);
-    } catch (const std::exception& error) {
-      if (result.empty()) {
-        result.emplace_back();
-        result.back().name = "Broken";
-      }
-      result.back().broken = line + ": " + error.what();
-    }
-  }
-  return result;
-}
 
 class Launcher : public testing::TestWithParam<Case> {};
 
@@ -171,11 +43,11 @@ TEST_P(Launcher, Runs) {
   EXPECT_EQ(expected.log, log);
 }
 
-INSTANTIATE_TEST_SUITE_P(Cases, Launcher, testing::ValuesIn(readCases()),
+INSTANTIATE_TEST_SUITE_P(Cases, Launcher, testing::ValuesIn(launcher::readCases()),
                          [](const auto& one) { return one.param.name; });
 
 TEST(LauncherCases, AreAllRead) {
-  EXPECT_EQ(159U, readCases().size()) << LAUNCHER_CASES;
+  EXPECT_EQ(159U, launcher::readCases().size()) << LAUNCHER_CASES;
 }
 
 TEST(LauncherLog, IsAppendedTo) {

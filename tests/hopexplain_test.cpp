@@ -1,0 +1,185 @@
+// hopexplain as its users see it, side by side with the launcher: what it says of a
+// command line is what the launcher does with it.
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+
+#include "explain_runner.h"
+#include "launcher_cases.h"
+#include "launcher_runner.h"
+
+namespace {
+
+using launcher::Case;
+using launcher::explain;
+using launcher::explainJSON;
+using launcher::labelled;
+using launcher::Outcome;
+using launcher::readByBash;
+using launcher::Strings;
+using launcher::Workshop;
+
+class Explained : public testing::TestWithParam<Case> {};
+
+TEST_P(Explained, TellsWhatTheLauncherDoes) {
+  const Case& expected = GetParam();
+  ASSERT_EQ("", expected.broken);
+  SCOPED_TRACE("hopexplain " + testing::PrintToString(expected.run));
+  Workshop shop;
+  const Outcome outcome = explain(shop, {.arguments = expected.run, .command = expected.command});
+
+  EXPECT_EQ(expected.err, outcome.err);
+  EXPECT_EQ(expected.viewer ? 0 : expected.status == 255 ? 255 : 1, outcome.status);
+  EXPECT_FALSE(outcome.viewer.has_value()) << "the viewer was started";
+  EXPECT_EQ(Strings(), shop.files()) << "a file was written";
+  EXPECT_EQ(expected.err.empty(), !outcome.out.empty()) << outcome.out;
+  if (!expected.err.empty()) {
+    return;
+  }
+  EXPECT_EQ(expected.viewer.has_value(), outcome.out.ends_with("\nlaunch      yes\n"))
+      << outcome.out;
+  const Json json = explainJSON(shop, {.arguments = expected.run});
+  EXPECT_EQ(expected.viewer ? "true" : "false", json["launches"].text);
+  EXPECT_EQ(expected.viewer ? "null" : labelled(outcome.out, "launch"),
+            (expected.viewer ? "" : "no: ") + json["obstacle"].text);
+  if (!expected.viewer) {
+    EXPECT_EQ("", labelled(outcome.out, "arguments"));
+    EXPECT_EQ("null", json["arguments"].text);
+    return;
+  }
+  EXPECT_EQ(*expected.viewer, readByBash(shop, labelled(outcome.out, "arguments")));
+  EXPECT_EQ(*expected.viewer, json["arguments"].texts());
+  EXPECT_EQ(Strings{expected.program}, readByBash(shop, labelled(outcome.out, "file")));
+  EXPECT_EQ(expected.program, json["file"].text);
+  if (!expected.log.empty()) {
+    EXPECT_EQ(expected.logfile, json["log"].text);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Cases, Explained, testing::ValuesIn(launcher::readCases()),
+                         [](const auto& one) { return one.param.name; });
+
+TEST(Hopexplain, PrintsTheUsageWithStatusOneWithoutAURI) {
+  Workshop shop;
+  for (const Strings& arguments : {Strings{}, Strings{"-log=log"}, Strings{"-format=json"}}) {
+    const Outcome outcome = explain(shop, {.arguments = arguments, .command = "tools/hopexplain"});
+    EXPECT_EQ("Usage: tools/hopexplain <uri> \n", outcome.err);
+    EXPECT_EQ("", outcome.out);
+    EXPECT_EQ(1, outcome.status);
+  }
+  EXPECT_EQ(Strings(), shop.files());
+}
+
+TEST(Hopexplain, EndsWith255ForAKeywordWithoutAValue) {
+  Workshop shop;
+  const Outcome outcome = explain(shop, {.arguments = {"vnc://h/", "-format"}});
+  EXPECT_EQ("Keyword -format has no value\n", outcome.err);
+  EXPECT_EQ("", outcome.out);
+  EXPECT_EQ(255, outcome.status);
+}
+
+TEST(Hopexplain, SaysWhichFileOfThePathIsExecuted) {
+  Workshop shop;
+  Strings environment = shop.environment();
+  environment.at(0) = "PATH=nowhere:bin";
+  Outcome outcome = explain(shop, {.arguments = {"vnc://h/"}, .environment = environment});
+  EXPECT_EQ("bin/vncviewer", labelled(outcome.out, "file"));
+  EXPECT_EQ(0, outcome.status);
+  environment.at(0) = "PATH=nowhere";
+  outcome = explain(shop, {.arguments = {"vnc://h/"}, .environment = environment});
+  EXPECT_EQ("none", labelled(outcome.out, "file"));
+  EXPECT_EQ("no: vncviewer cannot be executed: No such file or directory",
+            labelled(outcome.out, "launch"));
+  EXPECT_EQ(1, outcome.status);
+}
+
+TEST(Hopexplain, SaysWhyAFileCannotBeExecuted) {
+  Workshop shop;
+  launcher::writeFile(shop.work() / "bin" / "plain", "");
+  for (const std::string program : {"plain", "./bin/plain", "/", "./bin"}) {
+    const Outcome outcome = explain(shop, {.arguments = {"-program=" + program, "vnc://h/"}});
+    EXPECT_EQ("no: " + program + " cannot be executed: Permission denied",
+              labelled(outcome.out, "launch"));
+    EXPECT_EQ("none", labelled(outcome.out, "file"));
+    EXPECT_EQ(1, outcome.status);
+  }
+}
+
+TEST(Hopexplain, LeavesAnExistingLogAlone) {
+  Workshop shop;
+  launcher::writeFile(shop.work() / "log", "kept");
+  EXPECT_EQ(0, explain(shop, {.arguments = {"-log=log", "vnc://h/"}}).status);
+  EXPECT_EQ(1, explain(shop, {.arguments = {"-log=log", "vnc"}}).status);
+  EXPECT_EQ("kept", shop.log());
+}
+
+TEST(Hopexplain, TakesTheFormatInAnyLetterCaseAndNoOther) {
+  Workshop shop;
+  EXPECT_EQ('{', explain(shop, {.arguments = {"-FORMAT=Json", "vnc://h/"}}).out[0]);
+  const std::string text = explain(shop, {.arguments = {"vnc://h/"}}).out;
+  EXPECT_EQ('U', text[0]);
+  EXPECT_EQ(text, explain(shop, {.arguments = {"-format=xml", "vnc://h/"}}).out);
+  EXPECT_EQ(text, explain(shop, {.arguments = {"vnc://h/", "-format", ""}}).out);
+}
+
+TEST(Hopexplain, TellsWhatTheOptionsTouched) {
+  Workshop shop;
+  const Json json = explainJSON(
+      shop, {.arguments = {"-PROGRAMS=VNC=xyz", "-configDB=1", "-portArg=p", "-x=y", "vnc://h/"}});
+  Strings uses;
+  for (const Json& option : json["options"].elements) {
+    uses.push_back(option["key"].text + " " + option["value"].text + " " + option["use"].text);
+  }
+  EXPECT_EQ((Strings{"configDB 1 flag", "portArg p launch", "PROGRAMS VNC=xyz item", "x y none"}),
+            uses);
+  EXPECT_EQ("xyz", json["program"].text);
+  EXPECT_EQ("scheme", json["rule"].text);
+}
+
+TEST(Hopexplain, KeepsEveryByteOfItsArgumentsInJSON) {
+  Workshop shop;
+  std::string all;
+  for (int byte = 1; byte < 256; byte++) {
+    all += static_cast<char>(byte);
+  }
+  const Json json = explainJSON(
+      shop, {.arguments = {"-program=" + all, "-log=" + all, "-x" + all + "=" + all, all}});
+  EXPECT_EQ(all, json["uri"].text);
+  EXPECT_EQ(all, json["log"].text);
+  EXPECT_EQ("x\x01\x02", json["options"].elements.at(2)["key"].text.substr(0, 3));
+  // The key ends at the first "=".
+  EXPECT_EQ(">" + all.substr(0x3e) + "=" + all, json["options"].elements.at(2)["value"].text);
+}
+
+// Where it says yes although the launcher fails: it looks neither into the file nor at
+// what the kernel allows in arguments.
+
+TEST(Hopexplain, DoesNotSeeThatAScriptsInterpreterIsMissing) {
+  Workshop shop;
+  launcher::writeFile(shop.work() / "bin" / "orphan", "#!/no/such/interpreter\n");
+  std::filesystem::permissions(shop.work() / "bin" / "orphan", std::filesystem::perms::owner_all);
+  const Strings arguments{"-program=orphan", "-log=log", "vnc://h/"};
+  const Outcome outcome = explain(shop, {.arguments = arguments});
+  EXPECT_EQ("bin/orphan", labelled(outcome.out, "file"));
+  EXPECT_EQ(0, outcome.status);
+  EXPECT_EQ(0, shop.run({.arguments = arguments}).status);
+  EXPECT_TRUE(
+      shop.log().ends_with("_execv() failed; path = orphan errno = 2 No such file or directory\n"))
+      << shop.log();
+}
+
+TEST(Hopexplain, DoesNotSeeThatAnArgumentIsTooLong) {
+  Workshop shop;
+  // 131072 bytes are too many, and a ticket's text grows by a half.
+  const Strings arguments{"-log=log", "vnc://h/" + std::string(100000, 'Q')};
+  EXPECT_EQ(0, explain(shop, {.arguments = arguments}).status);
+  const Outcome outcome = shop.run({.arguments = arguments});
+  EXPECT_EQ(0, outcome.status);
+  EXPECT_FALSE(outcome.viewer.has_value());
+  EXPECT_TRUE(
+      shop.log().ends_with("_execv() failed; path = vncviewer errno = 7 Argument list too long\n"));
+}
+
+}  // namespace
