@@ -369,6 +369,56 @@ TEST(ARegistration, ThatEndsInABareKeywordLosesItsURI) {
   }
 }
 
+// The wrapper is the first script in the document, indented by three.
+TEST(TheWrapperOfTheDocument, HandsNothingButAnAddressToTheViewer) {
+  const std::string document = launcher::readFile(SECURITY_DOCUMENT);
+  std::string script;
+  bool inside = false;
+  for (const std::string& line : launcher::split(document, '\n')) {
+    if (line.starts_with("   ```")) {
+      inside = line == "   ```sh";
+    } else if (inside) {
+      script += line.substr(3) + "\n";
+    }
+  }
+  ASSERT_TRUE(script.ends_with("\nexec vncviewer \"$address\"\n")) << script;
+  Workshop shop;
+  const auto wrapper = shop.work() / "bin" / "wrapper";
+  launcher::writeFile(wrapper, script);
+  std::filesystem::permissions(wrapper, std::filesystem::perms::owner_all);
+
+  Strings uris = hostile;
+  Stranger stranger(8);
+  for (int i = 0; i < 200; i++) {
+    uris.push_back(stranger.uri());
+  }
+  std::size_t refused = 0;
+  for (const std::string& uri : uris) {
+    SCOPED_TRACE(testing::PrintToString(uri));
+    const Outcome outcome = shop.run({.arguments = {"-program=wrapper", uri}});
+    EXPECT_EQ(Strings(), shop.files());
+    EXPECT_EQ("", outcome.out + outcome.err);
+    refused += outcome.status == 1 ? 1U : 0U;
+    if (outcome.viewer) {
+      const Strings& arguments = outcome.viewer->arguments;
+      ASSERT_EQ(2U, arguments.size());
+      EXPECT_FALSE(arguments[1].starts_with("-")) << arguments[1];
+      EXPECT_EQ(std::string::npos, arguments[1].find_first_not_of(
+                                       "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz"
+                                       "0123456789.:_-[]"))
+          << arguments[1];
+    }
+  }
+  EXPECT_GT(refused, 10U);
+  for (const std::string address :
+       {"h", "h:5900", "[::1]", "[fe80::1]:1", "a-b.example", "1.2.3.4"}) {
+    const Outcome outcome =
+        shop.run({.arguments = {"-program=wrapper", "vnc://" + address + ",b/?via=x&-y=z"}});
+    ASSERT_TRUE(outcome.viewer) << address;
+    EXPECT_EQ((Strings{"vncviewer", address}), outcome.viewer->arguments);
+  }
+}
+
 // 131072 bytes, its end included, is the most that one argument may have.
 TEST(AURI, OfAnySizeThatTheKernelAllowsIsEitherPassedOnOrRefused) {
   const std::size_t most = 131071;
