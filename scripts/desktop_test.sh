@@ -54,7 +54,7 @@ services=()     # process ids
 # their environment, which this script itself has not; but sshd writes over its own.
 processes() (
   unset HOME XDG_RUNTIME_DIR PATH
-  /usr/bin/grep -lsF -- "$scratch" /proc/[0-9]*/environ | /usr/bin/cut -d / -f 3
+  /usr/bin/grep -lsF -- "$scratch" /proc/[0-9]*/environ | /usr/bin/cut -d / -f 3 || true
   for service in "${services[@]}"; do
     kill -0 "$service" 2>/dev/null && printf '%s\n' "$service"
   done
@@ -69,6 +69,7 @@ end_processes() {
     kill -s "$signal" "${pids[@]}" 2>/dev/null || true
     wait_for 10 no_process && return
   done
+  printf 'still there: %s\n' "$(processes | xargs)"
   return 1
 }
 
@@ -168,7 +169,7 @@ pixels() {
 keep_picture() { screenshot | convert xwd:- "$pictures/$1.png" 2>/dev/null; }
 
 windows() { wmctrl -l 2>/dev/null; } # one may just have gone
-has_window() { windows | grep -qF -- "$1"; }
+has_window() { [[ $(windows) == *"$1"* ]]; }
 no_window() { [[ -z $(windows) ]]; }
 
 # --- The machine that the links lead to ----------------------------------------
@@ -182,7 +183,7 @@ service Xvnc Xvnc -displayfd 3 -geometry 480x360 -depth 24 -desktop 'remote desk
 ready Xvnc test -s "$scratch/remote_display"
 remote=:$(cat "$scratch/remote_display")
 xsetroot -display "$remote" -solid "$remote_colour"
-service xclock xclock -display "$remote" -bg "$clock_colour" -geometry 140x140+320+20
+service xclock xclock -display "$remote" -bg "$clock_colour" -geometry 140x140+320+200
 
 # An SSH server whose sessions are a shell that tells of itself.
 ssh_port=$(free_port)
@@ -398,7 +399,7 @@ installs() {
 registers_schemes() {
   local scheme
   for scheme in vnc ssh; do
-    gio mime "x-scheme-handler/$scheme" | grep -qw "hoplaunch-$scheme.desktop" || return
+    [[ $(gio mime "x-scheme-handler/$scheme") == *"hoplaunch-$scheme.desktop"* ]] || return
   done
 }
 
@@ -413,7 +414,7 @@ purges() {
       return 1
     fi
   done
-  ! gio mime x-scheme-handler/vnc | grep -q hoplaunch
+  [[ $(gio mime x-scheme-handler/vnc) != *hoplaunch* ]]
 }
 
 try './package' ./package
