@@ -46,8 +46,15 @@ install(FILES ${PROJECT_BINARY_DIR}/hoplaunch.pc
 
 set(share ${CMAKE_INSTALL_DATAROOTDIR})
 install(TARGETS hoplaunch hopexplain RUNTIME COMPONENT program)
-install(FILES desktop/hoplaunch-vnc.desktop desktop/hoplaunch-ssh.desktop
-  DESTINATION ${share}/applications COMPONENT program)
+# Desktop entries find the programs that they start by their full paths.
+set(links ${CMAKE_INSTALL_FULL_LIBEXECDIR}/hoplaunch)
+foreach(scheme vnc ssh)
+  configure_file(desktop/hoplaunch-${scheme}.desktop.in hoplaunch-${scheme}.desktop @ONLY)
+  install(FILES ${PROJECT_BINARY_DIR}/hoplaunch-${scheme}.desktop
+    DESTINATION ${share}/applications COMPONENT program)
+  install(PROGRAMS desktop/${scheme}-link
+    DESTINATION ${CMAKE_INSTALL_LIBEXECDIR}/hoplaunch COMPONENT program)
+endforeach()
 install(FILES desktop/hoplaunch.svg
   DESTINATION ${share}/icons/hicolor/scalable/apps COMPONENT program)
 foreach(program hoplaunch hopexplain)
@@ -60,5 +67,5 @@ install(FILES completions/_hoplaunch
   DESTINATION ${share}/zsh/vendor-completions COMPONENT program)
 install(FILES README.md SECURITY.md docs/viewers.md
   DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT program)
-install(PROGRAMS desktop/ssh-in-terminal
+install(PROGRAMS desktop/ssh-in-terminal desktop/vnc-address-only desktop/vnc-in-remmina
   DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples COMPONENT program)

@@ -161,13 +161,17 @@ done
 for opener in 'gio open' xdg-open; do
   # shellcheck disable=SC2086  # two words
   check "$opener, vnc" opens $opener 'vnc://localhost:5901/?shared=1' \
-    'vncviewer <--ReconnectOnError=0> <-shared=1> <localhost:5901>'
+    'vncviewer <-ReconnectOnError=0> <-shared=1> <localhost:5901>'
   # shellcheck disable=SC2086
-  check "$opener, ssh" opens $opener 'ssh://localhost:2222/' 'putty <-P> <2222> <localhost>'
+  check "$opener, ssh" opens $opener 'ssh://localhost:2222/' 'putty <-ssh> <-P> <2222> <localhost>'
 done
 check 'a link with options of hoplaunch in it stays one argument' \
-  starts vnc 'vnc://h/?a=b -program=/bin/false' \
-  'vncviewer <--ReconnectOnError=0> <-a=b -program=/bin/false> <h>'
+  starts vnc 'vnc://h/?shared=1&a=b -program=/bin/false' \
+  'vncviewer <-ReconnectOnError=0> <-shared=1> <h>'
+check 'a link cannot make the VNC viewer run a command' \
+  starts vnc 'vnc://h/?via=-oProxyCommand=false' 'vncviewer <-ReconnectOnError=0> <h>'
+check 'a link cannot make PuTTY run a command' \
+  starts ssh 'ssh://u@h/?proxycmd=false' 'putty <-ssh> <-P> <22> <u@h>'
 for link in -program=/usr/local/bin/putty --program=/usr/local/bin/putty -program -log=/tmp/log \
   -log -PROGRAMS=VNC=putty -VNC_OPTIONS -style -portArg -refcount - -= ''; do
   check "\"$link\" in the place of a link" starts_nothing "$link"
