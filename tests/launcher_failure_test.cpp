@@ -175,6 +175,23 @@ TEST(LauncherFailure, AProgramThatCannotBeExecutedIsLoggedBeforeAWait) {
   }
 }
 
+// The C library has the shell run what the kernel cannot (ENOEXEC).
+TEST(LauncherFailure, AProgramOfNoKnownFormatIsRunByTheShell) {
+  Workshop shop;
+  launcher::writeFile(shop.work() / "bin" / "script", "echo \"$0\" \"$@\"\nexit 7\n");
+  std::filesystem::permissions(shop.work() / "bin" / "script",
+                               static_cast<std::filesystem::perms>(0755));
+  const Outcome outcome =
+      shop.run({.arguments = {"-program=bin/script", "-log=log", "ssh://h/?a=1%2520b"}});
+  EXPECT_EQ(7, outcome.status);
+  EXPECT_EQ("bin/script -a=1 b h\n", outcome.out);
+  EXPECT_EQ("", outcome.err);
+  EXPECT_EQ(
+      "TIME: URI = ssh://h/?a=1%2520b\nexecutable: bin/script\n\t\"script\"\n\t\"-a=1 b\"\n"
+      "\t\"h\"\n",
+      Workshop::withoutStamp(shop.log(), outcome));
+}
+
 TEST(LauncherFailure, AFailureWithoutALogIsSilentAndWaits) {
   struct {
     const char* what;

@@ -416,6 +416,22 @@ TEST(SemaphoreFailure, OfTakingASectionAborts) {
   }
 }
 
+TEST(SemaphoreFailure, AbortsWhereItsLineCannotBeWritten) {
+  faultPlan fault;
+  fault.operationNumber = CS_REFCOUNT;
+  fault.operationChange = -1;
+  fault.operationError = EIDRM;
+  const processEnd end = runSharingChild([&] {
+    close(STDERR_FILENO);
+    plan = fault;
+    criticalSection section(CS_REFCOUNT, false);
+    plan = {};
+    return 0;
+  });
+  EXPECT_EQ(end.ending, "signal 6");
+  EXPECT_EQ(removeLeftovers(), "");
+}
+
 TEST(SemaphoreFailure, OfGivingASectionBackAborts) {
   for (const sectionId id : sections) {
     for (const int error : {EIDRM, EINVAL, ERANGE}) {

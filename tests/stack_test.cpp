@@ -16,6 +16,7 @@
 namespace {
 
 bool contextFails = false;
+bool symbolsFail = false;
 volatile int kept = 0;  // stops calls from becoming jumps
 std::ostringstream* target = nullptr;
 
@@ -24,6 +25,13 @@ std::ostringstream* target = nullptr;
 extern "C" int __real_getcontext(ucontext_t* context);
 extern "C" int __wrap_getcontext(ucontext_t* context) {
   return contextFails ? -1 : __real_getcontext(context);
+}
+
+extern "C" char** __real_backtrace_symbols(void* const* frames, int count);
+extern "C" char** __wrap_backtrace_symbols(void* const* frames, int count);
+
+extern "C" char** __wrap_backtrace_symbols(void* const* frames, int count) {
+  return symbolsFail ? nullptr : __real_backtrace_symbols(frames, count);
 }
 
 // Exported, so that their names are in the trace, and called through pointers
@@ -145,6 +153,15 @@ TEST(stack, SaysWhenThereIsNoContext) {
   EXPECT_EQ(&trace.write(out), &out);
   EXPECT_EQ(out.str(), "getcontext failed\n");
   contextFails = false;
+}
+
+TEST(stack, HasNoFramesWhereThereIsNoMemoryForTheirNames) {
+  symbolsFail = true;
+  std::ostringstream out;
+  const stack trace;
+  EXPECT_EQ(&trace.write(out), &out);
+  EXPECT_EQ(out.str(), "Stack trace:\nEnd of stack trace\n");
+  symbolsFail = false;
 }
 
 TEST(convertSymbol, ReplacesTheMangledName) {

@@ -1,0 +1,222 @@
+// Launches within the test's own process whose system calls fail one by one: those
+// on the log, the clock and the execution.  Whatever fails, the program is executed.
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/time.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdarg>
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "assoclist.h"
+#include "launch.h"
+
+namespace {
+
+constexpr int LOG = 1000;  // the log's descriptor; the system gives out smaller ones
+
+// What is to fail, and what was called.
+struct Plan {
+  bool active = false;
+  int openError = 0;
+  int opened = LOG;  // what `open` gives
+  int moveError = 0;
+  std::vector<int> writes = {};  // for each of the first: an error, or 0 for all of it
+  std::size_t portion = 1000;    // no `write` takes more
+  bool clockFails = false;
+
+  std::string log = {};
+  std::string calls = {};
+};
+
+Plan plan;
+
+}  // namespace
+
+extern "C" {
+
+int __real_open(const char* path, int flags, ...);
+int __real_fcntl(int descriptor, int command, ...);
+int __real_close(int descriptor);
+ssize_t __real_write(int descriptor, const void* data, std::size_t size);
+int __real_gettimeofday(timeval* now, void* zone);
+int __wrap_open(const char* path, int flags, ...);
+int __wrap_fcntl(int descriptor, int command, ...);
+int __wrap_close(int descriptor);
+ssize_t __wrap_write(int descriptor, const void* data, std::size_t size);
+int __wrap_gettimeofday(timeval* now, void* zone);
+int __wrap_execvp(const char* file, char* const* arguments);
+int __wrap_nanosleep(const timespec* request, timespec* remainder);
+
+int __wrap_open(const char* path, int flags, ...) {
+  std::va_list more;
+  va_start(more, flags);
+  const int mode = va_arg(more, int);
+  va_end(more);
+  if (!plan.active) {
+    return __real_open(path, flags, mode);
+  }
+  plan.calls += "open ";
+  errno = plan.openError;
+  return plan.openError != 0 ? -1 : plan.opened;
+}
+
+int __wrap_fcntl(int descriptor, int command, ...) {
+  std::va_list more;
+  va_start(more, command);
+  const int least = va_arg(more, int);
+  va_end(more);
+  if (!plan.active || command != F_DUPFD_CLOEXEC) {
+    return __real_fcntl(descriptor, command, least);
+  }
+  plan.calls += "move " + std::to_string(descriptor) + " from " + std::to_string(least) + " on ";
+  errno = plan.moveError;
+  return plan.moveError != 0 ? -1 : LOG;
+}
+
+int __wrap_close(int descriptor) {
+  if (!plan.active) {
+    return __real_close(descriptor);
+  }
+  plan.calls += descriptor == LOG ? "close " : "close " + std::to_string(descriptor) + " ";
+  return 0;
+}
+
+ssize_t __wrap_write(int descriptor, const void* data, std::size_t size) {
+  if (!plan.active || descriptor != LOG) {
+    return __real_write(descriptor, data, size);
+  }
+  const std::size_t part = size < plan.portion ? size : plan.portion;
+  if (!plan.writes.empty()) {
+    const int error = plan.writes.front();
+    plan.writes.erase(plan.writes.begin());
+    if (error != 0) {
+      errno = error;
+      return -1;
+    }
+  }
+  plan.log.append(static_cast<const char*>(data), part);
+  return static_cast<ssize_t>(part);
+}
+
+int __wrap_gettimeofday(timeval* now, void* zone) {
+  if (!plan.active) {
+    return __real_gettimeofday(now, zone);
+  }
+  if (plan.clockFails) {
+    errno = EFAULT;
+    return -1;
+  }
+  now->tv_sec = 1700000000;  // 2023-11-14 22:13:20 UTC
+  now->tv_usec = 0;
+  return 0;
+}
+
+int __wrap_execvp(const char* file, char* const*) {
+  plan.calls += std::string("execute ") + file + " ";
+  errno = ENOENT;
+  return -1;
+}
+
+int __wrap_nanosleep(const timespec*, timespec*) {
+  plan.calls += "sleep ";
+  return 0;
+}
+
+}  // extern "C"
+
+namespace {
+
+constexpr char firstLine[] = "20231114T221320: URI = ssh://h/\n";
+constexpr char restOfLog[] =
+    "executable: x\n"
+    "\t\"x\"\n"
+    "\t\"h\"\n"
+    "_execv() failed; path = x errno = 2 No such file or directory\n";
+
+/// Launches by the plan, and returns what was called.
+std::string launchBy(const Plan& wanted) {
+  plan = wanted;
+  plan.active = true;
+  const int status = processAug({"ssh://h/"}, assocList({"log=name", "program=x"}));
+  plan.active = false;
+  EXPECT_EQ(status, -1);
+  return plan.calls;
+}
+
+TEST(LaunchFault, IsNoneAtFirst) {
+  EXPECT_EQ(launchBy(Plan()), "open execute x sleep close ");
+  EXPECT_EQ(plan.log, std::string(firstLine) + restOfLog);
+}
+
+TEST(LaunchFault, OfOpeningTheLogStopsNothing) {
+  for (const int error : {EACCES, EISDIR, ELOOP, EMFILE, ENAMETOOLONG, ENOENT, ENOMEM, ENOSPC,
+                          ENOTDIR, ENXIO, EROFS, EINTR, EIO}) {
+    SCOPED_TRACE(error);
+    Plan wanted;
+    wanted.openError = error;
+    EXPECT_EQ(launchBy(wanted), "open execute x sleep ");
+    EXPECT_EQ(plan.log, "");
+  }
+}
+
+TEST(LaunchFault, OfMovingTheLogFromAStandardStreamLeavesNoLog) {
+  Plan wanted;
+  wanted.opened = 2;
+  EXPECT_EQ(launchBy(wanted), "open move 2 from 3 on close 2 execute x sleep close ");
+  EXPECT_EQ(plan.log, std::string(firstLine) + restOfLog);
+  for (const int error : {EMFILE, EINVAL}) {
+    SCOPED_TRACE(error);
+    wanted.moveError = error;
+    EXPECT_EQ(launchBy(wanted), "open move 2 from 3 on close 2 execute x sleep ");
+    EXPECT_EQ(plan.log, "");
+  }
+}
+
+// The lines behind it are tried afresh: a disk may have room again.
+TEST(LaunchFault, OfWritingALineLosesThatLineOnly) {
+  for (const int error : {ENOSPC, EIO, EPIPE, EFBIG, EDQUOT, EAGAIN, EBADF}) {
+    SCOPED_TRACE(error);
+    Plan wanted;
+    wanted.writes = {error};
+    EXPECT_EQ(launchBy(wanted), "open execute x sleep close ");
+    EXPECT_EQ(plan.log, restOfLog);
+  }
+}
+
+TEST(LaunchFault, OfWritingInTheMiddleOfALineCutsThatLine) {
+  Plan wanted;
+  wanted.portion = 10;
+  wanted.writes = {0, ENOSPC};
+  launchBy(wanted);
+  EXPECT_EQ(plan.log, std::string("20231114T2") + restOfLog);
+}
+
+TEST(LaunchFault, OfEveryWriteStopsNothing) {
+  Plan wanted;
+  wanted.portion = 0;
+  EXPECT_EQ(launchBy(wanted), "open execute x sleep close ");
+  EXPECT_EQ(plan.log, "");
+}
+
+TEST(LaunchFault, LosesNothingToASignalOrToShortWrites) {
+  Plan wanted;
+  wanted.portion = 7;
+  wanted.writes = {EINTR, 0, EINTR, EINTR, 0};
+  launchBy(wanted);
+  EXPECT_EQ(plan.log, std::string(firstLine) + restOfLog);
+}
+
+// The time of no clock is the invalid time, for which nobody waits.
+TEST(LaunchFault, OfTheClockStopsNothing) {
+  Plan wanted;
+  wanted.clockFails = true;
+  EXPECT_EQ(launchBy(wanted), "open execute x close ");
+  EXPECT_EQ(plan.log, std::string("<bad time>: URI = ssh://h/\n") + restOfLog);
+}
+
+}  // namespace
