@@ -14,6 +14,24 @@ if(HOPLAUNCH_WERROR)
   target_compile_options(build_options INTERFACE -Werror)
 endif()
 
+# What is shipped makes a fault hard to turn into an attack: it lies at addresses that
+# nobody knows, notices a broken stack, checks the sizes that the compiler knows, and
+# has its tables read-only before `main`.  scripts/hardening.sh looks at the result.
+option(HOPLAUNCH_HARDENING "Harden release builds" ON)
+if(HOPLAUNCH_HARDENING AND CMAKE_BUILD_TYPE STREQUAL "Release" AND NOT HOPLAUNCH_SANITIZE)
+  set(type $<TARGET_PROPERTY:TYPE>)
+  target_compile_options(build_options INTERFACE
+    -fstack-protector-strong -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2
+    $<$<NOT:$<STREQUAL:${type},SHARED_LIBRARY>>:-fPIE>)
+  target_link_options(build_options INTERFACE
+    LINKER:-z,relro LINKER:-z,now LINKER:-z,noexecstack
+    $<$<STREQUAL:${type},EXECUTABLE>:-pie>)
+endif()
+
+# The standard library's own checks of what it is asked for.
+target_compile_definitions(build_options INTERFACE
+  $<$<CONFIG:Debug>:_GLIBCXX_ASSERTIONS>)
+
 if(HOPLAUNCH_SANITIZE)
   target_compile_options(build_options INTERFACE
     "-fsanitize=${HOPLAUNCH_SANITIZE}" -fno-sanitize-recover=all -fno-omit-frame-pointer)
