@@ -1,0 +1,236 @@
+// Which folder may depend on which, by what is included and by what is linked.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <set>
+#include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// What each folder stands on.  A header of include/ counts as of the folder that
+// implements it.
+const std::map<std::string, std::set<std::string>> FOUNDATIONS = {
+    {"tools", {"brimcore", "directory", "utilities"}},
+    {"brimcore", {"utilities"}},
+    {"directory", {"utilities"}},
+    {"utilities", {}},
+};
+
+// The units that the design lets depend on more.  docs/architecture.md has the same table.
+struct exemption {
+  const char* unit;
+  const char* folder;
+};
+constexpr exemption EXEMPTIONS[] = {
+    {"brimcore/configDB", "directory"},   // an item knows the name of its source
+    {"brimcore/configRef", "directory"},  // a value may be read as a name
+    {"directory/DNorder", "brimcore"},    // registers the item MaxShortName
+    {"utilities/events", "brimcore"},     // reads the items LogDateFormat, LogTimeZone
+    {"utilities/startup", "brimcore"},    // keeps every static object in a program
+    {"utilities/startup", "directory"},   // likewise
+    {"utilities/uri", "brimcore"},        // viewers and their options are items
+};
+
+// Headers of include/ that no source is named after, and the units that implement them.
+const std::map<std::string, std::string> IMPLEMENTED_BY = {
+    {"DistName.h", "directory/DNorder"},     {"asserts.h", "utilities/events"},
+    {"countedMap.h", "utilities/refcount"},  {"pointers.h", "utilities/refcount"},
+    {"stringcomp.h", "utilities/assoclist"},
+};
+
+const fs::path TOP = SOURCES;
+
+// A folder of the product and one of its units, "utilities/uri" for what uri.h declares.
+std::string unitOf(const fs::path& file) {
+  const std::string folder = file.begin()->string();
+  if (folder != "include") {
+    return folder + "/" + file.stem().string();
+  }
+  const auto found = IMPLEMENTED_BY.find(file.filename().string());
+  if (found != IMPLEMENTED_BY.end()) {
+    return found->second;
+  }
+  const std::string stem = file.stem().string();
+  for (const char* const home : {"utilities", "brimcore", "directory"}) {
+    if (fs::exists(TOP / home / (stem + ".cpp"))) return std::string(home) + "/" + stem;
+  }
+  if (fs::exists(TOP / "utilities/unix" / (stem + "_unx.cpp"))) return "utilities/" + stem;
+  return "nowhere/" + stem;
+}
+
+std::string folderOf(const std::string& unit) {
+  return unit.substr(0, unit.find('/'));
+}
+
+// A dependence of a unit, and what shows it.
+struct dependence {
+  std::string unit;
+  std::string on;
+  std::string shownBy;
+};
+
+bool allowed(const dependence& d) {
+  const std::string from = folderOf(d.unit);
+  const std::string to = folderOf(d.on);
+  const auto foundation = FOUNDATIONS.find(from);
+  return from == to || (foundation != FOUNDATIONS.end() && foundation->second.contains(to));
+}
+
+bool exempted(const dependence& d) {
+  for (const exemption& e : EXEMPTIONS) {
+    if (d.unit == e.unit && folderOf(d.on) == e.folder) return true;
+  }
+  return false;
+}
+
+// The file that an #include "NAME" in `file` means, relative to the top folder.
+fs::path included(const fs::path& file, const std::string& name) {
+  const fs::path beside = (file.parent_path() / name).lexically_normal();
+  return fs::exists(TOP / beside) ? beside : fs::path("include") / name;
+}
+
+std::vector<fs::path> productFiles() {
+  std::vector<fs::path> files;
+  for (const char* const folder : {"include", "tools", "brimcore", "directory", "utilities"}) {
+    for (const auto& entry : fs::recursive_directory_iterator(TOP / folder)) {
+      const fs::path path = entry.path();
+      if (path.extension() == ".h" || path.extension() == ".cpp") {
+        files.push_back(path.lexically_relative(TOP));
+      }
+    }
+  }
+  return files;
+}
+
+// Every #include "...", with the file that has it and the file that it means.
+std::vector<std::pair<fs::path, fs::path>> inclusions() {
+  const std::string directive = "#include \"";
+  std::vector<std::pair<fs::path, fs::path>> result;
+  for (const fs::path& file : productFiles()) {
+    std::ifstream source(TOP / file);
+    for (std::string line; std::getline(source, line);) {
+      if (line.starts_with(directive)) {
+        const std::size_t length = line.find('"', directive.size()) - directive.size();
+        result.emplace_back(file, included(file, line.substr(directive.size(), length)));
+      }
+    }
+  }
+  return result;
+}
+
+std::vector<dependence> byIncludes() {
+  std::vector<dependence> result;
+  for (const auto& [file, header] : inclusions()) {
+    result.push_back(
+        {unitOf(file), unitOf(header), file.string() + " includes " + header.string()});
+  }
+  return result;
+}
+
+// A symbol in one of the library's objects, as `nm` lists it.
+struct symbol {
+  std::string unit;
+  std::string name;
+  char type;
+
+  bool defined() const { return std::string("TDBRWVu").find(type) != std::string::npos; }
+  bool undefined() const { return type == 'U' || type == 'w' || type == 'v'; }
+};
+
+std::vector<symbol> symbols() {
+  std::vector<symbol> result;
+  std::FILE* const pipe = popen("nm -A --format=posix " LIBRARY_OBJECTS, "r");
+  if (pipe == nullptr) return result;
+  std::array<char, 65536> line;
+  while (std::fgets(line.data(), line.size(), pipe) != nullptr) {
+    std::istringstream fields(line.data());  // FOLDER/.../support.dir/SOURCE.o: NAME TYPE ...
+    std::string object;
+    symbol found{};
+    fields >> object >> found.name >> found.type;
+    const std::size_t source = object.find(".dir/") + std::string(".dir/").size();
+    found.unit = unitOf(fs::path(object.substr(source)).lexically_normal().replace_extension());
+    result.push_back(found);
+  }
+  pclose(pipe);
+  return result;
+}
+
+// What is defined in more than one object is a template or inline: everybody's own.
+std::vector<dependence> bySymbols() {
+  const std::vector<symbol> all = symbols();
+  std::map<std::string, std::set<std::string>> definers;
+  for (const symbol& s : all) {
+    if (s.defined()) definers[s.name].insert(s.unit);
+  }
+  std::vector<dependence> result;
+  for (const symbol& s : all) {
+    const auto found = definers.find(s.name);
+    if (s.undefined() && found != definers.end() && found->second.size() == 1) {
+      result.push_back({s.unit, *found->second.begin(), s.unit + " needs " + s.name});
+    }
+  }
+  return result;
+}
+
+void expectAllowed(const std::vector<dependence>& dependences) {
+  EXPECT_GT(dependences.size(), 50U) << "too few to be all";
+  for (const dependence& d : dependences) {
+    EXPECT_TRUE(FOUNDATIONS.contains(folderOf(d.unit))) << d.unit << " is in no known folder";
+    EXPECT_TRUE(allowed(d) || exempted(d)) << d.shownBy << ", of " << d.on;
+  }
+}
+
+TEST(Folders, IncludeOnlyWhatTheyStandOn) {
+  expectAllowed(byIncludes());
+}
+
+TEST(Folders, LinkOnlyToWhatTheyStandOn) {
+  expectAllowed(bySymbols());
+}
+
+TEST(Folders, ReachEachOtherThroughTheInterfaceOnly) {
+  for (const auto& [file, header] : inclusions()) {
+    const std::string from = file.begin()->string();
+    const std::string to = header.begin()->string();
+    // The library's folders also share what utilities/ keeps from programs.
+    const bool internal = from != "tools" && from != "include" && to == "utilities";
+    EXPECT_TRUE(to == from || to == "include" || internal)
+        << file << " includes the private " << header;
+  }
+}
+
+TEST(Folders, HaveNoExemptionThatNothingNeeds) {
+  const std::vector<dependence> included = byIncludes();
+  const std::vector<dependence> linked = bySymbols();
+  for (const exemption& e : EXEMPTIONS) {
+    const auto needs = [&e](const dependence& d) {
+      return d.unit == e.unit && folderOf(d.on) == e.folder;
+    };
+    EXPECT_TRUE(std::any_of(included.begin(), included.end(), needs) ||
+                std::any_of(linked.begin(), linked.end(), needs))
+        << e.unit << " needs nothing of " << e.folder;
+  }
+}
+
+TEST(Folders, AreDescribedWithTheirExemptions) {
+  std::ifstream file(TOP / "docs/architecture.md");
+  std::ostringstream page;
+  page << file.rdbuf();
+  for (const exemption& e : EXEMPTIONS) {
+    const std::string row = std::string("| `") + e.unit + "` | `" + e.folder + "/` |";
+    EXPECT_NE(page.str().find(row), std::string::npos) << "missing: " << row;
+  }
+}
+
+}  // namespace
