@@ -57,6 +57,7 @@ class DistName {
   DistName(const std::string& text, DNconStyle style);
   DistName(const char* text, DNconStyle style)
       : DistName(std::string(text != nullptr ? text : ""), style) {}
+  /// A copy.
   DistName(const DistName& other);
   DistName& operator=(const DistName& other);
   virtual ~DistName();
@@ -70,6 +71,7 @@ class DistName {
   /// The text.
   operator std::string() const { return m_string; }
   const std::string& str() const { return m_string; }
+  /// True for the empty text.
   bool empty() const { return m_string.empty(); }
 
   /// The operations of `std::string`, on the text.

@@ -20,8 +20,8 @@
 /// One record of a static table of pairs.  A table is an array of records that
 /// ends with a record whose `key` is null.  The texts are not owned.
 struct assocPair {
-  const char* key;
-  const char* value;
+  const char* key;    ///< null ends the table
+  const char* value;  ///< null leaves the record out
 };
 
 /// An ordered map from string to string with case-insensitive keys.

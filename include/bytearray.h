@@ -22,6 +22,7 @@ class ByteArray {
   /// The bytes that `text` encodes, as by `set`; empty when it does not decode.
   ByteArray(const char* text, unsigned int radix);
 
+  /// A deep copy; empty, after a report, when there is no memory.
   ByteArray(const ByteArray& other);
   ByteArray& operator=(const ByteArray& other);
   ~ByteArray();

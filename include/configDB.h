@@ -15,8 +15,10 @@
 // Failures are reported as events, and the operation carries on.
 //
 // Before `main` there is the registration database only: an editor made then finds
-// nothing to edit and reports `EC_BAD_SEQUENCE`.  A forked child has a database of its
-// own from then on.  At exit, databases are not to be edited any more.
+// nothing to edit and reports `EC_BAD_SEQUENCE`.  The first read of an item after
+// `ThreadData::instance(false)` publishes; so a `main` that edits begins with these
+// two.  A forked child has a database of its own from then on.  At exit, databases
+// are not to be edited any more.
 #pragma once
 
 #include <cstddef>
@@ -49,11 +51,15 @@ class configItem {
 
   /// The value at `index`, or a shared empty string where there is none.
   const std::string& operator[](int index) const;
+  /// The values in their order.
   const std::vector<std::string>& all() const { return values; }
+  /// The number of values.
   std::size_t size() const { return values.size(); }
+  /// True when there is no value.
   bool empty() const { return values.empty(); }
   /// The first default, or an empty string.
   const std::string& getDefault() const;
+  /// The defaults in their order.
   const std::vector<std::string>& getDefaults() const { return defaults; }
 
   /// Makes `value`, even an empty one, the only value.
@@ -64,7 +70,9 @@ class configItem {
 
   /// Records where the value came from; an empty name changes nothing.
   void setDN(const DistName& DN);
+  /// Forgets where the value came from.
   void clearDN() { sourceDN = DistName(); }
+  /// Where the value came from, empty when that is unknown.
   const DistName& getDN() const { return sourceDN; }
   /// True when the values are distinguished names.
   bool isDN() const { return m_isDN; }
@@ -135,6 +143,7 @@ class editableConfigDB : public configDB {
 /// The database in which items register.
 class writeableConfigDB : public configDB {
  public:
+  /// Holds what `type` says.
   explicit writeableConfigDB(refType type) : configDB(type) {}
   ~writeableConfigDB() override = default;
 

@@ -3,7 +3,8 @@
 // A reference is a small object, usually a static one, that names an item and
 // reads it with a type.  Constructing it registers the item with its default,
 // which works until the first read publishes the database; a later registration
-// is reported and ignored, and the reference still reads.  Every read looks the
+// is reported and ignored, and the reference still reads.  (Before there is thread
+// data, a read gives the default and publishes nothing.)  Every read looks the
 // item up afresh in the calling thread's version of the database (configDB.h), so
 // `threadedConfigDB::refresh()` changes what all references return.  A reference
 // holds nothing but the name; references may be shared by threads.
@@ -34,6 +35,7 @@ class configRef {
   configRef& operator=(const configRef&) = delete;
   ~configRef() = default;
 
+  /// The name of the item as it was given.
   const std::string& name() const { return m_name; }
 
   /// The root of the directory: `InterfaceFinder::FQDN()` as a distinguished
@@ -58,6 +60,7 @@ class configString : public configRef {
   /// Registers the item; an empty default registers it without a value.
   configString(const std::string& name, const std::string& defaultValue);
 
+  /// As `value(true)`.
   operator const std::string&() const { return value(true); }
   /// The value, or an empty string without one, which is reported if `raiseError`.
   const std::string& value(bool raiseError) const;
@@ -76,6 +79,7 @@ class configInt : public configRef {
   /// Registers the item; a negative default registers it without a value.
   configInt(const std::string& name, int defaultValue);
 
+  /// As `value(true)`.
   operator int() const { return value(true); }
   /// The number, or the default when it is missing, zero, negative or no number.
   /// A missing value is reported if `raiseError`.
@@ -93,11 +97,14 @@ class configArray : public configRef {
   /// do not become defaults in the sense of `configItem::set`.
   configArray(const std::string& name, const char* const* defaults);
 
+  /// As `values()`.
   operator const std::vector<std::string>&() const { return values(); }
   /// The value at `offset`, or an empty string, with a report, where there is
   /// none.
   const std::string& operator[](std::size_t offset) const;
+  /// All values in their order; none when the item is missing.
   const std::vector<std::string>& values() const { return item().all(); }
+  /// The number of values.
   std::size_t size() const { return item().size(); }
   /// The values as an association list, each split at its first "=".
   assocList list() const { return assocList(values()); }

@@ -25,6 +25,7 @@
 template <class K, class V, class Cmp>
 class countedMap : public counted {
  public:
+  /// The map inside.
   using mapType = std::map<K, V, Cmp>;
 
   /// An empty map.
@@ -97,6 +98,7 @@ class countedMap : public counted {
 template <class K, class V, class Cmp>
 class countedMapRef : public Treference<countedMap<K, V, Cmp>> {
  public:
+  /// The object that this is a handle to.
   using mapType = countedMap<K, V, Cmp>;
 
   /// Holds what `type` says.

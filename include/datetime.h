@@ -83,8 +83,8 @@ struct gregorianDate {
   std::string format(const std::string& pattern) const;
 };
 
-/// Writes year/month/day@hour:minute:second.microseconds, unpadded but for the
-/// microseconds, for example 2026/11/15@11:7:34.042517.
+/// Writes `year/month/day@hour:minute:second.microseconds`, unpadded but for the
+/// microseconds, for example `2026/11/15@11:7:34.042517`.
 std::ostream& operator<<(std::ostream& out, const gregorianDate& date);
 
 /// An instant.
@@ -176,8 +176,10 @@ class DateTime {
   bool wait() const;
 
  protected:
+  /// The microseconds of the invalid time.
   static constexpr std::uint32_t INVALID = 0xFFFFFFFF;
 
+  /// A time of its parts, both cut to 32 bits.
   constexpr DateTime(unsigned long seconds, unsigned long microseconds)
       : m_seconds(static_cast<std::uint32_t>(seconds)),
         m_microseconds(static_cast<std::uint32_t>(microseconds)) {}

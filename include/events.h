@@ -2,7 +2,8 @@
 //
 // *The life of a report.*  Code that meets a failure constructs a report, usually
 // as a temporary; it may add parameters; the report is offered once to the
-// handlers, at the latest by its own destructor; then it is gone.  So a caller
+// handlers, at the latest by its own destructor (that of its class: a new class of
+// reports calls `report` in it); then it is gone.  So a caller
 // that only constructs a report has reported it.  Reports live on the stack of
 // the thread that raised them and are not copied.
 //
@@ -43,15 +44,16 @@ enum eventSeverity : int { SUCCESS = 0, WARNING = 1, FAILURE = 2, SEVERE = 3, FA
 
 /// Who should see an event: a set of bits.
 enum eventAudience : int {
-  AUD_NULL = 0,
-  AUD_OUSER = 1,
-  AUD_EXPERT = 2,
-  AUD_ADMIN = 4,
-  AUD_AUDIT = 8,
-  AUD_DEVEL = 16,
-  AUD_ALL = 31
+  AUD_NULL = 0,    ///< nobody
+  AUD_OUSER = 1,   ///< ordinary users
+  AUD_EXPERT = 2,  ///< users who want to know more
+  AUD_ADMIN = 4,   ///< who runs the system
+  AUD_AUDIT = 8,   ///< who checks how it is used
+  AUD_DEVEL = 16,  ///< who develops it
+  AUD_ALL = 31     ///< everybody
 };
 
+/// Union, intersection and complement.
 constexpr eventAudience operator|(eventAudience a, eventAudience b) {
   return static_cast<eventAudience>(static_cast<int>(a) | static_cast<int>(b));
 }
@@ -116,6 +118,8 @@ class eventReport {
   virtual void writeExtras(std::ostream& out) const;
 
  public:
+  /// Does not report.  The destructor of a derived class does, by `report`, while its
+  /// domain and its codes are still there.
   virtual ~eventReport();
 
   /// The name of the code space.
@@ -134,12 +138,17 @@ class eventReport {
   ///     Failure: commonEvent/unknown value "ftp" { "a" "b" } | open
   virtual std::ostream& write(std::ostream& out) const;
 
+  /// How bad it is.
   eventSeverity severity() const { return m_severity; }
   /// The audiences not served yet.
   eventAudience audience() const { return m_audience; }
+  /// What happened, in the code space `domain()`.
   int code() const { return m_code; }
+  /// The free text on this occurrence.
   const std::string& qualifier() const { return m_qualifier; }
+  /// What was being done; may be empty.
   const std::string& operation() const { return m_operation; }
+  /// The values added, in that order.
   const std::vector<std::string>& parameters() const { return m_parameters; }
 
   /// Adds a value to the report.
@@ -168,6 +177,7 @@ std::ostream& operator<<(std::ostream& out, const eventReport& event);
 /// A report with one of the common codes; its domain is "commonEvent".
 class commonEvent : public eventReport {
  public:
+  /// As `eventReport`; `description` is the qualifier.
   commonEvent(eventSeverity severity, eventAudience audience, eventCommon code,
               const std::string& description, const std::string& operation);
   ~commonEvent() override;
@@ -180,6 +190,7 @@ class commonEvent : public eventReport {
 /// "O/S".
 class OSevent : public eventReport {
  public:
+  /// As `eventReport`, with the error number `code`; `description` is the qualifier.
   OSevent(eventSeverity severity, eventAudience audience, int code, const std::string& description,
           const std::string& operation);
   /// The same with the current `errno` as the code.
@@ -204,7 +215,7 @@ using handlerMap = std::multimap<int, eventHandler*>;
 /// One thread's handlers.
 class EventHandlerMap : public ThreadedDataObject {
  public:
-  handlerMap theMap;
+  handlerMap theMap;  ///< those registered by the thread
 };
 
 /// The per-thread slot of the handler maps.
@@ -256,6 +267,7 @@ class eventHandler {
   /// Registers the handler in the calling thread's map.
   explicit eventHandler(int priority);
 
+  /// Makes the report one of another severity, for the handlers that come later.
   static void changeSeverity(eventReport& event, eventSeverity severity);
   /// Removes the given bits from the report's audience.
   static void clearAudience(eventReport& event, eventAudience served);
@@ -268,6 +280,7 @@ class eventHandler {
 /// `CS_STDOUT`.
 class stderrHandler : public eventHandler {
  public:
+  /// Serves all reports for `audience`.
   stderrHandler(int priority, eventAudience audience);
   bool handle(eventReport& event) override;
   const char* name() const override;
@@ -323,6 +336,7 @@ class storingHandler : public eventHandler {
 /// Swallows reports up to a severity.
 class ignoreHandler : public eventHandler {
  public:
+  /// Serves the reports for `audience` that are no worse than `severity`.
   ignoreHandler(int priority, eventSeverity severity, eventAudience audience);
   bool handle(eventReport& event) override;
   const char* name() const override;
@@ -339,6 +353,7 @@ class ignoreHandler : public eventHandler {
 /// do not install this handler where reports carry text from strangers.
 class systemLogHandler : public eventHandler {
  public:
+  /// Serves all reports for `audience`.
   systemLogHandler(int priority, eventAudience audience);
   bool handle(eventReport& event) override;
   const char* name() const override;

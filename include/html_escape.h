@@ -13,8 +13,8 @@
 
 /// Percent-encoding (RFC 3986 section 2.1).
 ///
-/// - Control bytes (below 32 and 127), bytes of 128 and above, and each of
-///   blank " # $ % & ' + , / : ; < = > ? @ [ \ ] ^ { | } become "%" and exactly
+/// - Control bytes (below 32 and 127), bytes of 128 and above, blanks, double quotes, and
+///   each of ``# $ % & ' + , / : ; < = > ? @ [ \ ] ^ { | }`` become "%" and exactly
 ///   two hexadecimal digits.
 /// - Every other byte is copied.
 ///
@@ -48,7 +48,7 @@ std::string cookieUnEscape(const char* text, unsigned int length);
 std::string cookieUnEscape(const std::string& text);
 
 /// Escaping for directory names (RFC 4514): a backslash before each of
-/// " + , ; < > \, and a backslash and two hexadecimal digits for control bytes
+/// ``" + , ; \ < >``, and a backslash and two hexadecimal digits for control bytes
 /// and bytes of 128 and above.
 ///
 ///     LDAPescape("a,b\n")   // a\,b\0A
@@ -78,7 +78,7 @@ std::string QMXescape(const std::string& text);
 ///
 /// - A character below 32 or above 126, taken from its UTF-8 sequence, becomes
 ///   "\u" and its code point in hexadecimal: at least three digits, four from
-///   U+0010.  (Readers rely on \u00A for a line feed.)
+///   U+0010.  (Readers rely on `\u00A` for a line feed.)
 /// - A single quote is preceded by a backslash; every other byte is copied.
 ///
 ///     javaScriptEscape("it's\n")   // it\'s\u00A

@@ -59,7 +59,9 @@ class language {
   /// Registers the language; a name that is taken is reported as `EC_DUPL_VALUE`.
   explicit language(const std::string& name);
 
+  /// The language's own vectors by name, for a derived class to fill.
   std::map<std::string, std::vector<std::string>, caseInsensitive>& phrases() { return phrasesMap; }
+  /// Sets the language code (RFC 5646); an empty one stands for "en".
   void setCode(const std::string& newCode) { m_code = newCode; }
 
  private:
@@ -89,6 +91,7 @@ class languageString {
 
   /// The text in a language; the default text before `finalise()`.
   const std::string& operator()(const language& lang) const;
+  /// The text in the default language, as declared.
   const std::string& defaultValue() const { return m_default; }
 
   /// Groups the declared texts into vectors, in the order of their keywords.  A

@@ -83,6 +83,7 @@ class Thread {
 /// notifiers.
 class exitWaitThread : public Thread {
  public:
+  /// As `Thread`.
   explicit exitWaitThread(bool fullWeight) : Thread(fullWeight) {}
   bool execute() override;
   Thread* clone() const override;
@@ -93,9 +94,12 @@ class exitWaitThread : public Thread {
 /// Base of an object that wants to be told of the shutdown.
 class shutdownNotified {
  public:
+  /// Enters the list of notifiers; a copy enters it too.
   shutdownNotified();
   shutdownNotified(const shutdownNotified&);
+  /// Changes nothing: both stay in the list.
   shutdownNotified& operator=(const shutdownNotified&) { return *this; }
+  /// Leaves the list.
   virtual ~shutdownNotified();
 
   /// Called once at shutdown.
@@ -111,4 +115,5 @@ class shutdownNotified {
 
 /// Streams as the process id, "/" and the thread id, for example 4711/-1.
 struct thisThreadId {};
+/// Writes the calling process's and thread's.
 std::ostream& operator<<(std::ostream& out, thisThreadId);

@@ -64,6 +64,7 @@ class counted {
   std::int32_t version() const { return m_version; }
   /// True while the object may be changed.
   bool writable() const { return m_stage == RCS_NEW || m_stage == RCS_PRIVATE; }
+  /// The stage that the object has reached.
   refCountStage stage() const { return m_stage; }
 
  protected:
@@ -90,10 +91,10 @@ class counted {
   /// an object can have.
   bool advance(refCountStage newStage);
 
-  std::int32_t m_refCount = 0;
-  refCountStage m_stage = RCS_NEW;
-  std::int32_t m_version = 0;
-  counted* m_parent = nullptr;
+  std::int32_t m_refCount = 0;      ///< see `count`
+  refCountStage m_stage = RCS_NEW;  ///< see `stage`
+  std::int32_t m_version = 0;       ///< see `version`
+  counted* m_parent = nullptr;      ///< see `parent`; counted up
 
  private:
   friend class reference;
@@ -107,15 +108,18 @@ class reference : public ThreadedDataObject {
   /// Holds `p`, which is null or comes from `new`: the last holder deletes it.  A new
   /// object becomes private.  An assertion fails for a stage that no object has.
   explicit reference(counted* p);
+  /// Holds the instance of `r`, too.
   reference(const reference& r);
   /// Lets go.
   ~reference() override = 0;
 
+  /// Lets go, and holds the instance of `rhs`, or `rhs` itself as the constructor does.
   reference& operator=(const reference& rhs) { return *this = rhs.instance; }
   reference& operator=(counted* rhs);
 
   /// True when both hold the same instance, or nothing.
   bool operator==(const reference& rhs) const { return instance == rhs.instance; }
+  /// True when there is no instance.
   bool null() const { return instance == nullptr; }
   /// The instance or null; it stays held.
   counted* ptr() { return instance; }
@@ -143,7 +147,7 @@ class reference : public ThreadedDataObject {
   /// Lets go of the instance.
   void recycle();
 
-  counted* instance = nullptr;
+  counted* instance = nullptr;  ///< held; null for none
 
  private:
   static bool countable(const counted* p, bool locked);
@@ -175,6 +179,7 @@ class Treference : public reference {
   ~Treference() override = default;
 
   Treference& operator=(const Treference& rhs) = default;
+  /// Holds `rhs` from now on, as `reference` does.
   Treference& operator=(T* rhs) {
     reference::operator=(static_cast<counted*>(rhs));
     return *this;
@@ -216,7 +221,9 @@ class Treference : public reference {
   /// With `check` only when `commitable`.  Returns whether it did.
   bool setCanonical(bool check) { return reference::setCanonical(canonical(), check); }
 
+  /// The stage of the instance, `RCS_NULLREF` without one.
   refCountStage stage() const { return instance != nullptr ? instance->stage() : RCS_NULLREF; }
+  /// True when there is no instance.
   bool null() const { return ptr() == nullptr; }
 
   /// The instance, null when there is none or it is no `T`; it stays held.
@@ -251,6 +258,6 @@ class Treference : public reference {
 /// The handle to the canonical instance; it knows whether it still exists.
 template <class T>
 struct Treference<T>::canonicalHolder : Treference<T> {
-  static inline constinit bool gone = false;
+  static inline constinit bool gone = false;  ///< destroyed at exit
   ~canonicalHolder() override { gone = true; }
 };

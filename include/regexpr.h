@@ -38,10 +38,11 @@ class RegExpr {
  public:
   /// Where a match was found: offset and length in bytes.
   struct Match {
+    /// A match of `matchLength` bytes at `matchStart`.
     Match(unsigned int matchStart, unsigned int matchLength)
         : start(matchStart), length(matchLength) {}
-    unsigned int start;
-    unsigned int length;
+    unsigned int start;   ///< from the beginning of the text
+    unsigned int length;  ///< 0 for an empty match
   };
 
   /// Compiles `text`, ignoring letter case unless `caseSensitive`.  Bad input is
