@@ -6,6 +6,7 @@
 #   or one that says enough by itself: a destructor, what is deleted, an override.
 # - Copies that are defaulted say nothing.
 # - An example that stands behind a list is no part of the list.
+# - A per-cent sign before a word is one, and not a mark for doxygen.
 exec awk '
   { line[NR] = $0 }
   END {
@@ -19,6 +20,9 @@ exec awk '
     }
     for (i = 2; i <= NR; i++) {
       if (!comment(line[i])) list = 0
+      while (comment(line[i]) && match(line[i], / %[A-Za-z]/)) {
+        line[i] = substr(line[i], 1, RSTART) "\\" substr(line[i], RSTART + 1)
+      }
       if (line[i] ~ /^ *\/\/\/ - /) list = 1
       if (list && line[i - 1] ~ /^ *\/\/\/$/ && line[i] ~ /^ *\/\/\/     /) example(i)
     }
