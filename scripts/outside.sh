@@ -88,6 +88,16 @@ exports_what_headers_declare() {
   [[ -n $exported ]] && diff <(echo "$declared") <(echo "$exported")
 }
 
+# The examples, as a project of their own.
+cmake -S examples -B "$scratch/examples" -G Ninja -DCMAKE_BUILD_TYPE=Release \
+  "-DCMAKE_PREFIX_PATH=$prefix" >/dev/null
+cmake --build "$scratch/examples"
+tutorial() {
+  LD_LIBRARY_PATH=$(dirname "$library") "$scratch/examples/tutorial" -greeting=Welcome
+}
+welcomes() { [[ $(tutorial) == 'Welcome, world!' ]]; }
+check 'the tutorial overrides its item' welcomes
+
 cmake -S tests/outside -B "$scratch/cmake" -G Ninja -DCMAKE_BUILD_TYPE=Release \
   "-DCMAKE_PREFIX_PATH=$prefix" >/dev/null
 cmake --build "$scratch/cmake"
