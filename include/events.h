@@ -328,7 +328,7 @@ class storingHandler : public eventHandler {
   static storingHandler& theInstance();
 
  private:
-  std::ostringstream m_output;
+  std::string m_output;
   eventAudience m_audience;
   eventSeverity m_minSeverity;
 };

@@ -1,14 +1,14 @@
 #include "commandline.h"
 
+#include <cstdio>
 #include <cstring>
-#include <iostream>
 
 int minimumArguments() {
   return 1;
 }
 
 void help(const char* command) {
-  std::cerr << "Usage: " << command << " <uri> " << std::endl;
+  std::fprintf(stderr, "Usage: %s <uri> \n", command);
 }
 
 bool split(int count, char** args, std::vector<std::string>& arguments, assocList& parameters) {
@@ -22,7 +22,7 @@ bool split(int count, char** args, std::vector<std::string>& arguments, assocLis
     } else if (++i < count) {
       parameters[arg + 1] = args[i];
     } else {
-      std::cerr << "Keyword " << arg << " has no value" << std::endl;
+      std::fprintf(stderr, "Keyword %s has no value\n", arg);
       return false;
     }
   }

@@ -355,7 +355,7 @@ bool storingHandler::handle(eventReport& event) {
     clearAudience(event, m_audience);
     // What is too mild to be kept is claimed all the same.
     if (event.severity() >= m_minSeverity) {
-      m_output << buildMessage(event, DateTime::now(0).format(DS_ISO8601));
+      m_output += buildMessage(event, DateTime::now(0).format(DS_ISO8601));
     }
   }
   return event.audience() == AUD_NULL;
@@ -366,7 +366,7 @@ const char* storingHandler::name() const {
 }
 
 std::string storingHandler::str() const {
-  return m_output.str();
+  return m_output;
 }
 
 storingHandler& storingHandler::theInstance() {

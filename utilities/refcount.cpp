@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <ostream>
 #include <sstream>
 #include <string>
@@ -264,8 +265,7 @@ bool reference::setCanonical(reference& canonical, bool check) {
   if (instance != nullptr && instance->m_stage != RCS_PRIVATE) {
     return false;
   }
-  std::ostringstream message;
-  const bool traced = *TRACE;
+  std::optional<std::ostringstream> message;
   counted* unused = nullptr;
   counted* unusedParent = nullptr;
   {
@@ -281,10 +281,11 @@ bool reference::setCanonical(reference& canonical, bool check) {
       unusedParent = countDown(std::exchange(instance->m_parent, nullptr), true);
       instance->prepareCanonical();
     }
-    if (traced) {
+    if (*TRACE) {
       const counted* const named = instance != nullptr ? instance : oldCanonical;
-      message << Thread::threadId() << ' ' << (named != nullptr ? named->className() : "<null>")
-              << ' ' << address{instance} << " supercedes " << address{oldCanonical} << '\n';
+      message.emplace();
+      *message << Thread::threadId() << ' ' << (named != nullptr ? named->className() : "<null>")
+               << ' ' << address{instance} << " supercedes " << address{oldCanonical} << '\n';
     }
     canonical.instance = instance;
     if (oldCanonical != nullptr) {
@@ -292,9 +293,9 @@ bool reference::setCanonical(reference& canonical, bool check) {
       unused = countDown(oldCanonical, true);
     }
   }
-  if (traced) {  // written out here: sections are not held one inside the other
-    message << stack() << '\n';
-    writeTrace(message.str());
+  if (message) {  // written out here: sections are not held one inside the other
+    *message << stack() << '\n';
+    writeTrace(message->str());
   }
   delete unused;
   delete unusedParent;

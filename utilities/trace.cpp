@@ -1,6 +1,5 @@
 #include "trace.h"
 
-#include <iostream>
 #include <map>
 
 #include "conversion.h"
@@ -23,7 +22,7 @@ traceFlag* flagNamed(const std::string& name) {
 
 }  // namespace
 
-std::ostream* traceFlag::c_output = &std::cerr;
+std::ostream* traceFlag::c_output = nullptr;
 
 traceFlag::traceFlag(const std::string& name, int level)
     : m_name(registerName(name)), m_level(static_cast<std::uint32_t>(level)) {}
@@ -63,6 +62,8 @@ std::vector<std::pair<std::string, traceFlag*>> traceFlag::allFlags() {
 }
 
 std::ostream& traceFlag::out() {
-  standardError();  // a static initialiser may trace before any other unit has set it up
+  if (c_output == nullptr) {
+    c_output = &standardError();
+  }
   return *c_output;
 }
