@@ -9,7 +9,9 @@ target_compile_features(build_options INTERFACE cxx_std_20)
 target_compile_options(build_options INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion
   # Assertions name their source from the top folder on: "../utilities/uri".
-  "-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=../")
+  "-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=../"
+  # A program takes out of the library what it uses, not whole sources.
+  -ffunction-sections -fdata-sections)
 if(HOPLAUNCH_WERROR)
   target_compile_options(build_options INTERFACE -Werror)
 endif()
@@ -31,6 +33,18 @@ endif()
 # The standard library's own checks of what it is asked for.
 target_compile_definitions(build_options INTERFACE
   $<$<CONFIG:Debug>:_GLIBCXX_ASSERTIONS>)
+
+# How a program is linked that is to start quickly: docs/performance.md has the figures.
+add_library(quick_start INTERFACE)
+if(HOPLAUNCH_STATIC)
+  target_link_options(quick_start INTERFACE -static LINKER:--gc-sections)
+elseif(NOT HOPLAUNCH_SANITIZE)  # whose libraries bring the C++ library along
+  target_link_options(quick_start INTERFACE
+    -static-libstdc++ -static-libgcc LINKER:--gc-sections
+    # Symbols of the C++ library are of no use to anybody else, and take relocations.
+    LINKER:--exclude-libs=libstdc++.a:libgcc.a:libgcc_eh.a
+    LINKER:-z,pack-relative-relocs)
+endif()
 
 if(HOPLAUNCH_SANITIZE)
   target_compile_options(build_options INTERFACE
