@@ -2,12 +2,12 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <cstring>
 #include <new>
 #include <string_view>
 
 #include "asserts.h"
-#include "conversion.h"
 
 namespace {
 
@@ -15,27 +15,95 @@ constexpr std::string_view hexDigits = "0123456789abcdefABCDEF";
 constexpr std::string_view radix64Digits =
     "=ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
-// The value of each ASCII character in radix 64, -1 outside the alphabet.
-constexpr std::array<signed char, 128> radix64lookup = [] {
-  std::array<signed char, 128> table{};
-  table.fill(-1);
-  for (std::size_t i = 1; i < radix64Digits.size(); i++) {
-    table[static_cast<unsigned char>(radix64Digits[i])] = static_cast<signed char>(i - 1);
+// The value of each byte as a digit of radix 64, already where it stands as the first to
+// fourth digit of a group; NO_DIGIT outside the alphabet.  So four look-ups decode a group.
+constexpr std::uint32_t NO_DIGIT = 1u << 24;
+constexpr std::array<std::array<std::uint32_t, 256>, 4> radix64Values = [] {
+  std::array<std::array<std::uint32_t, 256>, 4> tables{};
+  for (std::size_t place = 0; place < 4; place++) {
+    tables[place].fill(NO_DIGIT);
+    for (std::size_t i = 1; i < radix64Digits.size(); i++) {
+      tables[place][static_cast<unsigned char>(radix64Digits[i])] =
+          static_cast<std::uint32_t>(i - 1) << (18 - 6 * place);
+    }
+  }
+  return tables;
+}();
+
+constexpr std::uint32_t radix64Value(char c, std::size_t place) {
+  return radix64Values[place][static_cast<unsigned char>(c)];
+}
+
+constexpr bool isRadix64Digit(char c) {
+  return radix64Value(c, 0) != NO_DIGIT;
+}
+
+// The two digits of every 12 bits.
+constexpr std::array<std::array<char, 2>, 4096> radix64Pairs = [] {
+  std::array<std::array<char, 2>, 4096> table{};
+  for (std::size_t i = 0; i < table.size(); i++) {
+    table[i] = {radix64Digits[1 + (i >> 6)], radix64Digits[1 + (i & 63)]};
   }
   return table;
 }();
 
-constexpr int radix64Digit(char c) {
-  const auto byte = static_cast<unsigned char>(c);
-  return byte < radix64lookup.size() ? radix64lookup[byte] : -1;
+char* putPair(char* out, std::uint32_t bits) {
+  std::memcpy(out, radix64Pairs[bits & 4095].data(), 2);
+  return out + 2;
 }
 
-constexpr char radix64Char(unsigned int value) {
-  return radix64Digits[1 + (value & 63)];
+// The value of each byte as a hexadecimal digit, 255 for any other byte.
+constexpr std::array<unsigned char, 256> hexValues = [] {
+  std::array<unsigned char, 256> table{};
+  table.fill(255);
+  for (std::size_t i = 0; i < hexDigits.size(); i++) {
+    table[static_cast<unsigned char>(hexDigits[i])] =
+        static_cast<unsigned char>(i < 16 ? i : i - 6);
+  }
+  return table;
+}();
+
+constexpr unsigned int hexValue(char c) {
+  return hexValues[static_cast<unsigned char>(c)];
 }
 
-unsigned int hexValue(char c) {
-  return static_cast<unsigned int>(hexDigit(static_cast<signed char>(c)));
+// Without a table, so that a compiler can work on many at once.
+constexpr char hexChar(unsigned int value) {
+  return static_cast<char>(value + (value < 10 ? '0' : 'a' - 10));
+}
+
+// Decodes pairs of digits up to the first that is none, and returns its place.  The loops
+// over a block have neither branches nor tables, so that a compiler can turn them into
+// operations on many bytes at once.
+const char* decodePairs(const char* text, const char* end, unsigned char*& out) {
+  constexpr int BLOCK = 64;
+  for (; end - text >= BLOCK; text += BLOCK, out += BLOCK / 2) {
+    unsigned char digits[BLOCK];
+    unsigned char bad = 0;
+    for (int i = 0; i < BLOCK; i++) {
+      const auto c = static_cast<unsigned char>(text[i]);
+      const bool isDigit = static_cast<unsigned char>(c - '0') < 10;
+      const bool isLetter = static_cast<unsigned char>((c | 32) - 'a') < 6;
+      bad |= static_cast<unsigned char>(!(isDigit | isLetter));
+      digits[i] = static_cast<unsigned char>((c & 15) + (isLetter ? 9 : 0));
+    }
+    if (bad != 0) {
+      break;
+    }
+    unsigned char* const bytes = out;
+    for (int i = 0; i < BLOCK / 2; i++) {
+      bytes[i] = static_cast<unsigned char>(digits[2 * i] << 4 | digits[2 * i + 1]);
+    }
+  }
+  for (; end - text >= 2; text += 2) {
+    const unsigned int high = hexValue(text[0]);
+    const unsigned int low = hexValue(text[1]);
+    if ((high | low) > 15) {
+      break;
+    }
+    *out++ = static_cast<unsigned char>(high << 4 | low);
+  }
+  return text;
 }
 
 // The radix that a text is written in, 0 when it is neither.
@@ -44,11 +112,6 @@ unsigned int detectRadix(std::string_view text) {
     return 0;
   }
   return text.find_first_not_of(hexDigits) == std::string_view::npos ? 16 : 64;
-}
-
-void appendHex(std::string& out, unsigned char byte) {
-  out += hexDigits[byte >> 4];
-  out += hexDigits[byte & 15];
 }
 
 }  // namespace
@@ -109,52 +172,53 @@ bool ByteArray::set(const char* text, unsigned int radix) {
 }
 
 bool ByteArray::setHex(const char* text) {
-  const char* end = text;
-  while (hexDigit(static_cast<signed char>(*end)) >= 0) {
-    end++;
-  }
-  const auto n = static_cast<unsigned int>(end - text);
-  if (!reserve((n + 1) / 2)) {
+  const char* const end = hexValue(*text) < 16 ? text + std::strlen(text) : text;
+  if (!reserve(static_cast<unsigned int>(end - text + 1) / 2)) {
     return false;
   }
   unsigned char* out = content;
-  if (n % 2 != 0) {
-    *out++ = static_cast<unsigned char>(hexValue(*text++));
+  const char* rest = decodePairs(text, end, out);
+  if (hexValue(*rest) < 16) {  // an odd number of digits: the first is a byte of its own
+    out = content;
+    *out++ = static_cast<unsigned char>(hexValue(*text));
+    decodePairs(text + 1, end, out);
   }
-  for (; text < end; text += 2) {
-    *out++ = static_cast<unsigned char>(hexValue(text[0]) << 4 | hexValue(text[1]));
-  }
-  return true;
+  return reserve(static_cast<unsigned int>(out - content));
 }
 
 bool ByteArray::setRadix64(const char* text) {
-  const char* end = text;
-  while (radix64Digit(*end) >= 0) {
-    end++;
-  }
-  const auto n = static_cast<unsigned int>(end - text);
-  const auto padding = static_cast<unsigned int>(std::strspn(end, "="));
-  if (padding > 2 || (n + padding) % 4 != 0 || !reserve(n / 4 * 3 + n % 4 * 3 / 4)) {
+  const char* const end = isRadix64Digit(*text) ? text + std::strlen(text) : text;
+  const auto most = static_cast<unsigned int>(end - text);
+  if (!reserve(most / 4 * 3 + most % 4 * 3 / 4)) {
     return false;
   }
   unsigned char* out = content;
-  const auto value = [](char c) { return static_cast<unsigned int>(radix64Digit(c)); };
   for (; end - text >= 4; text += 4) {
-    const unsigned int bits =
-        value(text[0]) << 18 | value(text[1]) << 12 | value(text[2]) << 6 | value(text[3]);
+    const std::uint32_t bits = radix64Value(text[0], 0) | radix64Value(text[1], 1) |
+                               radix64Value(text[2], 2) | radix64Value(text[3], 3);
+    if (bits >= NO_DIGIT) {
+      break;
+    }
     *out++ = static_cast<unsigned char>(bits >> 16);
     *out++ = static_cast<unsigned char>(bits >> 8);
     *out++ = static_cast<unsigned char>(bits);
   }
-  if (padding > 0) {  // two characters remain, or three
-    const unsigned int bits =
-        value(text[0]) << 12 | value(text[1]) << 6 | (padding == 1 ? value(text[2]) : 0);
-    *out++ = static_cast<unsigned char>(bits >> 10);
-    if (padding == 1) {
-      *out++ = static_cast<unsigned char>(bits >> 2);
-    }
+  std::uint32_t bits = 0;
+  std::size_t digits = 0;  // of the last group, at most three
+  for (; isRadix64Digit(text[digits]); digits++) {
+    bits |= radix64Value(text[digits], digits);
   }
-  return true;
+  const std::size_t padding = std::strspn(text + digits, "=");
+  if (padding > 2 || (digits + padding) % 4 != 0) {
+    return false;
+  }
+  if (digits >= 2) {
+    *out++ = static_cast<unsigned char>(bits >> 16);
+  }
+  if (digits == 3) {
+    *out++ = static_cast<unsigned char>(bits >> 8);
+  }
+  return reserve(static_cast<unsigned int>(out - content));
 }
 
 std::string ByteArray::format(unsigned int radix) const {
@@ -169,38 +233,31 @@ std::string ByteArray::format(unsigned int radix) const {
 }
 
 std::string ByteArray::formatHex() const {
-  std::string result;
-  result.reserve(std::size_t{2} * length);
-  for (unsigned int i = 0; i < length; i++) {
-    appendHex(result, content[i]);
+  std::string result(std::size_t{2} * length, '\0');
+  char* const out = result.data();
+  const unsigned char* const bytes = content;
+  const std::size_t size = length;
+  for (std::size_t i = 0; i < size; i++) {
+    out[2 * i] = hexChar(bytes[i] >> 4);
+    out[2 * i + 1] = hexChar(bytes[i] & 15u);
   }
   return result;
 }
 
 std::string ByteArray::formatRadix64() const {
-  std::string result;
-  result.reserve((std::size_t{length} + 2) / 3 * 4);
-  unsigned int i = 0;
-  for (; length - i >= 3; i += 3) {
-    const unsigned int bits = static_cast<unsigned int>(content[i]) << 16 |
-                              static_cast<unsigned int>(content[i + 1]) << 8 | content[i + 2];
-    result += radix64Char(bits >> 18);
-    result += radix64Char(bits >> 12);
-    result += radix64Char(bits >> 6);
-    result += radix64Char(bits);
+  std::string result((std::size_t{length} + 2) / 3 * 4, '=');
+  char* out = result.data();
+  const unsigned char* p = content;
+  const unsigned char* const end = content + length;
+  for (; end - p >= 3; p += 3) {
+    out = putPair(out, static_cast<std::uint32_t>(p[0]) << 4 | p[1] >> 4);
+    out = putPair(out, static_cast<std::uint32_t>(p[1]) << 8 | p[2]);
   }
-  if (length - i == 1) {
-    const unsigned int bits = static_cast<unsigned int>(content[i]) << 4;
-    result += radix64Char(bits >> 6);
-    result += radix64Char(bits);
-    result += "==";
-  } else if (length - i == 2) {
-    const unsigned int bits = static_cast<unsigned int>(content[i]) << 10 |
-                              static_cast<unsigned int>(content[i + 1]) << 2;
-    result += radix64Char(bits >> 12);
-    result += radix64Char(bits >> 6);
-    result += radix64Char(bits);
-    result += '=';
+  if (end - p == 1) {
+    putPair(out, static_cast<std::uint32_t>(p[0]) << 4);
+  } else if (end - p == 2) {
+    out = putPair(out, static_cast<std::uint32_t>(p[0]) << 4 | p[1] >> 4);
+    *out = radix64Digits[1 + ((p[1] & 15u) << 2)];
   }
   return result;
 }
