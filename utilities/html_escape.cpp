@@ -47,23 +47,52 @@ constexpr byteSet cookieSpecial = [] {
 constexpr byteSet QMXspecial = with(asciiPunctuation, "\n");
 constexpr byteSet LDAPmarked = with({}, "\"+,;<>\\");
 
+// Writes "%" and at least `minimumDigits` upper-case digits.
+char* putEscape(char* out, char c, int minimumDigits) {
+  static constexpr char digits[] = "0123456789ABCDEF";
+  *out++ = '%';
+  if (minimumDigits > 1 || index(c) > 15) {
+    *out++ = digits[index(c) >> 4];
+  }
+  *out++ = digits[index(c) & 15];
+  return out;
+}
+
 // Escapes the bytes of `special` as "%" and at least `minimumDigits` digits.
 std::string percentEscape(std::string_view text, const byteSet& special, int minimumDigits) {
   std::string result;
-  result.reserve(text.size());
-  for (const char c : text) {
-    if (special[index(c)]) {
-      result += '%';
-      result += int2hex(static_cast<unsigned char>(c), minimumDigits);
-    } else {
-      result += c;
+  result.reserve(text.size() + text.size() / 2);
+  std::array<char, 768> piece;  // what a third as many bytes come to at most
+  while (!text.empty()) {
+    char* out = piece.data();
+    const std::string_view next = text.substr(0, piece.size() / 3);
+    for (const char c : next) {
+      if (special[index(c)]) {
+        out = putEscape(out, c, minimumDigits);
+      } else {
+        *out++ = c;
+      }
     }
+    result.append(piece.data(), out);
+    text.remove_prefix(next.size());
   }
   return result;
 }
 
+// The values of hexadecimal digits, -1 for any other byte.
+constexpr std::array<signed char, 256> hexValues = [] {
+  std::array<signed char, 256> table{};
+  table.fill(-1);
+  for (const std::string_view digits : {"0123456789ABCDEF", "0123456789abcdef"}) {
+    for (std::size_t i = 0; i < digits.size(); i++) {
+      table[index(digits[i])] = static_cast<signed char>(i);
+    }
+  }
+  return table;
+}();
+
 int hexAt(const char* p) {
-  return hexDigit(static_cast<signed char>(*p));
+  return hexValues[index(*p)];
 }
 
 char hexByte(int high, int low) {
@@ -93,12 +122,12 @@ std::string URIescape(const std::string& text) {
 }
 
 std::string URIunEscape(const char* text, unsigned int length) {
-  std::string result;
-  result.reserve(length);
+  std::string result(length, '\0');
+  char* out = result.data();
   const char* const end = text + length;
   for (const char* p = text; p < end; p++) {
     if (*p != '%') {
-      result += *p;
+      *out++ = *p;
       continue;
     }
     if (end - p == 1) {
@@ -106,7 +135,7 @@ std::string URIunEscape(const char* text, unsigned int length) {
     }
     const int high = hexAt(p + 1);
     if (high < 0) {
-      result += '%';
+      *out++ = '%';
       continue;
     }
     if (end - p == 2) {
@@ -114,12 +143,13 @@ std::string URIunEscape(const char* text, unsigned int length) {
     }
     const int low = hexAt(p + 2);
     if (low < 0) {
-      result += '%';
+      *out++ = '%';
       continue;
     }
-    result += hexByte(high, low);
+    *out++ = hexByte(high, low);
     p += 2;
   }
+  result.resize(static_cast<std::size_t>(out - result.data()));
   return result;
 }
 
