@@ -1,6 +1,7 @@
 #include "conversion.h"
 
 #include <algorithm>
+#include <bit>
 #include <cctype>
 #include <cstring>
 #include <ostream>
@@ -273,15 +274,44 @@ int putUTF8(unsigned long character, unsigned char* text) {
   return 4;
 }
 
+namespace {
+
+// The number of bytes before the first that is zero or not ASCII; looks at whole words
+// only, so it may find fewer.
+std::size_t plainBytes(const unsigned char* p, std::size_t size) {
+  constexpr std::uint64_t low = 0x0101010101010101;
+  constexpr std::uint64_t high = 0x8080808080808080;
+  std::size_t result = 0;
+  if constexpr (std::endian::native == std::endian::little) {
+    for (std::uint64_t word; size - result >= sizeof word; result += sizeof word) {
+      std::memcpy(&word, p + result, sizeof word);
+      // The lowest of these bits is exact; those above it need not be.
+      const std::uint64_t marks = (word | ((word - low) & ~word)) & high;
+      if (marks != 0) {
+        return result + static_cast<std::size_t>(std::countr_zero(marks)) / 8;
+      }
+    }
+  }
+  return result;
+}
+
+}  // namespace
+
 bool validUTF8(const char* text, int length, bool rejectNonPrintingASCII) {
   const bool terminated = length < 0;
+  const std::size_t size = terminated ? strnlen(text, 999999) : static_cast<std::size_t>(length);
   const auto* p = reinterpret_cast<const unsigned char*>(text);
-  for (auto remaining = static_cast<unsigned int>(terminated ? 999999 : length); remaining > 0;) {
+  for (const unsigned char* const end = p + size; p < end; p++) {
+    if (!rejectNonPrintingASCII) {
+      p += plainBytes(p, static_cast<std::size_t>(end - p));
+      if (p == end) {
+        break;
+      }
+    }
     if (*p == 0) {
       return terminated;
     }
-    const unsigned char* const start = p;
-    const std::int32_t character = getUTF8(p, remaining, true);
+    const std::int32_t character = getUTF8(p, static_cast<unsigned int>(end - p), true);
     if (character < 0) {
       return false;
     }
@@ -289,8 +319,6 @@ bool validUTF8(const char* text, int length, bool rejectNonPrintingASCII) {
     if (rejectNonPrintingASCII && (character < 32 || character == 126)) {
       return false;
     }
-    p++;
-    remaining -= static_cast<unsigned int>(p - start);
   }
   return true;
 }
