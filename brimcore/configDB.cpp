@@ -1,6 +1,6 @@
 #include "configDB.h"
 
-#include <type_traits>
+#include <typeinfo>
 
 #include "../utilities/startup.h"
 #include "asserts.h"
@@ -157,7 +157,12 @@ threadedConfigDB& threadedConfigDB::theInstance() {
 configDB& threadedConfigDB::local() {
   static auto& none = *new configDB(RT_NULL);
   ThreadedDataObject* const object = theInstance().data(true);
-  return object != nullptr ? dynamic_cast<configDB&>(*object) : none;
+  if (object == nullptr) {
+    return none;
+  }
+  // The dynamic cast is slow, and not needed for what is nearly always there.
+  return typeid(*object) == typeid(configDB) ? static_cast<configDB&>(*object)
+                                             : dynamic_cast<configDB&>(*object);
 }
 
 void threadedConfigDB::refresh() {

@@ -23,6 +23,7 @@
 #pragma once
 
 #include <cstdint>
+#include <typeinfo>
 
 #include "asserts.h"
 #include "pointers.h"
@@ -227,8 +228,8 @@ class Treference : public reference {
   bool null() const { return ptr() == nullptr; }
 
   /// The instance, null when there is none or it is no `T`; it stays held.
-  T* pointer() { return dynamic_cast<T*>(instance); }
-  const T* pointer() const { return dynamic_cast<const T*>(instance); }
+  T* pointer() { return cast(instance); }
+  const T* pointer() const { return cast(instance); }
   T* operator->() { return pointer(); }
   const T* operator->() const { return pointer(); }
   /// The instance.  REQUIRES: there is one and it is a `T`.
@@ -244,6 +245,11 @@ class Treference : public reference {
   }
 
  private:
+  // A dynamic cast, which is slow, but not for a T itself, which it nearly always is.
+  static T* cast(counted* p) {
+    return p != nullptr && typeid(*p) == typeid(T) ? static_cast<T*>(p) : dynamic_cast<T*>(p);
+  }
+
   static Treference& canonical() {
     static canonicalHolder holder;
     if (canonicalHolder::gone) {
