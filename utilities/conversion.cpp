@@ -49,17 +49,16 @@ int decimal2Int(const char*& text) {
   if (text == nullptr || !isDigit(*text)) {
     return -1;
   }
-  int result = 0;
+  std::int64_t result = 0;
   const char* p = text;
   for (; isDigit(*p); p++) {
-    const int digit = *p - '0';
-    if (result > 214748364 || (result == 214748364 && digit > 7)) {
+    result = 10 * result + (*p - '0');
+    if (result > INT32_MAX) {
       return -1;
     }
-    result = 10 * result + digit;
   }
   text = p;
-  return result;
+  return static_cast<int>(result);
 }
 
 int decimal2Int(const char* const& text) {
