@@ -210,6 +210,7 @@ bool ByteArray::setRadix64(const char* text) {
   }
   const std::size_t padding = std::strspn(text + digits, "=");
   if (padding > 2 || (digits + padding) % 4 != 0) {
+    length = 0;  // what was decoded so far is no one's
     return false;
   }
   if (digits >= 2) {
