@@ -65,6 +65,8 @@ const Strings hostile{
     "vnc:",
     "vnc://",
     "ssh://a,b+c,-log=pwned[::1]/",
+    "ssh://a/+b/",
+    "vnc://a/,-log=pwned[::1]/",
     "ssh://h/7,QUJD?program=xyz",
     "ssh://h/?PATH=.&LD_PRELOAD=pwned&HOME=/",
 };
@@ -341,9 +343,17 @@ TEST(AURI, CannotHaveAnotherSchemeThanTheOneBeforeItsColon) {
 
 TEST(AText, ThatBeginsWithADashLaunchesNothing) {
   const std::map<std::string, int> texts{
-      {"-program=xyz", 0}, {"-log=pwned", 0},       {"--", 255},
-      {"-", 255},          {"-vnc://h/", 255},      {"-refcount=1", 0},
-      {"-=vnc://h/", 0},   {"-x=-log=vnc://h/", 0}, {"-PROGRAMS=VNC=xyz", 0},
+      {"-program=xyz", 0},
+      {"-log=pwned", 0},
+      {"--", 255},
+      {"-", 255},
+      {"-vnc://h/", 255},
+      {"-refcount=1", 0},
+      {"-=vnc://h/", 0},
+      {"-a vnc://h/", 255},
+      {"-program=xyz vnc://h/", 0},
+      {"-x=-log=vnc://h/", 0},
+      {"-PROGRAMS=VNC=xyz", 0},
   };
   for (const auto& [text, status] : texts) {
     for (const Entry& entry : entries) {
