@@ -19,10 +19,11 @@ set(CPACK_DEBIAN_PROGRAM_PACKAGE_NAME hoplaunch)
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_SECTION net)
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_SHLIBDEPS ON)
 # Without desktop-file-utils most desktops do not see that vnc: and ssh: links have a
-# handler; the command itself does not need it.
+# handler; the command itself does not need it.  The handlers start these viewers and no
+# others, as options differ.
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_RECOMMENDS
-  "desktop-file-utils, putty, tigervnc-viewer | vnc-viewer")
-set(CPACK_DEBIAN_PROGRAM_PACKAGE_SUGGESTS "bash-completion, xdg-utils, xterm")
+  "desktop-file-utils, putty, tigervnc-viewer")
+set(CPACK_DEBIAN_PROGRAM_PACKAGE_SUGGESTS "bash-completion, openssh-client, xdg-utils, xterm | x-terminal-emulator")
 set(CPACK_COMPONENT_PROGRAM_DESCRIPTION
 "launcher for remote-access URIs such as vnc: and ssh: links
 hoplaunch is given one URI, such as vnc://host:5900/?shared=1, looks up the

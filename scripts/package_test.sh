@@ -118,7 +118,10 @@ exec_line() {
   local words word line=()
   read -ra words < <(sed -n 's/^Exec=//p' "$debian/usr/share/applications/hoplaunch-$1.desktop")
   for word in "${words[@]}"; do
-    line+=("${word/#%u/$2}")
+    if [[ $word == %u ]]; then
+      word=$2
+    fi
+    line+=("$word")
   done
   rm -f "$debian/tmp/started" "$debian/tmp/log"
   inside "${line[@]}"
