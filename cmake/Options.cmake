@@ -56,3 +56,8 @@ if(HOPLAUNCH_COVERAGE)
   target_compile_options(build_options INTERFACE --coverage -fprofile-update=atomic)
   target_link_options(build_options INTERFACE --coverage)
 endif()
+
+# The fuzzers themselves are linked with libFuzzer.
+if(HOPLAUNCH_FUZZ)
+  target_compile_options(build_options INTERFACE -fsanitize=fuzzer-no-link)
+endif()
