@@ -18,7 +18,7 @@ constexpr std::string_view radix64Digits =
 // The value of each byte as a digit of radix 64, already where it stands as the first to
 // fourth digit of a group; NO_DIGIT outside the alphabet.  So four look-ups decode a group.
 constexpr std::uint32_t NO_DIGIT = 1u << 24;
-constexpr std::array<std::array<std::uint32_t, 256>, 4> radix64Values = [] {
+constexpr std::array<std::array<std::uint32_t, 256>, 4> radix64Values = []() {
   std::array<std::array<std::uint32_t, 256>, 4> tables{};
   for (std::size_t place = 0; place < 4; place++) {
     tables[place].fill(NO_DIGIT);
@@ -39,7 +39,7 @@ constexpr bool isRadix64Digit(char c) {
 }
 
 // The two digits of every 12 bits.
-constexpr std::array<std::array<char, 2>, 4096> radix64Pairs = [] {
+constexpr std::array<std::array<char, 2>, 4096> radix64Pairs = []() {
   std::array<std::array<char, 2>, 4096> table{};
   for (std::size_t i = 0; i < table.size(); i++) {
     table[i] = {radix64Digits[1 + (i >> 6)], radix64Digits[1 + (i & 63)]};
@@ -53,7 +53,7 @@ char* putPair(char* out, std::uint32_t bits) {
 }
 
 // The value of each byte as a hexadecimal digit, 255 for any other byte.
-constexpr std::array<unsigned char, 256> hexValues = [] {
+constexpr std::array<unsigned char, 256> hexValues = []() {
   std::array<unsigned char, 256> table{};
   table.fill(255);
   for (std::size_t i = 0; i < hexDigits.size(); i++) {

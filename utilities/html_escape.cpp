@@ -37,7 +37,7 @@ constexpr byteSet asciiPunctuation =
     withRange(withRange(withRange(withRange({}, 33, 47), 58, 64), 91, 96), 123, 126);
 
 constexpr byteSet URIspecial = with(signedControls, " \"#$%&'+,/:;<=>?@[\\]^{|}");
-constexpr byteSet cookieSpecial = [] {
+constexpr byteSet cookieSpecial = []() {
   byteSet set = with(asciiPunctuation, " ");
   for (std::size_t c = 0; c < set.size(); c++) {
     set[c] = set[c] || asciiControls[c];
