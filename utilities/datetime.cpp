@@ -91,6 +91,55 @@ std::uint32_t dayNumber(const gregorianDate& date) {
   return static_cast<std::uint32_t>(days);
 }
 
+// Writes what "%" and `field` stand for.
+void putField(std::string& out, char field, const gregorianDate& date) {
+  switch (field) {
+    case 'Y':
+      putInt(out, date.year, 4);
+      break;
+    case 'y':
+      putInt(out, date.year, 2);
+      break;
+    case 'm':
+      putInt(out, date.month, 2);
+      break;
+    case 'd':
+      putInt(out, date.day, 2);
+      break;
+    case 'e':
+      putDay(out, date.day);
+      break;
+    case 'H':
+      putInt(out, date.hour, 2);
+      break;
+    case 'M':
+      putInt(out, date.minute, 2);
+      break;
+    case 'S':
+      putInt(out, date.second, 2);
+      break;
+    case 'N':
+      putInt(out, date.second, 2);
+      out += '.';
+      putFraction(out, date.mseconds);
+      break;
+    case 'f':
+      out += dayNames[dayNumber(date) % 7];
+      break;
+    case 'i':
+      out += date.month >= 1 && date.month <= 12
+                 ? monthNames[static_cast<std::size_t>(date.month - 1)]
+                 : "???";
+      break;
+    case '%':
+      out += '%';
+      break;
+    default:
+      out += '%';
+      out += field;
+  }
+}
+
 }  // namespace
 
 // --- gregorianDate ---------------------------------------------------------
@@ -147,55 +196,10 @@ std::string gregorianDate::format(const std::string& pattern) const {
   for (std::size_t i = 0; i < pattern.size(); i++) {
     if (pattern[i] != '%') {
       result += pattern[i];
-      continue;
-    }
-    if (++i == pattern.size()) {
+    } else if (++i < pattern.size()) {
+      putField(result, pattern[i], *this);
+    } else {
       result += '%';
-      break;
-    }
-    switch (pattern[i]) {
-      case 'Y':
-        putInt(result, year, 4);
-        break;
-      case 'y':
-        putInt(result, year, 2);
-        break;
-      case 'm':
-        putInt(result, month, 2);
-        break;
-      case 'd':
-        putInt(result, day, 2);
-        break;
-      case 'e':
-        putDay(result, day);
-        break;
-      case 'H':
-        putInt(result, hour, 2);
-        break;
-      case 'M':
-        putInt(result, minute, 2);
-        break;
-      case 'S':
-        putInt(result, second, 2);
-        break;
-      case 'N':
-        putInt(result, second, 2);
-        result += '.';
-        putFraction(result, mseconds);
-        break;
-      case 'f':
-        result += dayNames[dayNumber(*this) % 7];
-        break;
-      case 'i':
-        result +=
-            month >= 1 && month <= 12 ? monthNames[static_cast<std::size_t>(month - 1)] : "???";
-        break;
-      case '%':
-        result += '%';
-        break;
-      default:
-        result += '%';
-        result += pattern[i];
     }
   }
   return result;
