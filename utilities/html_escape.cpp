@@ -80,7 +80,7 @@ std::string percentEscape(std::string_view text, const byteSet& special, int min
 }
 
 // The values of hexadecimal digits, -1 for any other byte.
-constexpr std::array<signed char, 256> hexValues = [] {
+constexpr std::array<signed char, 256> hexValues = []() {
   std::array<signed char, 256> table{};
   table.fill(-1);
   for (const std::string_view digits : {"0123456789ABCDEF", "0123456789abcdef"}) {
