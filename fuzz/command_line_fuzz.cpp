@@ -17,8 +17,8 @@
 //   JSON that holds the URI, the program and the arguments to the byte.
 
 #include <algorithm>
-#include <iostream>
-#include <sstream>
+#include <cstdio>
+#include <cstdlib>
 #include <vector>
 
 #include "commandline.h"
@@ -66,18 +66,27 @@ class configuration {
   std::vector<std::pair<std::string, std::vector<std::string>>> m_items;
 };
 
-// What is written to standard error while it lives.
+// What is written to standard error while it lives.  (The C library lets programs
+// exchange the stream.)
 class messages {
  public:
-  messages() : m_former(std::cerr.rdbuf(m_text.rdbuf())) {}
+  messages() : m_former(stderr) { stderr = open_memstream(&m_text, &m_size); }
   messages(const messages&) = delete;
   messages& operator=(const messages&) = delete;
-  ~messages() { std::cerr.rdbuf(m_former); }
-  std::string text() const { return m_text.str(); }
+  ~messages() {
+    std::fclose(stderr);
+    stderr = m_former;
+    std::free(m_text);
+  }
+  std::string text() const {
+    std::fflush(stderr);
+    return {m_text, m_size};
+  }
 
  private:
-  std::ostringstream m_text;
-  std::streambuf* m_former;
+  std::FILE* m_former;
+  char* m_text = nullptr;
+  std::size_t m_size = 0;
 };
 
 struct commandLine {
