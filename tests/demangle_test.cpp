@@ -150,6 +150,9 @@ TEST(demangle, ReadsArguments) {
       {"3fooSs", "foo(std::string)"},
       {"3fooRKSsi", "foo(const std::string&, int)"},
       {"3fooPSsSs", "foo(std::string*, std::string)"},
+      {"3fooSt9exceptioni", "foo(std::exception, int)"},
+      // More than 2 to the power of 64: all there is.
+      {"3foo18446744073709551617Bar", "foo(Bar)"},
   };
   for (const auto& c : cases) EXPECT_EQ(read(c.mangled), c.expected) << c.mangled;
 }

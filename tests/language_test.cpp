@@ -9,6 +9,7 @@
 #include <type_traits>
 #include <vector>
 
+#include "../brimcore/language_tables.h"
 #include "DistName.h"
 #include "child_output.h"
 #include "configDB.h"
@@ -152,7 +153,9 @@ TEST(language, TakesTheConfiguredOneForItsDefault) {
   configure("Klingon");
   EXPECT_EQ(&language::Default(), &danish);
   configure("");
+  eventProbe probe(5);
   EXPECT_EQ(&language::Default(), &danish);
+  EXPECT_TRUE(probe.seen.empty()) << probe.seen[0].written;
 }
 
 TEST(language, CannotBeLoaded) {
@@ -313,6 +316,18 @@ TEST(languageVector, CountsItsTextsApartFromItsKeywords) {
   EXPECT_EQ(any.phrase("nothing", 0), "<string index too large>");
 }
 
+// What reads vectors from elsewhere goes by the keywords.
+TEST(languageVector, IsKeptWithItsKeywords) {
+  const languageVector fruit("Fruit", fruitKeywords, fruitTexts);
+  const vectorDetails& details = defaultVectors()["Fruit"].back();
+  ASSERT_EQ(details.Nkeywords, 3);
+  ASSERT_EQ(details.keywords.size(), 4u);
+  EXPECT_EQ(details.keywords[0], fruitKeywords[0]);
+  EXPECT_EQ(details.keywords[2], fruitKeywords[2]);
+  EXPECT_EQ(details.keywords[3], nullptr);
+  EXPECT_EQ(details.Ndefaults, 3);
+}
+
 TEST(languageVector, ReplacesOneOfItsName) {
   const char* const texts[] = {"eine Frucht", nullptr};
   const languageVector first("Fruit", fruitKeywords, fruitTexts);
@@ -414,6 +429,18 @@ TEST(languageString, StandsInTheOrderOfTheKeywords) {
   for (languageString* one : {&a, &b, &c, &d, &first, &second})
     EXPECT_EQ((*one)(any), one->defaultValue());
   EXPECT_EQ(any.phrase("GREEK", 0), "<string vector not found>");
+}
+
+TEST(languageString, IsKeptWithItsKeyword) {
+  static languageString b("Beta", "B", "Greek"), a("alpha", "A", "Greek");
+  languageString::finalise();
+  const vectorDetails& details = defaultVectors()["Greek"].back();
+  ASSERT_EQ(details.Nkeywords, 2);
+  ASSERT_EQ(details.keywords.size(), 3u);
+  EXPECT_STREQ(details.keywords[0], "alpha");
+  EXPECT_STREQ(details.keywords[1], "Beta");
+  EXPECT_EQ(details.keywords[2], nullptr);
+  EXPECT_EQ(details.Ndefaults, 2);
 }
 
 TEST(languageString, StandsUnderTheVectorNameOfTheFirstOfItsRun) {
