@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
 """Prints the tables of what was measured, and draws the plots.
 
-    report.py RESULTS IMAGES
+    report.py RESULTS IMAGES [DOCUMENT]
 
 reads what bench/run left in the folder RESULTS, adds results.json there, and writes the
-plots to the folder IMAGES.
+plots to the folder IMAGES.  In the DOCUMENT, the tables take the place of what stands
+between the lines "<!-- NAME -->" and "<!-- end of NAME -->".
 """
 
 import collections
@@ -38,15 +39,16 @@ def ratios(runs, others):
 
 
 def table(head, rows):
-    """Prints rows in columns, the first aligned left and the others right."""
+    """Rows in columns, the first aligned left and the others right."""
     rows = [head] + rows
     widths = [max(len(row[i]) for row in rows) for i in range(len(head))]
-    for number, row in enumerate(rows):
+    lines = []
+    for row in rows:
         cells = [row[0].ljust(widths[0])] + [c.rjust(w) for c, w in zip(row[1:], widths[1:])]
-        print("| " + " | ".join(cells) + " |")
-        if number == 0:
-            print("|" + "|".join("-" * (width + 2) for width in widths) + "|")
-    print()
+        lines.append("| " + " | ".join(cells) + " |\n")
+    rule = ["-" * (widths[0] + 2)] + ["-" * (width + 1) + ":" for width in widths[1:]]
+    lines.insert(1, "|" + "|".join(rule) + "|\n")
+    return "".join(lines)
 
 
 def spread(values, digits=2):
@@ -115,7 +117,7 @@ def compared(times):
 # --- Tables ------------------------------------------------------------------
 
 
-def print_launches(launches):
+def launch_table(launches):
     rows = []
     for name, launch in launches.items():
         instructions = launch["instructions"]
@@ -129,11 +131,11 @@ def print_launches(launches):
             str(launch["system calls"]),
             f"{launch['peak KiB']:.0f}",
         ])
-    table(["launch", "ms", "against dynamic", "against static", "instructions", "page faults",
-           "system calls", "peak KiB"], rows)
+    return table(["launch", "ms", "against dynamic", "against static", "instructions",
+                  "page faults", "system calls", "peak KiB"], rows)
 
 
-def print_library(library):
+def library_table(library):
     rows = []
     for (task, size), times in library.items():
         best, against = compared(times)
@@ -143,7 +145,7 @@ def print_library(library):
             task, f"{size}", time_text(own), best or "",
             time_text(other) if best else "", spread(against) if best else "",
         ])
-    table(["task", "size", OWN, "best of the others", "its time", "ratio"], rows)
+    return table(["task", "size", OWN, "best of the others", "its time", "ratio"], rows)
 
 
 def targets(launches, library):
@@ -164,10 +166,10 @@ def targets(launches, library):
             yield name.split(", 1")[0] + ", against semop", 1.1, ratios(times[OWN], times[SEMOP])[1]
 
 
-def print_targets(launches, library):
+def target_table(launches, library):
     rows = [[name, f"{most:.3g}", f"{value:.3g}", "yes" if value <= most else "no"]
             for name, most, value in targets(launches, library)]
-    table(["target", "at most", "measured", "met"], rows)
+    return table(["target", "at most", "measured", "met"], rows)
 
 
 # --- Plots -------------------------------------------------------------------
@@ -255,13 +257,27 @@ def draw(launches, library, images):
                   ("configuration, publish an edit", "std::map, copied", "copying a map of strings")])
 
 
+def replace_tables(document, tables):
+    text = document.read_text(encoding="utf-8")
+    for name, rows in tables.items():
+        begin, end = f"<!-- {name} -->\n", f"<!-- end of {name} -->\n"
+        head, rest = text.split(begin)
+        text = head + begin + rows + end + rest.split(end)[1]
+    document.write_text(text, encoding="utf-8")
+
+
 def main():
-    results, images = (pathlib.Path(argument) for argument in sys.argv[1:])
+    results, images, *documents = (pathlib.Path(argument) for argument in sys.argv[1:])
     launches = read_launches(results)
     library = read_library(results)
-    print_launches(launches)
-    print_library(library)
-    print_targets(launches, library)
+    tables = {
+        "launches": launch_table(launches),
+        "library": library_table(library),
+        "targets": target_table(launches, library),
+    }
+    print("\n".join(tables.values()))
+    for document in documents:
+        replace_tables(document, tables)
     kept = {
         "launches": launches,
         "targets": [dict(zip(("target", "at most", "measured"), target))
