@@ -52,14 +52,16 @@ class launchLog {
   launchLog(const launchLog&) = delete;
   launchLog& operator=(const launchLog&) = delete;
   ~launchLog() {
-    if (m_descriptor >= 0) {
+    if (isOpen()) {
       close(m_descriptor);
     }
   }
 
+  bool isOpen() const { return m_descriptor >= 0; }
+
   // Writes a line of the given pieces.
   void line(std::initializer_list<std::string_view> pieces) const {
-    if (m_descriptor < 0) {
+    if (!isOpen()) {
       return;
     }
     std::string text;
@@ -111,7 +113,7 @@ int processAug(const std::vector<std::string>& args, const assocList& params) {
     return -1;
   }
   log.line({"executable: ", plan.program});
-  for (char** argument = plan.arguments; *argument != nullptr; argument++) {
+  for (char** argument = plan.arguments; log.isOpen() && *argument != nullptr; argument++) {
     log.line({"\t", quote(*argument)});
   }
   const int error = become(plan.program.c_str(), plan.arguments);
