@@ -9,6 +9,7 @@
 #include <hoplaunch/assoclist.h>
 #include <hoplaunch/configRef.h>
 #include <hoplaunch/processes.h>
+#include <hoplaunch/threading.h>
 #include <hoplaunch/trace.h>
 
 #include <cstring>
@@ -83,6 +84,7 @@ int main(int count, char** args) {
     std::cerr << "Usage: greet [-KEY=VALUE | -KEY VALUE]... NAME...\n";
     return 2;
   }
+  semaphoreSet(false);          // sections that are drawn first outlive the thread data
   ThreadData::instance(false);  // nothing is published before there is thread data
   GREETING.value(true);         // the first read publishes the defaults as version 0
   if (!apply(line.options)) {

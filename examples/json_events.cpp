@@ -4,6 +4,7 @@
 #include <hoplaunch/conversion.h>
 #include <hoplaunch/datetime.h>
 #include <hoplaunch/events.h>
+#include <hoplaunch/threading.h>
 
 #include <iostream>
 #include <string>

@@ -5,6 +5,7 @@
 
 #include <hoplaunch/configRef.h>
 #include <hoplaunch/events.h>
+#include <hoplaunch/threading.h>
 
 #include <cstddef>
 #include <iostream>

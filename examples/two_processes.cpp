@@ -7,6 +7,7 @@
 
 #include <hoplaunch/configRef.h>
 #include <hoplaunch/processes.h>
+#include <hoplaunch/threading.h>
 #include <unistd.h>
 
 #include <iostream>
