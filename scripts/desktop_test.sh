@@ -418,6 +418,7 @@ purges() {
 }
 
 try './package' ./package
+try 'life of the packages in a fresh Debian' scripts/package_test.sh
 try 'install' installs
 try 'the schemes are registered' registers_schemes
 # Remmina takes the schemes, too, so the user says who is to have them.
