@@ -41,7 +41,7 @@ class claimingHandler : public eventHandler {
 
 void claimReports() {
   ThreadData::instance(false);
-  [[maybe_unused]] static const auto& handler = *new claimingHandler;
+  static const claimingHandler handler;
 }
 
 }  // namespace
