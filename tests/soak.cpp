@@ -91,7 +91,9 @@ std::vector<int> semaphoreSets() {
 class Soak {
  public:
   Soak(std::string launcher, std::string viewer, int launches)
-      : m_launcher(std::move(launcher)), m_viewer(std::move(viewer)), m_arrived(launches, 0) {
+      : m_launcher(std::move(launcher)),
+        m_viewer(std::move(viewer)),
+        m_arrived(static_cast<std::size_t>(launches), 0) {
     if (mkdtemp(m_folder.data()) == nullptr || pipe2(m_pipe.data(), O_CLOEXEC) != 0) {
       std::perror("soak");
       std::exit(1);
