@@ -28,7 +28,8 @@ install(TARGETS ${libraries} EXPORT hoplaunch
   LIBRARY COMPONENT library NAMELINK_COMPONENT development
   ARCHIVE COMPONENT development
   INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
-install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/hoplaunch
+file(GLOB headers CONFIGURE_DEPENDS include/*.h)
+install(FILES ${headers} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/hoplaunch
   COMPONENT development)
 
 # find_package(hoplaunch CONFIG): the targets hoplaunch::hoplaunch and hoplaunch::static.
@@ -36,6 +37,9 @@ set(config ${CMAKE_INSTALL_LIBDIR}/cmake/hoplaunch)
 install(EXPORT hoplaunch NAMESPACE hoplaunch:: FILE hoplaunchConfig.cmake
   DESTINATION ${config} COMPONENT development)
 write_basic_package_version_file(hoplaunchConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+# The pkg-config file names the prefix from where it stands itself.
+file(RELATIVE_PATH up /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+string(REGEX REPLACE "/$" "" up "${up}")
 configure_file(cmake/hoplaunch.pc.in hoplaunch.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/hoplaunchConfigVersion.cmake
   DESTINATION ${config} COMPONENT development)

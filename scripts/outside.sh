@@ -63,7 +63,7 @@ compile() {
 # package_config OPTION...
 package_config() {
   PKG_CONFIG_PATH=$(dirname "$(file hoplaunch.pc)") \
-    pkg-config "--define-variable=prefix=$prefix" "$@" hoplaunch
+    pkg-config "$@" hoplaunch
 }
 
 # names NM-OPTION FILE: the first part of every name that the file defines, without what
