@@ -209,7 +209,7 @@ def copy_to(tree):
                  capture_output=True, text=True).stdout
     for name in listed.split("\0"):
         source, copy = TOP / name, tree / name
-        if not name or not source.is_file() or name.startswith("docs/"):
+        if not name or not source.is_file():
             continue
         content = source.read_bytes()
         if not copy.exists() or copy.read_bytes() != content:
@@ -221,7 +221,7 @@ def copy_to(tree):
 def build(folder, tree, flags, *more):
     copy_to(tree)
     run("cmake", "-S", tree, "-B", folder, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Debug",
-        "-DCMAKE_EXPORT_COMPILE_COMMANDS=ON", "-DCMAKE_EXE_LINKER_FLAGS=-fuse-ld=mold",
+        "-DCMAKE_EXPORT_COMPILE_COMMANDS=ON", "-DHOPLAUNCH_SHARED=OFF",
         f"-DCMAKE_CXX_FLAGS_DEBUG={flags}", *more, stdout=subprocess.DEVNULL)
     run("ninja", "-C", folder, stdout=subprocess.DEVNULL)
 
@@ -306,13 +306,13 @@ def measure(test):
 
 
 def measure_all():
-    """What each test reaches, kept for as long as neither it nor the launcher changes."""
+    """What each test reaches, kept for as long as neither it nor a program changes."""
     kept = WORK / "tests.json"
     known = json.loads(kept.read_text()) if kept.exists() else {}
     result = {}
     for test in tests():
         stamp = max((COVERAGE / name).stat().st_mtime
-                    for name in (f"tests/{test}", "hoplaunch", "demo_viewer"))
+                    for name in (f"tests/{test}", "hoplaunch", "hopexplain", "demo_viewer"))
         result[test] = known.get(test)
         if result[test] is None or result[test]["stamp"] != stamp:
             print(f"measuring {test}", file=sys.stderr, flush=True)

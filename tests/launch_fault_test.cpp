@@ -57,7 +57,7 @@ int __wrap_open(const char* path, int flags, ...) {
   va_start(more, flags);
   const int mode = va_arg(more, int);
   va_end(more);
-  if (!plan.active) {
+  if (!plan.active || std::string(path) != "name") {
     return __real_open(path, flags, mode);
   }
   plan.calls += "open ";
@@ -70,7 +70,7 @@ int __wrap_fcntl(int descriptor, int command, ...) {
   va_start(more, command);
   const int least = va_arg(more, int);
   va_end(more);
-  if (!plan.active || command != F_DUPFD_CLOEXEC) {
+  if (!plan.active || descriptor != plan.opened || command != F_DUPFD_CLOEXEC) {
     return __real_fcntl(descriptor, command, least);
   }
   plan.calls += "move " + std::to_string(descriptor) + " from " + std::to_string(least) + " on ";
@@ -79,7 +79,7 @@ int __wrap_fcntl(int descriptor, int command, ...) {
 }
 
 int __wrap_close(int descriptor) {
-  if (!plan.active) {
+  if (!plan.active || (descriptor != LOG && descriptor != plan.opened)) {
     return __real_close(descriptor);
   }
   plan.calls += descriptor == LOG ? "close " : "close " + std::to_string(descriptor) + " ";
