@@ -155,9 +155,9 @@ threadedConfigDB& threadedConfigDB::theInstance() {
 }
 
 configDB& threadedConfigDB::local() {
-  static auto& none = *new configDB(RT_NULL);
   ThreadedDataObject* const object = theInstance().data(true);
   if (object == nullptr) {
+    static auto& none = *new configDB(RT_NULL);
     return none;
   }
   // The dynamic cast is slow, and not needed for what is nearly always there.

@@ -71,6 +71,7 @@ install(FILES completions/_hoplaunch
   DESTINATION ${share}/zsh/vendor-completions COMPONENT program)
 install(FILES README.md SECURITY.md docs/viewers.md
   DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT program)
-install(DIRECTORY docs/images DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT program)
+install(DIRECTORY docs/images DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT program
+  FILES_MATCHING PATTERN "*.png")
 install(PROGRAMS desktop/ssh-in-terminal desktop/vnc-address-only desktop/vnc-in-remmina
   DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples COMPONENT program)

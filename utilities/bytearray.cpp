@@ -80,7 +80,7 @@ const char* decodePairs(const char* text, const char* end, unsigned char*& out) 
   for (; end - text >= BLOCK; text += BLOCK, out += BLOCK / 2) {
     unsigned char digits[BLOCK];
     unsigned char bad = 0;
-    for (int i = 0; i < BLOCK; i++) {
+    for (std::size_t i = 0; i < BLOCK; i++) {
       const auto c = static_cast<unsigned char>(text[i]);
       const bool isDigit = static_cast<unsigned char>(c - '0') < 10;
       const bool isLetter = static_cast<unsigned char>((c | 32) - 'a') < 6;
@@ -91,7 +91,7 @@ const char* decodePairs(const char* text, const char* end, unsigned char*& out) 
       break;
     }
     unsigned char* const bytes = out;
-    for (int i = 0; i < BLOCK / 2; i++) {
+    for (std::size_t i = 0; i < BLOCK / 2; i++) {
       bytes[i] = static_cast<unsigned char>(digits[2 * i] << 4 | digits[2 * i + 1]);
     }
   }
