@@ -246,7 +246,7 @@ def passes(test, cases, seconds):
     for case in cases:
         with subprocess.Popen([*CONTAINED, test, f"--gtest_filter={case}"], env=environment,
                               stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
-                              stderr=subprocess.DEVNULL,
+                              stderr=subprocess.DEVNULL, start_new_session=True,
                               preexec_fn=lambda: limits(int(2 + 10 * seconds))) as process:
             try:
                 if process.wait(timeout=10 + 10 * seconds) != 0:

@@ -88,6 +88,28 @@ TEST(ByteArraySetRadix16, EndsTheRunAtEveryOtherCharacter) {
   }
 }
 
+// Long runs are decoded by the block.
+TEST(ByteArraySetRadix16, EndsALongRunAtAnyPlace) {
+  std::string digits;
+  for (int i = 0; i < 100; i++) {
+    digits += "5a";
+  }
+  for (const char other : {'g', '/', ':', '@', '`', '\xb0', '\xe1'}) {
+    for (std::size_t place = 0; place < digits.size(); place++) {
+      SCOPED_TRACE(testing::Message() << "character " << int{other} << " at " << place);
+      std::string text = digits;
+      text[place] = other;
+      ByteArray array;
+      ASSERT_TRUE(array.set(text.c_str(), 16));
+      // The first of an odd number of digits is a byte of its own.
+      const std::string expected =
+          place % 2 == 0 ? std::string(place / 2, '\x5a') : '\x05' + std::string(place / 2, '\xa5');
+      ASSERT_EQ(std::string(reinterpret_cast<const char*>(array.data()), array.size()), expected);
+    }
+  }
+  EXPECT_EQ(ByteArray(digits.c_str(), 16), ByteArray(100, std::string(100, '\x5a').c_str()));
+}
+
 TEST(ByteArraySetRadix64, DecodesARunAndItsPadding) {
   const decodeCase cases[] = {
       {"", 64, true, ""},

@@ -332,6 +332,27 @@ TEST(ValidUTF8, JudgesATextOfAGivenLength) {
   }
 }
 
+// Plain text is looked at by the word.
+TEST(ValidUTF8, FindsABadByteAtAnyPlaceOfALongText) {
+  for (std::size_t size = 1; size <= 40; size++) {
+    const std::string plain(size, 'a');
+    EXPECT_TRUE(validUTF8(Exact(plain).text(), static_cast<int>(size), false)) << size;
+    EXPECT_TRUE(validUTF8(Exact(plain + '\0').text(), -1, false)) << size;
+    for (std::size_t place = 0; place < size; place++) {
+      SCOPED_TRACE(testing::Message() << place << " of " << size);
+      for (const char bad : {'\x80', '\xff', '\0'}) {
+        std::string text = plain;
+        text[place] = bad;
+        EXPECT_FALSE(validUTF8(Exact(text).text(), static_cast<int>(size), false)) << int{bad};
+      }
+      std::string text = plain;
+      text[place] = '\x7f';
+      EXPECT_TRUE(validUTF8(Exact(text).text(), static_cast<int>(size), false));
+      EXPECT_TRUE(validUTF8(Exact(text).text(), static_cast<int>(size), true));
+    }
+  }
+}
+
 TEST(ValidUTF8, EndsAtTheTerminatingZeroWithoutALength) {
   EXPECT_TRUE(validUTF8("a\0\xff", -1, false));
   EXPECT_TRUE(validUTF8("a\0\xff", -1, true));
