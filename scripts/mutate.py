@@ -236,7 +236,7 @@ def limits(seconds):
     """For a child: what a mutant that runs away may use."""
     resource.setrlimit(resource.RLIMIT_CPU, (seconds, seconds))
     resource.setrlimit(resource.RLIMIT_AS, (2 << 30, 2 << 30))
-    resource.setrlimit(resource.RLIMIT_FSIZE, (1 << 28, 1 << 28))
+    resource.setrlimit(resource.RLIMIT_FSIZE, (1 << 32, 1 << 32))
     resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
 
 
