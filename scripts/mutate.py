@@ -13,6 +13,7 @@ import os
 import random
 import re
 import resource
+import signal
 import subprocess
 import sys
 import time
@@ -234,6 +235,8 @@ def tests():
 
 def limits(seconds):
     """For a child: what a mutant that runs away may use."""
+    for number in (signal.SIGINT, signal.SIGQUIT):  # ignored in a job in the background
+        signal.signal(number, signal.SIG_DFL)
     resource.setrlimit(resource.RLIMIT_CPU, (seconds, seconds))
     resource.setrlimit(resource.RLIMIT_AS, (2 << 30, 2 << 30))
     resource.setrlimit(resource.RLIMIT_FSIZE, (1 << 32, 1 << 32))
