@@ -11,6 +11,8 @@
 // Expressions come from programs, not from strangers, and the C library takes as much
 // memory and time as one asks for with repeated repetitions: each "+" may double both.
 // So expressions and texts are short here, with few of them, and counts have one digit.
+// There are no references back to a group, which POSIX does not give these expressions:
+// the C library has them, and its time and memory for them have no bound.
 
 #include <algorithm>
 
@@ -22,13 +24,12 @@ namespace {
 bool cheap(const std::string& expression) {
   const auto braces = std::count(expression.begin(), expression.end(), '{');
   const auto pluses = std::count(expression.begin(), expression.end(), '+');
-  bool previous = false;
+  char previous = '\0';
   for (const char c : expression) {
-    const bool digit = only({&c, 1}, DIGITS);
-    if (digit && previous) {
+    if (only({&c, 1}, DIGITS) && (previous == '\\' || only({&previous, 1}, DIGITS))) {
       return false;
     }
-    previous = digit;
+    previous = c;
   }
   return expression.size() <= 24 && braces <= 1 && pluses <= 4;
 }
