@@ -27,23 +27,37 @@ if(HOPLAUNCH_HARDENING AND CMAKE_BUILD_TYPE STREQUAL "Release" AND NOT HOPLAUNCH
     $<$<NOT:$<STREQUAL:${type},SHARED_LIBRARY>>:-fPIE>)
   target_link_options(build_options INTERFACE
     LINKER:-z,relro LINKER:-z,now LINKER:-z,noexecstack
-    $<$<STREQUAL:${type},EXECUTABLE>:-pie>)
+    $<$<AND:$<STREQUAL:${type},EXECUTABLE>,$<NOT:$<BOOL:$<TARGET_PROPERTY:STATIC_PIE>>>>:-pie>)
 endif()
 
 # The standard library's own checks of what it is asked for.
 target_compile_definitions(build_options INTERFACE
   $<$<CONFIG:Debug>:_GLIBCXX_ASSERTIONS>)
 
-# How a program is linked that is to start quickly: docs/performance.md has the figures.
-add_library(quick_start INTERFACE)
-if(HOPLAUNCH_STATIC)
-  target_link_options(quick_start INTERFACE -static LINKER:--gc-sections)
-elseif(NOT HOPLAUNCH_SANITIZE)  # whose libraries bring the C++ library along
-  target_link_options(quick_start INTERFACE
+# How a program is linked that brings the C++ library along.  (Sanitizers bring theirs.)
+add_library(own_library INTERFACE)
+if(NOT HOPLAUNCH_SANITIZE)
+  target_link_options(own_library INTERFACE
     -static-libstdc++ -static-libgcc LINKER:--gc-sections
     # Symbols of the C++ library are of no use to anybody else, and take relocations.
     LINKER:--exclude-libs=libstdc++.a:libgcc.a:libgcc_eh.a
     LINKER:-z,pack-relative-relocs)
+endif()
+
+# How a program is linked that is to start quickly: docs/performance.md has the figures.
+if(HOPLAUNCH_SANITIZE)
+  set(HOPLAUNCH_STATIC OFF)  # sanitizers replace functions of the C library
+endif()
+add_library(quick_start INTERFACE)
+if(HOPLAUNCH_STATIC)
+  target_link_options(quick_start INTERFACE
+    -static-pie LINKER:--gc-sections LINKER:-z,pack-relative-relocs
+    # What is exported is for stack traces, which read the older form of the table.
+    LINKER:--exclude-libs=libstdc++.a:libgcc.a:libgcc_eh.a LINKER:--hash-style=sysv
+    LINKER:--dynamic-list=${PROJECT_SOURCE_DIR}/cmake/traced.list
+    LINKER:-T,${PROJECT_SOURCE_DIR}/cmake/launch.ld)
+else()
+  target_link_libraries(quick_start INTERFACE own_library)
 endif()
 
 if(HOPLAUNCH_SANITIZE)

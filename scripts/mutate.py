@@ -235,7 +235,7 @@ def tests():
 
 def limits(seconds):
     """For a child: what a mutant that runs away may use."""
-    for number in (signal.SIGINT, signal.SIGQUIT):  # ignored in a job in the background
+    for number in (signal.SIGHUP, signal.SIGINT, signal.SIGQUIT):  # as jobs may ignore them
         signal.signal(number, signal.SIG_DFL)
     resource.setrlimit(resource.RLIMIT_CPU, (seconds, seconds))
     resource.setrlimit(resource.RLIMIT_AS, (2 << 30, 2 << 30))
@@ -325,21 +325,21 @@ def measure_all():
         if result[test] is None or result[test]["stamp"] != stamp:
             print(f"measuring {test}", file=sys.stderr, flush=True)
             result[test] = dict(measure(test), stamp=stamp)
-    kept.write_text(json.dumps(result))
+            kept.write_text(json.dumps(known | result))
     return result
 
 
-def tests_for(mutant, measured):
-    """The tests that reach the mutant's lines, those of its unit first, then the quick
-    ones.  Lines that have no code of their own, as tables have, count as reached by
-    every test that reaches the file."""
+def tests_for(mutant, measured, longest):
+    """The tests that reach the mutant's lines and take no longer than allowed, those of its
+    unit first, then the quick ones.  Lines that have no code of their own, as tables
+    have, count as reached by every test that reaches the file."""
     unit = Path(mutant.name).stem.removesuffix("_unx")
     found = []
     for test, facts in measured.items():
         reached = set(facts["reached"].get(mutant.name, []))
         known = set(facts["known"].get(mutant.name, []))
         lines = known.intersection(mutant.lines)
-        if reached.intersection(lines) if lines else reached:
+        if facts["seconds"] <= longest and (reached.intersection(lines) if lines else reached):
             found.append((not test.startswith(unit), facts["seconds"], test))
     return [test for _, _, test in sorted(found)]
 
@@ -370,14 +370,14 @@ class Compiler:
         return self.object is not None and self.optimised == self.compile()
 
 
-def judge(mutant, measured, compiler):
+def judge(mutant, measured, longest, compiler):
     """What becomes of a mutant: "invalid", "killed", "equivalent" or "survived"."""
     (BROKEN_TREE / mutant.name).write_text(mutant.text)
     if compiler.object and not ninja(BROKEN, compiler.object):
         return "invalid"
     if compiler.same():
         return "equivalent"
-    for test in tests_for(mutant, measured):
+    for test in tests_for(mutant, measured, longest):
         if not ninja(BROKEN, f"tests/{test}"):
             return "invalid"
         facts = measured[test]
@@ -400,7 +400,7 @@ def explained():
     return found
 
 
-def try_file(name, sample, seed, measured):
+def try_file(name, sample, seed, measured, longest):
     text = (TOP / name).read_text()
     compiler = Compiler(name)
     mutants = [Mutant(name, text, change) for change in sorted(set(mutants_of(text)))]
@@ -411,7 +411,7 @@ def try_file(name, sample, seed, measured):
         for mutant in mutants:
             if sum(counts.values()) == sample:
                 break
-            fate = judge(mutant, measured, compiler)
+            fate = judge(mutant, measured, longest, compiler)
             if fate == "survived" and (name, mutant.before, mutant.after) in known:
                 fate = "equivalent"
             if fate in counts:
@@ -433,6 +433,8 @@ def main():
     parser.add_argument("--sample", type=int, default=60,
                         help="how many mutants of a file to try, 60 by default; 0 is all")
     parser.add_argument("--seed", type=int, default=1, help="which sample, 1 by default")
+    parser.add_argument("--longest", type=float, default=60,
+                        help="leave out tests that take more seconds than this, 60 by default")
     arguments = parser.parse_args()
     names = [str(Path(name).resolve().relative_to(TOP)) for name in arguments.file]
     WORK.mkdir(parents=True, exist_ok=True)
@@ -441,7 +443,9 @@ def main():
         build(COVERAGE, TREE, "-O0", "-DHOPLAUNCH_COVERAGE=ON")
         build(BROKEN, BROKEN_TREE, "-O0 -D_GLIBCXX_ASSERTIONS")
         measured = measure_all()
-        survived = [try_file(name, arguments.sample, arguments.seed, measured) for name in names]
+        survived = [
+            try_file(name, arguments.sample, arguments.seed, measured, arguments.longest)
+            for name in names]
     sys.exit(1 if any(survived) else 0)
 
 

@@ -3,7 +3,8 @@
 #   scripts/valgrind.sh [BUILD-FOLDER]
 set -uo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.." || exit 1
-launcher=${1:-build/release}/hoplaunch
+# The one with the shared C library, whose allocator valgrind replaces.
+launcher=${1:-build/release}/hoplaunch_shared
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 mkdir "$scratch/directory"

@@ -107,7 +107,9 @@ int processAug(const std::vector<std::string>& args, const assocList& params) {
     log.line({"Bad URI \"", given, "\""});
     return -1;
   }
-  log.line({DateTime::now(0).format(DS_ISO8601), ": URI = ", given});
+  if (log.isOpen()) {
+    log.line({DateTime::now(0).format(DS_ISO8601), ": URI = ", given});
+  }
   if (plan.program.empty()) {
     log.line({"no executable for scheme ", plan.uri.scheme()});
     return -1;

@@ -1,9 +1,13 @@
 #include "stack.h"
 
 #include <execinfo.h>
+#include <link.h>
 #include <ucontext.h>
 
+#include <cerrno>
 #include <csignal>
+#include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <ostream>
 
@@ -25,6 +29,61 @@ std::list<char**>& kept() {
   return traces;
 }
 
+// The symbols that the program itself exports (System V ABI, "Dynamic Section").
+struct exportedSymbols {
+  ElfW(Addr) base = 0;  // where the program lies
+  const ElfW(Sym)* symbols = nullptr;
+  ElfW(Word) count = 0;
+  const char* names = nullptr;
+};
+
+// For `dl_iterate_phdr`, which begins with the program.
+int readExported(dl_phdr_info* program, std::size_t /*size*/, void* result) {
+  exportedSymbols& found = *static_cast<exportedSymbols*>(result);
+  found.base = program->dlpi_addr;
+  for (const ElfW(Phdr)* header = program->dlpi_phdr;
+       header != program->dlpi_phdr + program->dlpi_phnum; header++) {
+    if (header->p_type != PT_DYNAMIC) {
+      continue;
+    }
+    const auto* entry = reinterpret_cast<const ElfW(Dyn)*>(found.base + header->p_vaddr);
+    for (; entry->d_tag != DT_NULL; entry++) {
+      // The C library may have made addresses of the offsets.
+      const ElfW(Addr) value = entry->d_un.d_ptr;
+      const ElfW(Addr) address = value < found.base ? found.base + value : value;
+      if (entry->d_tag == DT_SYMTAB) {
+        found.symbols = reinterpret_cast<const ElfW(Sym)*>(address);
+      } else if (entry->d_tag == DT_STRTAB) {
+        found.names = reinterpret_cast<const char*>(address);
+      } else if (entry->d_tag == DT_HASH) {
+        found.count = reinterpret_cast<const ElfW(Word)*>(address)[1];
+      }
+    }
+  }
+  return 1;
+}
+
+// A line of `backtrace_symbols`.  That asks the loader for names, which a static program
+// has none of: then the line is the address in brackets, and we look the name up.
+std::string named(const char* line, const void* frame) {
+  exportedSymbols program;
+  if (line[0] == '[') {
+    dl_iterate_phdr(readExported, &program);
+  }
+  const ElfW(Addr) offset = reinterpret_cast<ElfW(Addr)>(frame) - program.base;
+  for (ElfW(Word) i = 0; i < program.count; i++) {
+    const ElfW(Sym)& symbol = program.symbols[i];
+    if (offset - symbol.st_value < symbol.st_size) {
+      char distance[24];
+      std::snprintf(distance, sizeof distance, "+%#jx) ",
+                    static_cast<std::uintmax_t>(offset - symbol.st_value));
+      return std::string(program_invocation_name) + '(' + (program.names + symbol.st_name) +
+             distance + line;
+    }
+  }
+  return line;
+}
+
 }  // namespace
 
 std::ostream& stack::write(std::ostream& out) const {
@@ -38,7 +97,7 @@ std::ostream& stack::write(std::ostream& out) const {
   char** const lines = backtrace_symbols(frames, count);
   kept().push_back(lines);
   for (int i = 0; lines != nullptr && i < count; i++) {
-    out << convertSymbol(lines[i]) << '\n';
+    out << convertSymbol(named(lines[i], frames[i])) << '\n';
   }
   return out << "End of stack trace\n";
 }
