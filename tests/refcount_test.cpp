@@ -328,6 +328,24 @@ TEST(Reference, TellsOfItsInstance) {
   EXPECT_FALSE(nothing.advance(RCS_CANONICAL));
 }
 
+TEST(Reference, TakesTheSectionToAdvanceToASharedStage) {
+  boxRef holder(new box("a"));
+  const struct {
+    refCountStage stage;
+    bool moved;
+    int entries;
+  } rows[] = {
+      {RCS_NEW, false, 0},     {RCS_PRIVATE, false, 0}, {RCS_CANONICAL, true, 1},
+      {RCS_PRIVATE, false, 0}, {RCS_OBSOLETE, true, 1}, {RCS_CANONICAL, false, 1},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(text(row.stage));
+    bool moved = !row.moved;
+    EXPECT_EQ(entriesDuring(CS_REFCOUNT, [&] { moved = holder.advance(row.stage); }), row.entries);
+    EXPECT_EQ(moved, row.moved);
+  }
+}
+
 TEST(Reference, RaisesTheVersionOnly) {
   boxRef holder(new box("a"));
   holder.setVersion(7);
