@@ -1,6 +1,7 @@
 #include "assoclist.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstdint>
 #include <cstring>
 #include <ostream>
@@ -15,16 +16,22 @@ const std::string& emptyString() {
   return empty;
 }
 
-// The number of bytes in the whole words that two texts begin with alike.  Names that are
-// looked up and found are the same as a rule, and compared twice.
-std::size_t equalWords(const char* a, const char* b, std::size_t size) {
+// The number of bytes that two texts begin with alike, by the word as far as there are whole
+// ones.  Names that are looked up and found are the same as a rule, and compared twice.
+std::size_t equalBytes(const char* a, const char* b, std::size_t size) {
   std::size_t result = 0;
   for (std::uint64_t left, right; size - result >= sizeof left; result += sizeof left) {
     std::memcpy(&left, a + result, sizeof left);
     std::memcpy(&right, b + result, sizeof right);
     if (left != right) {
+      if constexpr (std::endian::native == std::endian::little) {
+        return result + static_cast<std::size_t>(std::countr_zero(left ^ right)) / 8;
+      }
       break;
     }
+  }
+  while (result < size && a[result] == b[result]) {
+    result++;
   }
   return result;
 }
@@ -39,7 +46,7 @@ bool caseInsensitive::operator()(const std::string& a, const std::string& b) con
   const std::size_t n = std::min(a.size(), b.size());
   const char* const left = a.data();
   const char* const right = b.data();
-  for (std::size_t i = equalWords(left, right, n); i < n; i++) {
+  for (std::size_t i = equalBytes(left, right, n); i < n; i++) {
     if (left[i] != right[i] && lower(left[i]) != lower(right[i])) {
       return static_cast<signed char>(lower(left[i])) < static_cast<signed char>(lower(right[i]));
     }
