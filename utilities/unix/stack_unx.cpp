@@ -29,10 +29,13 @@ std::list<char**>& kept() {
   return traces;
 }
 
+using symbol = ElfW(Sym);
+using tableEntry = ElfW(Dyn);
+
 // The symbols that the program itself exports (System V ABI, "Dynamic Section").
 struct exportedSymbols {
   ElfW(Addr) base = 0;  // where the program lies
-  const ElfW(Sym)* symbols = nullptr;
+  const symbol* symbols = nullptr;
   ElfW(Word) count = 0;
   const char* names = nullptr;
 };
@@ -46,13 +49,13 @@ int readExported(dl_phdr_info* program, std::size_t /*size*/, void* result) {
     if (header->p_type != PT_DYNAMIC) {
       continue;
     }
-    const auto* entry = reinterpret_cast<const ElfW(Dyn)*>(found.base + header->p_vaddr);
+    const auto* entry = reinterpret_cast<const tableEntry*>(found.base + header->p_vaddr);
     for (; entry->d_tag != DT_NULL; entry++) {
       // The C library may have made addresses of the offsets.
       const ElfW(Addr) value = entry->d_un.d_ptr;
       const ElfW(Addr) address = value < found.base ? found.base + value : value;
       if (entry->d_tag == DT_SYMTAB) {
-        found.symbols = reinterpret_cast<const ElfW(Sym)*>(address);
+        found.symbols = reinterpret_cast<const symbol*>(address);
       } else if (entry->d_tag == DT_STRTAB) {
         found.names = reinterpret_cast<const char*>(address);
       } else if (entry->d_tag == DT_HASH) {
@@ -72,12 +75,12 @@ std::string named(const char* line, const void* frame) {
   }
   const ElfW(Addr) offset = reinterpret_cast<ElfW(Addr)>(frame) - program.base;
   for (ElfW(Word) i = 0; i < program.count; i++) {
-    const ElfW(Sym)& symbol = program.symbols[i];
-    if (offset - symbol.st_value < symbol.st_size) {
+    const symbol& candidate = program.symbols[i];
+    if (offset - candidate.st_value < candidate.st_size) {
       char distance[24];
       std::snprintf(distance, sizeof distance, "+%#jx) ",
-                    static_cast<std::uintmax_t>(offset - symbol.st_value));
-      return std::string(program_invocation_name) + '(' + (program.names + symbol.st_name) +
+                    static_cast<std::uintmax_t>(offset - candidate.st_value));
+      return std::string(program_invocation_name) + '(' + (program.names + candidate.st_name) +
              distance + line;
     }
   }
