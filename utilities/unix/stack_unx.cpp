@@ -41,6 +41,7 @@ struct exportedSymbols {
 };
 
 // For `dl_iterate_phdr`, which begins with the program.
+// NOLINTBEGIN(performance-no-int-to-ptr): the tables hold addresses as numbers.
 int readExported(dl_phdr_info* program, std::size_t /*size*/, void* result) {
   exportedSymbols& found = *static_cast<exportedSymbols*>(result);
   found.base = program->dlpi_addr;
@@ -65,6 +66,7 @@ int readExported(dl_phdr_info* program, std::size_t /*size*/, void* result) {
   }
   return 1;
 }
+// NOLINTEND(performance-no-int-to-ptr)
 
 // A line of `backtrace_symbols`.  That asks the loader for names, which a static program
 // has none of: then the line is the address in brackets, and we look the name up.
