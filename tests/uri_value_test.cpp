@@ -273,6 +273,31 @@ TEST(URIformat, WritesTicketAndParametersTogether) {
   EXPECT_EQ(uri.format(), "vnc://h/3,QUJDRA==?A c=x%26y&b=2") << "names are not encoded";
 }
 
+// The strings of the C++ library reserve exactly what they are asked for, from 31 bytes on.
+TEST(URIformat, ReservesRoomForAllButTheParameters) {
+  const struct {
+    const char* text;
+    std::size_t room;
+  } rows[] = {
+      {"vnc://a-name-of-41-characters-it-is-all.example/", 48},
+      {"vnc://a-name-of-41-characters-it-is-all.example/0,", 50},
+      {"vnc://a-name-of-41-characters-it-is-all.example/9,", 50},
+      {"vnc://a-name-of-41-characters-it-is-all.example/10,", 51},
+      {"vnc://a-name-of-41-characters-it-is-all.example/99,", 51},
+      {"vnc://a-name-of-41-characters-it-is-all.example/100,", 54},
+      {"vnc://a-name-of-41-characters-it-is-all.example/99999,", 54},
+      {"vnc://a-name-of-41-characters-it-is-all.example,b,c.d/", 54},
+      // Of ten bytes fourteen digits, though sixteen are written.
+      {"vnc://a-name-of-41-characters-it-is-all.example/100,MDEyMzQ1Njc4OQ==", 68},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.text);
+    const URI uri(row.text);
+    ASSERT_TRUE(uri.okay());
+    EXPECT_EQ(uri.format().capacity(), row.room);
+  }
+}
+
 TEST(URIformat, WritesNoSlashWithoutAddresses) {
   URI uri;
   EXPECT_EQ(uri.format(), "VNC://");

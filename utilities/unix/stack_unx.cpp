@@ -6,7 +6,6 @@
 
 #include <cerrno>
 #include <csignal>
-#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <ostream>
@@ -80,8 +79,8 @@ std::string named(const char* line, const void* frame) {
     const symbol& candidate = program.symbols[i];
     if (offset - candidate.st_value < candidate.st_size) {
       char distance[24];
-      std::snprintf(distance, sizeof distance, "+%#jx) ",
-                    static_cast<std::uintmax_t>(offset - candidate.st_value));
+      std::snprintf(distance, sizeof distance, "+%#lx) ",
+                    static_cast<unsigned long>(offset - candidate.st_value));
       return std::string(program_invocation_name) + '(' + (program.names + candidate.st_name) +
              distance + line;
     }
