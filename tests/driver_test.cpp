@@ -356,6 +356,7 @@ TEST_F(Driver, AppliesItemsForTheRun) {
   EXPECT_FALSE(published.find("URI_SCHEME").isDN());
   EXPECT_EQ((Strings{"vnc=xyz"}), published.find("PROGRAMS").all());
   EXPECT_EQ((Strings{"changed"}), published.find("DUMMY").all());
+  EXPECT_EQ((Strings{"dummy"}), published.find("DUMMY").getDefaults());
   EXPECT_EQ((Strings{"French"}), published.find("defaultLanguage").all());
   EXPECT_EQ(&configDB::dummy(), &published.find("foo")) << "an item was made for an option";
   EXPECT_EQ(&configDB::dummy(), &published.find("log")) << "an item was made for an option";

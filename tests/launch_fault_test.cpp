@@ -31,6 +31,8 @@ struct Plan {
 
   std::string log = {};
   std::string calls = {};
+  int flags = 0;  // of `open`
+  int mode = 0;
 };
 
 Plan plan;
@@ -61,6 +63,8 @@ int __wrap_open(const char* path, int flags, ...) {
     return __real_open(path, flags, mode);
   }
   plan.calls += "open ";
+  plan.flags = flags;
+  plan.mode = mode;
   errno = plan.openError;
   return plan.openError != 0 ? -1 : plan.opened;
 }
@@ -99,6 +103,7 @@ ssize_t __wrap_write(int descriptor, const void* data, std::size_t size) {
       return -1;
     }
   }
+  errno = EINTR;  // means nothing when a call has succeeded
   plan.log.append(static_cast<const char*>(data), part);
   return static_cast<ssize_t>(part);
 }
@@ -153,6 +158,12 @@ TEST(LaunchFault, IsNoneAtFirst) {
   EXPECT_EQ(plan.log, std::string(firstLine) + restOfLog);
 }
 
+TEST(LaunchFault, OpensTheLogToAppendAndForNobodyElse) {
+  launchBy(Plan());
+  EXPECT_EQ(plan.flags, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_LARGEFILE);
+  EXPECT_EQ(plan.mode, 0666) << "the umask says who may read it";
+}
+
 TEST(LaunchFault, OfOpeningTheLogStopsNothing) {
   for (const int error : {EACCES, EISDIR, ELOOP, EMFILE, ENAMETOOLONG, ENOENT, ENOMEM, ENOSPC,
                           ENOTDIR, ENXIO, EROFS, EINTR, EIO}) {
@@ -166,9 +177,13 @@ TEST(LaunchFault, OfOpeningTheLogStopsNothing) {
 
 TEST(LaunchFault, OfMovingTheLogFromAStandardStreamLeavesNoLog) {
   Plan wanted;
-  wanted.opened = 2;
-  EXPECT_EQ(launchBy(wanted), "open move 2 from 3 on close 2 execute x sleep close ");
-  EXPECT_EQ(plan.log, std::string(firstLine) + restOfLog);
+  for (const int stream : {0, 1, 2}) {
+    wanted.opened = stream;
+    const std::string number = std::to_string(stream);
+    EXPECT_EQ(launchBy(wanted),
+              "open move " + number + " from 3 on close " + number + " execute x sleep close ");
+    EXPECT_EQ(plan.log, std::string(firstLine) + restOfLog);
+  }
   for (const int error : {EMFILE, EINVAL}) {
     SCOPED_TRACE(error);
     wanted.moveError = error;
@@ -204,11 +219,13 @@ TEST(LaunchFault, OfEveryWriteStopsNothing) {
 }
 
 TEST(LaunchFault, LosesNothingToASignalOrToShortWrites) {
-  Plan wanted;
-  wanted.portion = 7;
-  wanted.writes = {EINTR, 0, EINTR, EINTR, 0};
-  launchBy(wanted);
-  EXPECT_EQ(plan.log, std::string(firstLine) + restOfLog);
+  for (const std::size_t portion : {1U, 7U}) {
+    Plan wanted;
+    wanted.portion = portion;
+    wanted.writes = {EINTR, 0, EINTR, EINTR, 0};
+    launchBy(wanted);
+    EXPECT_EQ(plan.log, std::string(firstLine) + restOfLog);
+  }
 }
 
 // The time of no clock is the invalid time, for which nobody waits.
