@@ -54,8 +54,10 @@ if(HOPLAUNCH_STATIC)
     -static-pie LINKER:--gc-sections LINKER:-z,pack-relative-relocs
     # What is exported is for stack traces, which read the older form of the table.
     LINKER:--exclude-libs=libstdc++.a:libgcc.a:libgcc_eh.a LINKER:--hash-style=sysv
-    LINKER:--dynamic-list=${PROJECT_SOURCE_DIR}/cmake/traced.list
-    LINKER:-T,${PROJECT_SOURCE_DIR}/cmake/launch.ld)
+    LINKER:--dynamic-list=${CMAKE_CURRENT_LIST_DIR}/traced.list
+    LINKER:-T,${CMAKE_CURRENT_LIST_DIR}/launch.ld)
+  set_target_properties(quick_start PROPERTIES INTERFACE_LINK_DEPENDS
+    "${CMAKE_CURRENT_LIST_DIR}/traced.list;${CMAKE_CURRENT_LIST_DIR}/launch.ld")
 else()
   target_link_libraries(quick_start INTERFACE own_library)
 endif()
