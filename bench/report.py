@@ -195,7 +195,7 @@ def plot_launches(launches, image):
     rows = [(i, *(x / 1e6 for x in launch["nanoseconds"]), name)
             for i, (name, launch) in enumerate(reversed(launches.items()))]
     gnuplot(image, data("launches", rows) + f"""
-        set title "From the start to the end of an empty viewer: median and quartiles"
+        set title "Until an empty viewer ends: median, quartiles"
         set xlabel "milliseconds"
         set logscale x
         set yrange [-0.5:{len(rows) - 0.5}]
