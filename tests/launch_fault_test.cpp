@@ -91,8 +91,12 @@ int __wrap_close(int descriptor) {
 }
 
 ssize_t __wrap_write(int descriptor, const void* data, std::size_t size) {
-  if (!plan.active || descriptor != LOG) {
+  if (!plan.active) {
     return __real_write(descriptor, data, size);
+  }
+  if (descriptor != LOG) {
+    plan.calls += "write to " + std::to_string(descriptor) + " ";
+    return static_cast<ssize_t>(size);
   }
   const std::size_t part = size < plan.portion ? size : plan.portion;
   if (!plan.writes.empty()) {
@@ -144,10 +148,10 @@ constexpr char restOfLog[] =
     "_execv() failed; path = x errno = 2 No such file or directory\n";
 
 /// Launches by the plan, and returns what was called.
-std::string launchBy(const Plan& wanted) {
+std::string launchBy(const Plan& wanted, const char* log = "name") {
   plan = wanted;
   plan.active = true;
-  const int status = processAug({"ssh://h/"}, assocList({"log=name", "program=x"}));
+  const int status = processAug({"ssh://h/"}, assocList({std::string("log=") + log, "program=x"}));
   plan.active = false;
   EXPECT_EQ(status, -1);
   return plan.calls;
@@ -156,6 +160,11 @@ std::string launchBy(const Plan& wanted) {
 TEST(LaunchFault, IsNoneAtFirst) {
   EXPECT_EQ(launchBy(Plan()), "open execute x sleep close ");
   EXPECT_EQ(plan.log, std::string(firstLine) + restOfLog);
+}
+
+TEST(LaunchFault, WritesNothingWithoutALog) {
+  EXPECT_EQ(launchBy(Plan(), ""), "execute x sleep ");
+  EXPECT_EQ(plan.log, "");
 }
 
 TEST(LaunchFault, OpensTheLogToAppendAndForNobodyElse) {
