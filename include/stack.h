@@ -17,7 +17,10 @@ class stack {
   stack() = default;
 
   /// Writes "Stack trace:", at most 100 frames from the innermost out, each on a
-  /// line of its own with its C++ name made readable, and "End of stack trace".
+  /// line of its own with its C++ name made readable, and "End of stack trace".  A
+  /// function of the program has a name only if the program exports it, as `-rdynamic`
+  /// has it do; a static, position-independent program exports by a `--dynamic-list`
+  /// and needs a table of the older form, `--hash-style=sysv`.
   std::ostream& write(std::ostream& out) const;
 
   /// Installs `sigHandler` for SIGILL, SIGTRAP, SIGBUS, SIGFPE and SIGSEGV, and
