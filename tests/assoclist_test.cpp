@@ -48,6 +48,23 @@ TEST(AssocList, KeepsTheLetterCaseOfTheFirstInsertion) {
   EXPECT_EQ(entriesOf(list), (Entries{{"Log", "2"}}));
 }
 
+// Wherever it is, the first difference decides, and a difference in case is none.
+TEST(CaseInsensitiveLess, IsDecidedByTheFirstDifference) {
+  for (std::size_t place = 0; place < 20; place++) {
+    SCOPED_TRACE(place);
+    const std::string rest(19 - place, 'z');
+    const std::string less = std::string(place, 'm') + 'b' + rest;
+    for (const char start : {'m', 'M'}) {
+      const std::string greater = std::string(place, start) + 'c' + std::string(19 - place, 'a');
+      EXPECT_TRUE(caseInsensitive()(less, greater));
+      EXPECT_FALSE(caseInsensitive()(greater, less));
+      const std::string same = std::string(place, start) + 'B' + rest;
+      EXPECT_FALSE(caseInsensitive()(less, same));
+      EXPECT_FALSE(caseInsensitive()(same, less));
+    }
+  }
+}
+
 TEST(AssocList, IteratesInTheCaseInsensitiveOrderOfKeys) {
   assocList list;
   for (const char* key : {"b", "A", "_", "ab", "C", "\xe9", "10", "9", ""}) list[key] = "x";
