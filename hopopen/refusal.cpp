@@ -1,0 +1,46 @@
+#include "refusal.h"
+
+namespace hopopen {
+
+const char* text(code what) {
+  switch (what) {
+    case code::SYNTAX:
+      return "syntax";
+    case code::SCHEME:
+      return "scheme";
+    case code::USER:
+      return "user";
+    case code::HOST:
+      return "host";
+    case code::PORT:
+      return "port";
+    case code::PATH:
+      return "path";
+    case code::SETTINGS:
+      return "settings";
+    case code::CHOICE:
+      return "choice";
+    case code::VIEWER:
+      return "viewer";
+    case code::RESTRICTION:
+      return "restriction";
+    case code::START:
+      return "start";
+  }
+  return "";
+}
+
+int exitStatus(code what) {
+  switch (what) {
+    case code::SETTINGS:
+    case code::CHOICE:
+      return 4;
+    case code::VIEWER:
+    case code::START:
+      return 3;
+    default:
+      return 2;
+  }
+}
+
+}  // namespace hopopen

@@ -1,0 +1,31 @@
+#include "trusted.h"
+
+namespace hopopen {
+
+bool trustedHost::covers(const host& other) const {
+  if (!below) {
+    return machine == other;
+  }
+  const std::string end = '.' + machine.name;
+  return other.kind == hostKind::NAME && other.name.size() > end.size() &&
+         other.name.ends_with(end);
+}
+
+std::string trustedHost::text() const {
+  return (below ? "." : "") + machine.inLink();
+}
+
+std::optional<trustedHost> readTrusted(std::string_view text) {
+  trustedHost result;
+  result.below = text.starts_with('.');
+  if (result.below) {
+    text.remove_prefix(1);
+  }
+  if (readHost({text, 0}, result.machine) ||
+      (result.below && result.machine.kind != hostKind::NAME)) {
+    return {};
+  }
+  return result;
+}
+
+}  // namespace hopopen
