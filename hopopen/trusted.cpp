@@ -12,7 +12,7 @@ bool trustedHost::covers(const host& other) const {
 }
 
 std::string trustedHost::text() const {
-  return (below ? "." : "") + machine.inLink();
+  return std::string(below ? 1 : 0, '.') + machine.inLink();
 }
 
 std::optional<trustedHost> readTrusted(std::string_view text) {

@@ -1,0 +1,58 @@
+// The definition of a viewer: a TOML file that says which links it opens, under which names
+// its program may be found, and how its arguments are made of a link.
+//
+//     name = "TigerVNC"
+//     schemes = ["vnc"]
+//     programs = ["xtigervncviewer", "vncviewer"]
+//     arguments = ["{bracketed}::{port}"]
+//     [default]
+//     port = 5900
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "fault.h"
+#include "template.h"
+
+namespace hopopen {
+
+/// What a viewer is given for one parameter of a link.
+struct parameterRule {
+  std::string name;   ///< compared without letter case
+  std::string allow;  ///< an extended regular expression for the whole value, if `limited`
+  bool limited = false;
+  std::vector<element> arguments;
+};
+
+struct definition {
+  std::string name;   ///< the name of the file without ".toml", by which it is chosen
+  std::string title;  ///< what people read
+  std::vector<std::string> schemes;
+  std::vector<std::string> programs;  ///< tried in this order
+  std::vector<std::string> packages;
+  std::int64_t rank = 50;  ///< the lowest is preferred
+  std::vector<element> arguments;
+  std::vector<element> stranger;       ///< for hosts that nobody trusts
+  std::vector<element> trusted;        ///< for the others
+  std::vector<std::string> unguarded;  ///< what the viewer cannot be told to protect
+  std::vector<std::string> unset;      ///< variables that are taken out of the environment
+  std::vector<std::pair<std::string, textTemplate>> environment;
+  std::vector<parameterRule> parameters;
+  std::optional<std::uint16_t> port;  ///< where the link names none
+  bool terminal = false;              ///< runs inside a terminal
+
+  bool opens(const std::string& scheme) const;
+  /// The rule for a parameter, or null.
+  const parameterRule* rule(const std::string& parameter) const;
+};
+
+/// Reads the text of a definition.  `file` is its path, for the faults, all of which are
+/// appended to `found`; with one of them there is no definition.
+std::optional<definition> readDefinition(const std::string& name, const std::string& text,
+                                         const std::string& file, faults& found);
+
+}  // namespace hopopen
