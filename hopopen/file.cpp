@@ -1,0 +1,63 @@
+#include "file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+namespace hopopen {
+
+namespace {
+
+std::string failure(int error) {
+  return std::string("cannot be read: ") + std::strerror(error);
+}
+
+// Reads what the descriptor has; the error, or nothing.
+std::string readAll(int descriptor, std::string& into) {
+  struct stat details;
+  if (fstat(descriptor, &details) != 0) {
+    return failure(errno);
+  }
+  if (!S_ISREG(details.st_mode)) {
+    return "is not a file of text";
+  }
+  char buffer[16384];
+  while (into.size() <= LONGEST_FILE) {
+    const ssize_t count = read(descriptor, buffer, sizeof buffer);
+    if (count > 0) {
+      into.append(buffer, static_cast<std::size_t>(count));
+    } else if (count == 0) {
+      return {};
+    } else if (errno != EINTR) {
+      return failure(errno);
+    }
+  }
+  return "is larger than 1 MiB";
+}
+
+}  // namespace
+
+fileText readFile(const std::string& path) {
+  fileText result;
+  // Without O_NONBLOCK a pipe would wait for somebody to write.
+  const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+  if (descriptor < 0) {
+    result.found = errno != ENOENT && errno != ENOTDIR;
+    if (result.found) {
+      result.error = failure(errno);
+    }
+    return result;
+  }
+  result.found = true;
+  result.error = readAll(descriptor, result.text);
+  close(descriptor);
+  if (!result.error.empty()) {
+    result.text.clear();
+  }
+  return result;
+}
+
+}  // namespace hopopen

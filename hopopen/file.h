@@ -1,0 +1,26 @@
+// Reading the files that users and administrators write.
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+namespace hopopen {
+
+/// The most bytes that are read of a file: far more than anybody writes by hand, and little
+/// enough to be read in passing.
+constexpr std::size_t LONGEST_FILE = 1 << 20;
+
+/// What became of reading a file: its text, nothing because it is not there, or an error.
+struct fileText {
+  std::string text;
+  bool found = false;  ///< false when there is no such file
+  std::string error;   ///< empty when all is well; else printable ASCII without a full stop
+};
+
+/// Reads a whole regular file of at most LONGEST_FILE bytes.  Whatever else stands at the
+/// path, such as a pipe or a terminal, is an error, and nothing is waited for.
+///
+///     readFile("/etc/shadow").error   // "cannot be read: Permission denied"
+fileText readFile(const std::string& path);
+
+}  // namespace hopopen
