@@ -317,9 +317,8 @@ void reader::readParameter(const toml::key& key, const toml::node& value, defini
   }
   const bool usesValue =
       std::any_of(rule.arguments.begin(), rule.arguments.end(), [](const element& one) {
-        return std::any_of(one.begin(), one.end(), [](const textTemplate& word) {
-          return uses(word, placeholder::VALUE);
-        });
+        return std::any_of(one.begin(), one.end(),
+                           [](const textTemplate& word) { return uses(word, placeholder::VALUE); });
       });
   if (usesValue && !rule.limited) {
     complain(key.source().begin, "with {value}, the key \"allow\" must say which values are taken");

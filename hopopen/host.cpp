@@ -11,9 +11,9 @@ namespace hopopen {
 
 namespace {
 
-constexpr std::size_t LONGEST_LABEL = 63;   // RFC 1035, section 2.3.4
-constexpr std::size_t LONGEST_NAME = 253;   // what that leaves for the text of a name
-constexpr std::size_t LONGEST_ZONE = 15;    // IFNAMSIZ less the zero
+constexpr std::size_t LONGEST_LABEL = 63;  // RFC 1035, section 2.3.4
+constexpr std::size_t LONGEST_NAME = 253;  // what that leaves for the text of a name
+constexpr std::size_t LONGEST_ZONE = 15;   // IFNAMSIZ less the zero
 constexpr const char* NOT_IPV4 =
     "A host whose last part is a number must be four numbers from 0 to 255.";
 constexpr const char* NOT_IPV6 = "What is in brackets is not an IPv6 address.";

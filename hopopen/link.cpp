@@ -105,9 +105,9 @@ verdict readSchemeName(std::string_view text, std::string& into) {
   constexpr const char* NO_SCHEME =
       "The link does not begin with a scheme, as in \"vnc://host\". Check the link.";
   std::size_t end = 0;
-  while (end < text.size() && (isAlpha(text[end]) ||
-                               (end > 0 && (isDigit(text[end]) || text[end] == '+' ||
-                                            text[end] == '-' || text[end] == '.')))) {
+  while (end < text.size() &&
+         (isAlpha(text[end]) || (end > 0 && (isDigit(text[end]) || text[end] == '+' ||
+                                             text[end] == '-' || text[end] == '.')))) {
     end++;
   }
   constexpr std::string_view mark = "://";
@@ -173,8 +173,7 @@ verdict readParameter(piece text, code why, std::vector<parameter>& into) {
   return {};
 }
 
-verdict readParameters(piece text, const char* separator, code why,
-                       std::vector<parameter>& into) {
+verdict readParameters(piece text, const char* separator, code why, std::vector<parameter>& into) {
   while (!text.text.empty()) {
     const piece next = text.takeUntil(separator);
     if (next.text.empty()) {

@@ -19,7 +19,7 @@ namespace hopopen {
 
 /// A parameter of the query, or of the user information of an ssh link.
 struct parameter {
-  std::string name;  ///< decoded, in the letters of the link; compared without their case
+  std::string name;      ///< decoded, in the letters of the link; compared without their case
   std::string value;     ///< decoded
   std::size_t position;  ///< where the name begins in the link
 };
@@ -49,9 +49,11 @@ verdict readRest(link& into);
 std::optional<std::size_t> faultOfUser(const std::string& user);
 std::optional<std::size_t> faultOfPassword(const std::string& password);
 
-constexpr const char* BAD_USER = "The user name has a character that user names cannot have, or is "
-                                 "longer than 64 bytes. Check the link.";
-constexpr const char* BAD_PASSWORD = "The password has a control character, or is longer than 255 "
-                                     "bytes. Check the link.";
+constexpr const char* BAD_USER =
+    "The user name has a character that user names cannot have, or is "
+    "longer than 64 bytes. Check the link.";
+constexpr const char* BAD_PASSWORD =
+    "The password has a control character, or is longer than 255 "
+    "bytes. Check the link.";
 
 }  // namespace hopopen

@@ -1,0 +1,148 @@
+#include "choose.h"
+
+#include <algorithm>
+
+#include "shown.h"
+
+namespace hopopen {
+
+namespace {
+
+constexpr std::size_t MOST_PACKAGES = 3;
+
+refusal withoutPlace(code why, const std::string& message) {
+  return {why, message, {}};
+}
+
+// How to undo a choice that cannot be followed.
+std::string remedy(chooser by, const std::string& scheme) {
+  switch (by) {
+    case chooser::USER:
+      return "choose another with \"hopopen --use NAME " + scheme + "\", or none with \"hopopen " +
+             "--forget " + scheme + "\"";
+    case chooser::ADMINISTRATOR:
+      return "choose another with \"hopopen --use NAME " + scheme + "\"";
+    default:
+      return "choose another";
+  }
+}
+
+std::string installation(const std::vector<std::string>& packages) {
+  return packages.empty() ? "Install it" : "Install the package " + enumeration(packages);
+}
+
+verdict follow(const candidates& among, const std::string& scheme, const wanted& wish,
+               choice& into) {
+  const std::string other = remedy(wish.by, scheme);
+  const definition* const viewer = among.known.named(wish.viewer);
+  if (viewer == nullptr) {
+    return withoutPlace(code::CHOICE, "The chosen viewer " + quoted(wish.viewer, SHORT) +
+                                          " is not known. See \"hopopen --list\", and " + other +
+                                          ".");
+  }
+  if (!viewer->opens(scheme)) {
+    return withoutPlace(code::CHOICE, "The chosen viewer " + printable(viewer->title) +
+                                          " does not open " + scheme +
+                                          " links. See \"hopopen --list\", and " + other + ".");
+  }
+  const auto program = among.find(*viewer);
+  if (!program) {
+    return withoutPlace(code::CHOICE, "The chosen viewer " + printable(viewer->title) +
+                                          " is not installed. " + installation(viewer->packages) +
+                                          ", or " + other + ".");
+  }
+  into = {viewer, *program, wish.by};
+  return {};
+}
+
+// Packages to install, without those of viewers that would then not be taken.
+std::vector<std::string> packagesFor(const std::vector<const definition*>& viewers, bool trusted) {
+  std::vector<std::string> result;
+  for (const definition* const viewer : viewers) {
+    for (const std::string& package : viewer->packages) {
+      const bool known = std::find(result.begin(), result.end(), package) != result.end();
+      if ((trusted || viewer->unguarded.empty()) && !known && result.size() < MOST_PACKAGES) {
+        result.push_back(package);
+      }
+    }
+  }
+  return result;
+}
+
+refusal nothingInstalled(const candidates& among, const occasion& what) {
+  const auto viewers = ranked(among.known, what.scheme);
+  const auto packages = packagesFor(viewers, what.trusted);
+  const std::string install = packages.empty() ? "Install one; see \"hopopen --list\"."
+                              : packages.size() == 1
+                                  ? "Install the package " + packages[0] + "."
+                                  : "Install one of these packages: " + enumeration(packages) + ".";
+  for (const definition* const viewer : viewers) {
+    if (viewer->unguarded.empty() || !among.find(*viewer)) {
+      continue;
+    }
+    const std::string title = printable(viewer->title);
+    return withoutPlace(
+        code::VIEWER,
+        title + " is installed, but cannot keep this from a machine that you do not trust: " +
+            printable(enumeration(viewer->unguarded)) + ". " + install + " Or use " + title +
+            " all the same with \"hopopen --use " + viewer->name + ' ' + what.scheme +
+            "\", or trust the machine with \"hopopen --trust " + what.host + "\".");
+  }
+  return withoutPlace(code::VIEWER,
+                      "No viewer for " + what.scheme + " links is installed. " + install);
+}
+
+}  // namespace
+
+std::string enumeration(const std::vector<std::string>& texts) {
+  std::string result;
+  for (std::size_t i = 0; i < texts.size(); i++) {
+    if (i > 0) {
+      result += i + 1 < texts.size() ? ", " : " and ";
+    }
+    result += texts[i];
+  }
+  return result;
+}
+
+std::vector<const definition*> ranked(const definitions& known, const std::string& scheme) {
+  std::vector<const definition*> result;
+  for (const definition& one : known.viewers) {
+    if (one.opens(scheme)) {
+      result.push_back(&one);
+    }
+  }
+  std::stable_sort(result.begin(), result.end(),
+                   [](const definition* a, const definition* b) { return a->rank < b->rank; });
+  return result;
+}
+
+verdict choose(const candidates& among, const occasion& what,
+               const std::optional<std::string>& option, choice& into) {
+  const auto wish = option ? std::optional(wanted{*option, chooser::OPTION})
+                           : among.wishes.viewerFor(what.scheme);
+  if (wish) {
+    return follow(among, what.scheme, *wish, into);
+  }
+  for (const definition* const viewer : ranked(among.known, what.scheme)) {
+    if (!viewer->unguarded.empty() && !what.trusted) {
+      continue;
+    }
+    if (const auto program = among.find(*viewer)) {
+      into = {viewer, *program, chooser::RANK};
+      return {};
+    }
+  }
+  return nothingInstalled(among, what);
+}
+
+const definition* lowestRank(const candidates& among, const std::string& scheme, bool trusted) {
+  for (const definition* const viewer : ranked(among.known, scheme)) {
+    if ((viewer->unguarded.empty() || trusted) && among.find(*viewer)) {
+      return viewer;
+    }
+  }
+  return nullptr;
+}
+
+}  // namespace hopopen

@@ -1,0 +1,52 @@
+// Choosing the viewer for a link.
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "definitions.h"
+#include "preferences.h"
+#include "programs.h"
+#include "refusal.h"
+
+namespace hopopen {
+
+/// What a choice depends on.
+struct candidates {
+  const definitions& known;
+  const preferences& wishes;
+  /// Looks for the program of a viewer.
+  std::function<std::optional<installed>(const definition& viewer)> find;
+};
+
+/// A link, as far as the choice depends on it.
+struct occasion {
+  std::string scheme;
+  std::string host;  ///< as it would be trusted
+  bool trusted;
+};
+
+struct choice {
+  const definition* viewer = nullptr;
+  installed program;
+  chooser by = chooser::RANK;
+};
+
+/// Chooses the viewer: the one named `option`, if there is one; the one that the
+/// settings name; or the one of the lowest rank that is installed.  A viewer that cannot be
+/// told to guard the user comes by its rank for trusted hosts alone.
+verdict choose(const candidates& among, const occasion& what,
+               const std::optional<std::string>& option, choice& into);
+
+/// The viewer that rank alone gives, or null.
+const definition* lowestRank(const candidates& among, const std::string& scheme, bool trusted);
+
+/// The definitions that open the scheme, the lowest rank first, then by name.
+std::vector<const definition*> ranked(const definitions& known, const std::string& scheme);
+
+/// The texts with ", " and, before the last, " and " between them.
+std::string enumeration(const std::vector<std::string>& texts);
+
+}  // namespace hopopen

@@ -1,0 +1,84 @@
+#include "decide.h"
+
+#include "shown.h"
+
+namespace hopopen {
+
+namespace {
+
+// Other viewers that are installed and could open the link as it is.
+std::string alternatives(const opening& result, const candidates& among) {
+  std::vector<std::string> titles;
+  std::string first;
+  for (const definition* const other : ranked(among.known, result.what.scheme)) {
+    if (other == result.chosen.viewer) {
+      continue;
+    }
+    const auto program = among.find(*other);
+    filling ignored;
+    if (program && !fill(result.what, *result.trusted, *other, *program, ignored)) {
+      titles.push_back(printable(other->title));
+      first = first.empty() ? other->name : first;
+    }
+  }
+  if (titles.empty()) {
+    return " No other viewer that is installed can do it. Ask for a link without it.";
+  }
+  return ' ' + enumeration(titles) + " can. To use " + (titles.size() > 1 ? "the first" : "it") +
+         ", type \"hopopen --use " + first + ' ' + result.what.scheme + "\".";
+}
+
+verdict open(const std::optional<std::string>& viewer, const candidates& among, opening& into) {
+  link& what = into.what;
+  if (!among.known.open(what.scheme)) {
+    return refusal{code::SCHEME,
+                   "No viewer is known for " + what.scheme +
+                       " links. \"hopopen --list\" shows which links can be opened.",
+                   0};
+  }
+  if (auto fault = readRest(what)) {
+    return fault;
+  }
+  if (!among.wishes.found.empty()) {
+    return refusal{code::SETTINGS,
+                   "The settings have a fault, and must be corrected first. " +
+                       among.wishes.found.front().lineOfText() + '.',
+                   {}};
+  }
+  into.trusted = among.wishes.trust(*what.machine);
+  const occasion when{what.scheme, what.machine->inLink(), *into.trusted};
+  if (auto fault = choose(among, when, viewer, into.chosen)) {
+    return fault;
+  }
+  filling filled;
+  if (auto fault = fill(what, *into.trusted, *into.chosen.viewer, into.chosen.program, filled)) {
+    if (fault->why == code::RESTRICTION) {
+      fault->message += alternatives(into, among);
+    }
+    return fault;
+  }
+  into.filled = std::move(filled);
+  return {};
+}
+
+}  // namespace
+
+refusal about(const link& what, refusal why) {
+  why.message = "Cannot open " + quoted(masked(what.text), SHORT) + ". " + why.message;
+  return why;
+}
+
+opening decide(const std::string& text, const std::optional<std::string>& viewer,
+               const candidates& among) {
+  opening result;
+  result.why = readScheme(text, result.what);
+  if (!result.why) {
+    result.why = open(viewer, among, result);
+  }
+  if (result.why) {
+    result.why = about(result.what, *result.why);
+  }
+  return result;
+}
+
+}  // namespace hopopen

@@ -1,0 +1,32 @@
+// Deciding what comes of a link.  Nothing is opened or started here.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "choose.h"
+#include "fill.h"
+#include "link.h"
+#include "refusal.h"
+
+namespace hopopen {
+
+/// All that is known about the opening of one link.  What comes after a refusal is not
+/// known.
+struct opening {
+  link what;
+  std::optional<bool> trusted;
+  choice chosen;                  ///< its viewer is null while it is not known
+  std::optional<filling> filled;  ///< what the viewer is given
+  verdict why;                    ///< the refusal, if there is one; its message names the link
+};
+
+/// Reads the link, chooses a viewer, the one named `viewer` if there is one, and fills
+/// in what it is given.
+opening decide(const std::string& text, const std::optional<std::string>& viewer,
+               const candidates& among);
+
+/// The refusal's message made whole: which link it is about, and why it was not opened.
+refusal about(const link& what, refusal why);
+
+}  // namespace hopopen

@@ -1,0 +1,28 @@
+// All definitions of viewers that a user and a system have.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "definition.h"
+#include "fault.h"
+
+namespace hopopen {
+
+struct definitions {
+  std::vector<definition> viewers;   ///< those without fault, by name
+  faults found;                      ///< why others are left out
+  std::vector<std::string> ignored;  ///< files whose names are not those of definitions
+
+  /// The definition of that name, or null.
+  const definition* named(const std::string& name) const;
+  /// True when a definition opens links of the scheme.
+  bool open(const std::string& scheme) const;
+};
+
+/// Reads the files NAME.toml of the folders.  The first folder that has a name wins, also
+/// with a fault; an empty file hides the viewer.  With `all`, the files that do not win are
+/// read too, for their faults.
+definitions readDefinitions(const std::vector<std::string>& folders, bool all = false);
+
+}  // namespace hopopen

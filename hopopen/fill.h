@@ -1,0 +1,40 @@
+// Filling in a definition: what a viewer is given for a link.
+//
+// Only checked pieces of the link come in, each where the template names it, so a link
+// cannot add an argument.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "definition.h"
+#include "link.h"
+#include "programs.h"
+#include "refusal.h"
+
+namespace hopopen {
+
+/// A variable for the viewer.
+struct variable {
+  std::string name;
+  std::string value;
+  bool secret;  ///< holds a password
+};
+
+/// Everything that is decided about a start.
+struct filling {
+  std::vector<std::string> arguments;  ///< the whole vector, the terminal's included
+  std::vector<variable> environment;
+  std::optional<std::string> user;   ///< from wherever in the link it comes
+  std::vector<bool> used;            ///< for each parameter of the link
+  std::vector<std::string> dropped;  ///< "password", "user", "fragment", names of parameters
+};
+
+/// Fills in the viewer's templates.  A parameter may ask for what the viewer cannot be held
+/// to; then nothing is started.
+verdict fill(const link& what, bool trusted, const definition& viewer, const installed& program,
+             filling& into);
+
+}  // namespace hopopen

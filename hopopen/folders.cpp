@@ -1,0 +1,66 @@
+#include "folders.h"
+
+#include "conversion.h"
+
+namespace hopopen {
+
+namespace {
+
+constexpr const char* OWN = "/hoplaunch";
+
+std::string valueOf(variableReader get, const char* name) {
+  const char* const value = get(name);
+  return value == nullptr ? "" : value;
+}
+
+// A folder of the user: the variable's, or the usual one below HOME, or none.
+std::string userFolder(variableReader get, const char* name, const char* usual) {
+  const std::string given = valueOf(get, name);
+  if (given.starts_with('/')) {
+    return given + OWN;
+  }
+  const std::string home = valueOf(get, "HOME");
+  return home.starts_with('/') ? home + usual + OWN : "";
+}
+
+std::vector<std::string> systemFolders(variableReader get, const char* name, const char* usual) {
+  const std::string given = valueOf(get, name);
+  std::vector<std::string> result = absolutePaths(given.empty() ? usual : given);
+  for (std::string& path : result) {
+    path += OWN;
+  }
+  return result;
+}
+
+}  // namespace
+
+std::vector<std::string> absolutePaths(const std::string& list) {
+  std::vector<std::string> result;
+  for (std::string& path : stringToVector(list, ':')) {
+    if (path.starts_with('/')) {
+      result.push_back(std::move(path));
+    }
+  }
+  return result;
+}
+
+folders::folders(variableReader get) {
+  const std::string config = userFolder(get, "XDG_CONFIG_HOME", "/.config");
+  const std::string data = userFolder(get, "XDG_DATA_HOME", "/.local/share");
+  if (!config.empty()) {
+    userSettings = config + "/hopopen.toml";
+    viewers.push_back(config + "/viewers");
+  }
+  if (!data.empty()) {
+    viewers.push_back(data + "/viewers");
+  }
+  for (const std::string& path : systemFolders(get, "XDG_CONFIG_DIRS", "/etc/xdg")) {
+    otherSettings.push_back(path + "/hopopen.toml");
+  }
+  for (const std::string& path :
+       systemFolders(get, "XDG_DATA_DIRS", "/usr/local/share:/usr/share")) {
+    viewers.push_back(path + "/viewers");
+  }
+}
+
+}  // namespace hopopen

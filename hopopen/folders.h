@@ -1,0 +1,28 @@
+// Where files are looked for, by the XDG Base Directory rules (version 0.8).
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace hopopen {
+
+/// Reads an environment variable: `std::getenv`, or what a test puts in its place.  Null
+/// when the variable is not set.
+using variableReader = char* (*)(const char* name);
+
+/// The user's own folder is first in each list, if there is one: without HOME there may be
+/// none.  Variables that are empty count as not set, and paths that are not absolute do not
+/// count at all.
+struct folders {
+  explicit folders(variableReader get);
+
+  std::string userSettings;                ///< the user's settings file, or empty
+  std::vector<std::string> otherSettings;  ///< those of administrators, in their order
+  std::vector<std::string> viewers;        ///< folders with definitions, in their order
+};
+
+/// The absolute paths of a list with colons, such as PATH.  Empty and relative entries are
+/// left out: what they mean depends on where a program was started.
+std::vector<std::string> absolutePaths(const std::string& list);
+
+}  // namespace hopopen

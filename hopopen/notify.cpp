@@ -1,0 +1,136 @@
+#include "notify.h"
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <ctime>
+
+#include "shown.h"
+
+namespace hopopen {
+
+const std::vector<std::string> NOTIFIERS = {"notify-send", "zenity", "kdialog", "xmessage"};
+
+namespace {
+
+constexpr const char* TITLE = "The link was not opened";
+constexpr std::size_t WIDTH = 72;  // of a line where a program does not break lines itself
+
+// Zenity reads escapes in its text.
+std::string doubledBackslashes(const std::string& text) {
+  std::string result;
+  for (const char c : text) {
+    result += c;
+    if (c == '\\') {
+      result += c;
+    }
+  }
+  return result;
+}
+
+// With line feeds in the place of blanks.
+std::string wrapped(const std::string& text) {
+  std::string result = text;
+  std::size_t start = 0;
+  std::size_t blank = std::string::npos;
+  for (std::size_t i = 0; i < result.size(); i++) {
+    if (result[i] == ' ') {
+      blank = i;
+    }
+    if (i - start >= WIDTH && blank != std::string::npos) {
+      result[blank] = '\n';
+      start = blank + 1;
+      blank = std::string::npos;
+    }
+  }
+  return result;
+}
+
+bool isSet(const char* name) {
+  const char* const value = std::getenv(name);
+  return value != nullptr && *value != '\0';
+}
+
+[[noreturn]] void run(const program& notifier, const std::string& message) {
+  std::vector<std::string> words = notification(notifier.name, message);
+  std::vector<char*> arguments;
+  for (std::string& word : words) {
+    arguments.push_back(word.data());
+  }
+  arguments.push_back(nullptr);
+  execv(notifier.path.c_str(), arguments.data());
+  _exit(127);
+}
+
+// True when the program ended well within two seconds, or is still there: a window that
+// waits for its button.
+bool shows(const program& notifier, const std::string& message) {
+  constexpr int rounds = 40;
+  constexpr timespec pause = {0, 50'000'000};
+  const pid_t child = fork();
+  if (child == 0) {
+    run(notifier, message);
+  }
+  int status = 0;
+  for (int i = 0; i < rounds; i++) {
+    if (child < 0 || waitpid(child, &status, WNOHANG) != 0) {
+      return child > 0 && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+    }
+    nanosleep(&pause, nullptr);
+  }
+  return true;
+}
+
+// Whoever started us may wait until our streams are closed.
+void leaveStreams() {
+  const int nothing = open("/dev/null", O_RDWR | O_CLOEXEC);
+  for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; stream++) {
+    dup2(nothing, stream);
+  }
+}
+
+}  // namespace
+
+std::vector<std::string> notification(const std::string& program, const std::string& message) {
+  const std::string text = withoutMarkup(message);
+  if (program == "notify-send") {
+    return {program, "--app-name=hopopen", "--icon=hoplaunch", "--", TITLE, text};
+  }
+  if (program == "zenity") {
+    return {program,       "--error",
+            "--no-markup", std::string("--title=") + TITLE,
+            "--width=480", "--text=" + doubledBackslashes(text)};
+  }
+  if (program == "kdialog") {
+    return {program, "--title", TITLE, "--error", text};
+  }
+  return {program, "-center", "-title", TITLE, wrapped(text)};
+}
+
+bool isOnDesktop() {
+  return isatty(STDERR_FILENO) == 0 && (isSet("DISPLAY") || isSet("WAYLAND_DISPLAY"));
+}
+
+void notify(const std::string& message, const programFinder& programs) {
+  std::vector<program> notifiers;
+  for (const std::string& name : NOTIFIERS) {
+    if (const auto found = programs.find(name)) {
+      notifiers.push_back(*found);
+    }
+  }
+  if (notifiers.empty() || fork() != 0) {
+    return;
+  }
+  setsid();
+  leaveStreams();
+  for (const program& notifier : notifiers) {
+    if (shows(notifier, message)) {
+      break;
+    }
+  }
+  _exit(0);
+}
+
+}  // namespace hopopen

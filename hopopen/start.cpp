@@ -1,0 +1,70 @@
+#include "start.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <string_view>
+
+#include "shown.h"
+
+namespace hopopen {
+
+namespace {
+
+std::vector<char*> pointersTo(std::vector<std::string>& texts) {
+  std::vector<char*> result;
+  result.reserve(texts.size() + 1);
+  for (std::string& text : texts) {
+    result.push_back(text.data());
+  }
+  result.push_back(nullptr);
+  return result;
+}
+
+bool isReplaced(const opening& decided, std::string_view name) {
+  const auto& unset = decided.chosen.viewer->unset;
+  const auto& set = decided.filled->environment;
+  return std::find(unset.begin(), unset.end(), name) != unset.end() ||
+         std::any_of(set.begin(), set.end(), [&](const variable& one) { return one.name == name; });
+}
+
+}  // namespace
+
+std::vector<std::string> environmentFor(const opening& decided, const char* const* current) {
+  std::vector<std::string> result;
+  for (; *current != nullptr; current++) {
+    const std::string_view entry = *current;
+    if (!isReplaced(decided, entry.substr(0, entry.find('=')))) {
+      result.emplace_back(entry);
+    }
+  }
+  for (const variable& one : decided.filled->environment) {
+    result.push_back(one.name + '=' + one.value);
+  }
+  return result;
+}
+
+int become(const opening& decided) {
+  const installed& program = decided.chosen.program;
+  const std::string& path = program.terminal ? program.terminal->path : program.viewer.path;
+  std::vector<std::string> arguments = decided.filled->arguments;
+  std::vector<std::string> variables = environmentFor(decided, environ);
+  execve(path.c_str(), pointersTo(arguments).data(), pointersTo(variables).data());
+  return errno;
+}
+
+refusal startFailed(const opening& decided, int error) {
+  const definition& viewer = *decided.chosen.viewer;
+  std::string remedy = "Install it again";
+  if (!viewer.packages.empty()) {
+    remedy += ": " + enumeration(viewer.packages);
+  }
+  return about(decided.what, {code::START,
+                              printable(viewer.title) + " could not be started: " +
+                                  std::strerror(error) + ". " + remedy + '.',
+                              {}});
+}
+
+}  // namespace hopopen

@@ -1,0 +1,70 @@
+#include "launch_log.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+
+namespace {
+
+// Ignores a signal for a scope.
+class signalIgnored {
+ public:
+  explicit signalIgnored(int sig) : m_signal(sig), m_previous(std::signal(sig, SIG_IGN)) {}
+  signalIgnored(const signalIgnored&) = delete;
+  signalIgnored& operator=(const signalIgnored&) = delete;
+  ~signalIgnored() { std::signal(m_signal, m_previous); }
+
+ private:
+  int m_signal;
+  void (*m_previous)(int);
+};
+
+}  // namespace
+
+launchLog::launchLog(const std::string& path) {
+  if (path.empty()) {
+    return;
+  }
+  m_descriptor =
+      open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_LARGEFILE, 0666);
+  if (m_descriptor >= 0 && m_descriptor <= STDERR_FILENO) {
+    // Not in the place of a standard stream that we were started without.
+    const int moved = fcntl(m_descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    close(m_descriptor);
+    m_descriptor = moved;
+  }
+}
+
+launchLog::~launchLog() {
+  if (isOpen()) {
+    close(m_descriptor);
+  }
+}
+
+void launchLog::line(std::initializer_list<std::string_view> pieces) const {
+  if (!isOpen()) {
+    return;
+  }
+  std::string text;
+  for (const std::string_view piece : pieces) {
+    text += piece;
+  }
+  text += '\n';
+  // A pipe whose reader has gone, or a limit on the size of files, would end us.
+  const signalIgnored brokenPipe(SIGPIPE);
+  const signalIgnored fileTooLarge(SIGXFSZ);
+  writeAll(text);
+}
+
+void launchLog::writeAll(std::string_view text) const {
+  while (!text.empty()) {
+    const ssize_t written = write(m_descriptor, text.data(), text.size());
+    if (written > 0) {
+      text.remove_prefix(static_cast<std::size_t>(written));
+    } else if (written == 0 || errno != EINTR) {
+      return;
+    }
+  }
+}

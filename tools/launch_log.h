@@ -1,0 +1,29 @@
+// The log of a launch, which hoplaunch and hopopen share.
+#pragma once
+
+#include <initializer_list>
+#include <string>
+#include <string_view>
+
+/// A log that is appended to, one system call a line, so that launches side by side
+/// do not tear each other's lines.  Whatever goes wrong with it stops nothing, and
+/// its descriptor does not reach the viewer.
+class launchLog {
+ public:
+  /// Opens the file, and makes it if it is missing.  With an empty path there is no log.
+  explicit launchLog(const std::string& path);
+  launchLog(const launchLog&) = delete;
+  launchLog& operator=(const launchLog&) = delete;
+  ~launchLog();
+
+  /// True when lines are written.
+  bool isOpen() const { return m_descriptor >= 0; }
+
+  /// Writes a line of the given pieces.
+  void line(std::initializer_list<std::string_view> pieces) const;
+
+ private:
+  void writeAll(std::string_view text) const;
+
+  int m_descriptor = -1;
+};
