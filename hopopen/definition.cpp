@@ -361,6 +361,7 @@ std::optional<definition> readDefinition(const std::string& name, const std::str
   } else {
     toFaults.complain(parsed.error().source().begin, std::string(parsed.error().description()));
   }
+  inOrder(found, before);
   return found.size() == before ? std::optional(result) : std::nullopt;
 }
 

@@ -21,9 +21,9 @@
 #include "tell.h"
 #include "wishes.h"
 
-namespace {
+namespace hopopen {
 
-using namespace hopopen;  // NOLINT(google-build-using-namespace)
+namespace {
 
 constexpr int FAULTS_FOUND = 4;
 
@@ -142,9 +142,8 @@ int run(const options& asked) {
   }
 }
 
-}  // namespace
-
-int main(int count, char** arguments) {
+// Does what the command line asks for, and returns the exit status.
+int obey(int count, const char* const* arguments) {
   options asked;
   if (const auto instead = readOptions(count, arguments, asked)) {
     say(instead->output);
@@ -152,4 +151,12 @@ int main(int count, char** arguments) {
     return instead->status;
   }
   return run(asked);
+}
+
+}  // namespace
+
+}  // namespace hopopen
+
+int main(int count, char** arguments) {
+  return hopopen::obey(count, arguments);
 }
