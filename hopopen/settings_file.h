@@ -1,5 +1,34 @@
+// Changing the settings file of a user on disk.
+//
+// The file is never written to: a new one is written beside it, synced, and renamed over it.
+// So a reader, a crash or a full disk meets the old file or the new one, whole.  A lock, on a
+// file beside it that stays, lets only one process at a time read, change and rename, so
+// that two at once lose nothing.
 #pragma once
+
+#include <string>
+
+#include "fault.h"
 #include "settings_edit.h"
+
 namespace hopopen {
-std::string changeSettings(const std::string& path, const change& wanted);
-}
+
+/// What became of a change.  All is well when both are empty.
+struct changeResult {
+  faults found;       ///< why the file was not touched: what it says is wrong
+  std::string error;  ///< sentences for people: what failed, and what to do; printable ASCII
+};
+
+/// Changes the settings file at `path`, or makes it.
+///
+/// - Missing folders are made, for their owner alone (mode 0700).
+/// - A symbolic link stays: what it leads to is changed, or made.
+/// - The new file is its owner's alone (mode 0600).
+/// - A file with a fault is never touched.
+/// - When nothing is to be changed, nothing is written.
+/// - When a call fails, the file is as it was, and nothing but the lock is left beside it.
+///
+/// Waits while another process changes the same file.
+changeResult changeSettings(const std::string& path, const change& what);
+
+}  // namespace hopopen
