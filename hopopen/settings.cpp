@@ -5,7 +5,6 @@
 #include <tuple>
 
 #include "characters.h"
-#include "file.h"
 #include "shown.h"
 #include "toml.h"
 
@@ -110,18 +109,6 @@ settings readSettings(const std::string& text, const std::string& file, faults& 
   const faults& all = reading.found();
   found.insert(found.end(), all.begin(), all.end());
   return result;
-}
-
-std::optional<settings> readSettingsFile(const std::string& path, faults& found) {
-  const fileText content = readFile(path);
-  if (!content.found) {
-    return {};
-  }
-  if (!content.error.empty()) {
-    found.push_back({path, 1, 1, content.error});
-    return {};
-  }
-  return readSettings(content.text, path, found);
 }
 
 }  // namespace hopopen

@@ -10,7 +10,6 @@
 #pragma once
 
 #include <map>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -36,9 +35,5 @@ struct settings {
 ///
 /// Keys that are not known mean nothing.
 settings readSettings(const std::string& text, const std::string& file, faults& found);
-
-/// Reads a settings file.  One that is not there is none and no fault; one that cannot be
-/// read is a fault at its first character.
-std::optional<settings> readSettingsFile(const std::string& path, faults& found);
 
 }  // namespace hopopen

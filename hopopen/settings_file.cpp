@@ -180,61 +180,58 @@ std::string replace(const std::string& path, const std::string& text) {
 
 // What is to be done about a file.
 struct plan {
-  changeResult result = {};
+  std::string error = {};                // what hinders it
   std::optional<std::string> text = {};  // what is to be written, if anything is
 };
 
 // `path` is what the file is called where it is told.
 plan planned(const std::string& path, const std::string& target, const change& what) {
-  plan result;
   const fileText old = readFile(target);
-  if (!old.error.empty()) {
-    result.result.found.push_back({path, 1, 1, old.error});
-    return result;
+  faults found;
+  if (old.error.empty()) {
+    readSettings(old.text, path, found);
+  } else {
+    found.push_back({path, 1, 1, old.error});
   }
-  readSettings(old.text, path, result.result.found);
-  if (!result.result.found.empty()) {
-    return result;
+  if (!found.empty()) {
+    return {found.front().lineOfText() + ". Nothing was changed. Fix the file first.", {}};
   }
   const auto text = edited(old.text, what);
   if (!text) {
-    result.result.error = "cannot change " + printable(path) +
-                          " without losing something in it. Nothing was changed. Change it by "
-                          "hand.";
-  } else if (text->size() > LONGEST_FILE) {
-    result.result.error = "cannot write " + printable(path) +
-                          ": it would be larger than 1 MiB. Nothing was changed. Remove "
-                          "something from it, and try again.";
-  } else if (*text != old.text) {
-    result.text = text;
+    return {"cannot change " + printable(path) +
+                " without losing something in it. Nothing was changed. Change it by hand.",
+            {}};
   }
-  return result;
+  if (text->size() > LONGEST_FILE) {
+    return {"cannot write " + printable(path) +
+                ": it would be larger than 1 MiB. Nothing was changed. Remove something from it, "
+                "and try again.",
+            {}};
+  }
+  return {{}, *text == old.text ? std::nullopt : text};
 }
 
 }  // namespace
 
-changeResult changeSettings(const std::string& path, const change& what) {
+std::string changeSettings(const std::string& path, const change& what) {
   const plan first = planned(path, path, what);
   if (!first.text) {
-    return first.result;
+    return first.error;
   }
   const auto target = makeFolders(path) ? followed(path) : std::nullopt;
   if (!target || !makeFolders(*target)) {
-    return {{}, failure(path)};
+    return failure(path);
   }
   // The lock is given up when its descriptor is closed, by whatever ends the process.
   const std::string locked = *target + ".lock";
   const descriptor lock(
       open(locked.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, OWNER_ALONE));
   if (!lock.isOpen() || !isLocked(lock)) {
-    return {{}, failure(locked)};
+    return failure(locked);
   }
   // Others may have changed the file meanwhile.
-  plan last = planned(path, *target, what);
-  if (last.text) {
-    last.result.error = replace(*target, *last.text);
-  }
-  return last.result;
+  const plan last = planned(path, *target, what);
+  return last.text ? replace(*target, *last.text) : last.error;
 }
 
 }  // namespace hopopen

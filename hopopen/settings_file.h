@@ -8,16 +8,9 @@
 
 #include <string>
 
-#include "fault.h"
 #include "settings_edit.h"
 
 namespace hopopen {
-
-/// What became of a change.  All is well when both are empty.
-struct changeResult {
-  faults found;       ///< why the file was not touched: what it says is wrong
-  std::string error;  ///< sentences for people: what failed, and what to do; printable ASCII
-};
 
 /// Changes the settings file at `path`, or makes it.
 ///
@@ -28,7 +21,8 @@ struct changeResult {
 /// - When nothing is to be changed, nothing is written.
 /// - When a call fails, the file is as it was, and nothing but the lock is left beside it.
 ///
-/// Waits while another process changes the same file.
-changeResult changeSettings(const std::string& path, const change& what);
+/// Waits while another process changes the same file.  Returns nothing when all is well;
+/// otherwise what was wrong and what to do, in sentences, printable ASCII.
+std::string changeSettings(const std::string& path, const change& what);
 
 }  // namespace hopopen

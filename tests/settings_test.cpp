@@ -3,10 +3,7 @@
 #include "settings.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-#include <cstdio>
-#include <fstream>
 #include <map>
 #include <string>
 #include <vector>
@@ -185,25 +182,4 @@ TEST(Settings, AddTheirFaultsToThoseOfOthers) {
   ASSERT_EQ(found.size(), 2U);
   EXPECT_EQ(found[0].lineOfText(), "other:9:9: bad");
   EXPECT_EQ(found[1].lineOfText(), "f:1:7: \"use\" must be a table");
-}
-
-TEST(SettingsFile, IsReadWhereItIs) {
-  const std::string path = testing::TempDir() + "settings_test_" + std::to_string(getpid());
-  faults found;
-  EXPECT_FALSE(hopopen::readSettingsFile(path, found));
-  EXPECT_TRUE(found.empty());
-  std::ofstream(path) << "use.vnc = 'a'\n";
-  const auto read = hopopen::readSettingsFile(path, found);
-  ASSERT_TRUE(read);
-  EXPECT_EQ(read->file, path);
-  EXPECT_EQ(read->use, (choices{{"vnc", "a"}}));
-  EXPECT_TRUE(found.empty());
-  std::remove(path.c_str());
-}
-
-TEST(SettingsFile, IsAFaultWhenItCannotBeRead) {
-  faults found;
-  EXPECT_FALSE(hopopen::readSettingsFile("/", found));
-  ASSERT_EQ(found.size(), 1U);
-  EXPECT_EQ(found[0].lineOfText(), "/:1:1: is not a file of text");
 }
