@@ -14,6 +14,7 @@ lines of JSON: each has "client" (1, 2, ...), "event" and what belongs to it.
     login       user, password (as they came: nobody is asked to be who they say)
     client_init shared
     put_out     by: another client did not want to share the desktop
+    format      bits of a pixel, maxima of red, green and blue
     encodings   encodings
     key         down, key (a keysym)
     pointer     buttons, x, y
@@ -130,6 +131,7 @@ class Client:
         number = self.wire.read_number
         if kind == 0:
             self.format = PixelFormat(read(19)[3:])
+            self.note("format", bits=self.format.bits, maxima=self.format.maxima)
         elif kind == 2:
             read(1)
             count = number("H")
