@@ -30,7 +30,10 @@ stop_server() {
 }
 
 # happened EVENT [TEXT]: the server wrote such a line, with the text in it.
-happened() { grep -F "\"event\": \"$1\"" "$server_log" | grep -qF -- "${2:-}"; }
+happened() {
+  local lines
+  lines=$(grep -F "\"event\": \"$1\"" "$server_log") && [[ $lines == *"${2:-}"* ]]
+}
 
 # --- The viewer ----------------------------------------------------------------
 
@@ -44,15 +47,19 @@ pixels() {
 
 # window: the identifier of the viewer's window, by its title.
 viewer_title=hostile
-window() { wmctrl -l 2>/dev/null | grep -F -- "$viewer_title" | cut -d ' ' -f 1 | head -n 1; }
+window() {
+  wmctrl -l 2>/dev/null |
+    awk -v title="$viewer_title" 'index($0, title) && !found++ { print $1 }'
+}
 has_window() { [[ -n $(window) ]]; }
-no_windows() { ! wmctrl -l 2>/dev/null | grep -qv 'another window'; }
+no_windows() { [[ -z $(wmctrl -l 2>/dev/null | sed '/another window/d') ]]; }
 
 # start_another_window: one that is no viewer's, in a corner.
 start_another_window() {
   service xterm xterm -T 'another window' -geometry 12x3+2-2 -e sleep 100000
-  ready xterm eval 'wmctrl -l | grep -q "another window"'
+  ready xterm has_another_window
 }
+has_another_window() { [[ $(wmctrl -l 2>/dev/null) == *'another window'* ]]; }
 
 # start_viewer VIEWER OPTION...: with the options of viewer_vector.py, on the server's port
 # if they have none, and in a session that has secrets.
@@ -165,8 +172,6 @@ is_small() {
 
 shows_desktop() { wait_for 10 covers 50000; }
 covers() { (($(pixels "$desktop_colour") > $1)); }
-shares() { happened client_init '"shared": 1'; }
-shows_and_shares() { shows_desktop && shares; }
 
 # typed_keys: types into the window; the server knows whether it got an "x".
 types() { in_front && sleep 0.5 && xdotool key x && sleep 0.5 && xdotool click 1 && sleep 0.5; }

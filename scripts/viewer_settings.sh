@@ -3,6 +3,13 @@
 # shellcheck shell=bash
 # shellcheck disable=SC2154 # the other scripts set $scratch, $viewer and $session_password
 
+# forget_settings: what a user has who has set nothing.
+forget_settings() {
+  find "$HOME" -mindepth 1 -delete
+  xrdb -remove
+  unset XENVIRONMENT RESOURCE_NAME
+}
+
 settings_tigervnc() {
   mkdir -p "$HOME/.vnc"
   cat >"$HOME/.vnc/default.tigervnc" <<'END'
@@ -53,7 +60,6 @@ settings_gvncviewer() { :; } # it reads none
 test_tightvnc() {
   printf '%s\n' "$session_password" | tigervncpasswd -f >"$scratch/passwd"
   printf 'xtightvncviewer.passwordFile: %s\n' "$scratch/passwd" | xrdb -nocpp -load
-  unset XENVIRONMENT
   unguarded_or passwordFile 'no password of the X resources' keeps_session_password vnc "$viewer"
   xrdb -remove
 }

@@ -39,7 +39,7 @@ found = eval(sys.argv[2])
 print("\n".join(found) if isinstance(found, (list, dict)) else found)' "viewers/$viewer.toml" "$1"
 }
 knows() { [[ $(definition "'$1' in d.get('parameters', {})") == True ]]; }
-unguarded() { definition 'd.get("unguarded", [])' | grep -q "$1"; }
+unguarded() { [[ $(definition 'd.get("unguarded", [])') == *"$1"* ]]; }
 
 # check NAME COMMAND...: a step about this viewer.
 check() { try "$viewer: $1" "${@:2}"; }
@@ -56,7 +56,8 @@ unguarded_or() {
 }
 
 test_desktop() {
-  check 'shows the desktop and shares it' in_session '' shows_and_shares "$viewer"
+  check 'shows the desktop' in_session '' shows_desktop "$viewer"
+  unguarded_or disconnected 'shares the desktop' sees client_init '"shared": 1' '' "$viewer"
   check 'control characters and markup in the title' in_session \
     $'--new-title \e]0;\a<b>&amp;%s%n-hostile' shows_desktop "$viewer"
   check 'is an ordinary window though settings ask for more' in_session '' is_small "$viewer"
@@ -79,7 +80,17 @@ test_clipboard() {
       "$viewer" "${all[@]}"
     check 'no parameter makes it more than a window' in_session '' is_small "$viewer" "${all[@]}"
   fi
-  [[ $viewer != gvncviewer ]] || return 0 # it has none
+}
+
+# Trusted servers get what the user's settings give them, which shows besides that those
+# settings ask for something.
+test_trusted() {
+  [[ $viewer != gvncviewer ]] || return 0 # it has neither settings nor a clipboard
+  check 'is full screen for a trusted server, as the settings ask' \
+    fails in_session '' is_small "$viewer" --trusted
+  forget_settings
+  check 'is small for a trusted server without the settings' \
+    in_session '' is_small "$viewer" --trusted
   check 'a trusted server gets the clipboard' in_session --ask clipboard_goes_out \
     "$viewer" --trusted
   check 'a trusted server sets the clipboard' in_session "--clipboard $server_text" \
@@ -172,6 +183,7 @@ for viewer; do
   test_passwords
   test_addresses
   test_parameters
+  test_trusted
   if declare -F "test_$viewer" >/dev/null; then
     "test_$viewer"
   fi
