@@ -318,16 +318,14 @@ putty_home() {
   puttygen "$scratch/ssh/user" -o "$scratch/ssh/user.ppk"
   putty_session Default%20Settings "UserName=$user" Protocol=telnet PortNumber=23 AgentFwd=1 \
     X11Forward=1 ConnectionSharing=1 "X11Display=$DISPLAY"
+  for host in localhost 127.0.0.1 ::1 ::1%1; do
+    echo y | timeout 20 plink -ssh -P "$port" "$user@$host" exit
+  done >"$scratch/plink.log" 2>&1
   # Saved sessions of the hosts' names, as "putty -load" would load them.
   for host in localhost '[::1]' ::1; do
     putty_session "$host" HostName=localhost Protocol=ssh "PortNumber=$port" "UserName=wrong" \
       ProxyMethod=5 ProxyLocalhost=1 "ProxyTelnetCommand=touch $scratch/command_ran"
   done
-  for host in localhost 127.0.0.1 ::1 ::1%1; do
-    until echo y | plink -batch -ssh -P "$port" "$user@$host" exit 2>&1; do
-      echo y | plink -ssh -P "$port" "$user@$host" exit && break
-    done
-  done >"$scratch/plink.log" 2>&1
 }
 
 # shares_nothing: a first connection, which can be shared and has the agent, is open, and a
