@@ -8,7 +8,7 @@ services=() # process groups
 # processes: those that were started here.  They have a path of the scratch folder in
 # their environment, which this script itself has not; but sshd writes over its own.
 processes() (
-  unset HOME XDG_RUNTIME_DIR PATH LD_PRELOAD
+  unset HOME XDG_RUNTIME_DIR PATH SSH_AUTH_SOCK
   /usr/bin/grep -lsF -- "$scratch" /proc/[0-9]*/environ | /usr/bin/cut -d / -f 3 || true
   for service in "${services[@]}"; do
     kill -0 "$service" 2>/dev/null && printf '%s\n' "$service"

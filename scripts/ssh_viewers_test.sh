@@ -318,37 +318,41 @@ putty_home() {
   puttygen "$scratch/ssh/user" -o "$scratch/ssh/user.ppk"
   putty_session Default%20Settings "UserName=$user" Protocol=telnet PortNumber=23 AgentFwd=1 \
     X11Forward=1 ConnectionSharing=1 "X11Display=$DISPLAY"
-  # It would be loaded by "putty -load".
+  for host in localhost 127.0.0.1 ::1 ::1%1; do
+    echo y | timeout 20 plink -ssh -P "$port" "$user@$host" exit
+  done >"$scratch/plink.log" 2>&1
+  # Saved sessions of the hosts' names, as "putty -load" would load them.
   for host in localhost '[::1]' ::1; do
     putty_session "$host" HostName=localhost Protocol=ssh "PortNumber=$port" "UserName=wrong" \
-      ProxyMethod=5 "ProxyTelnetCommand=touch $scratch/command_ran"
+      ProxyMethod=5 ProxyLocalhost=1 "ProxyTelnetCommand=touch $scratch/command_ran"
   done
-  for host in localhost 127.0.0.1 ::1 ::1%1; do
-    until echo y | plink -batch -ssh -P "$port" "$user@$host" exit 2>&1; do
-      echo y | plink -ssh -P "$port" "$user@$host" exit && break
-    done
-  done >"$scratch/plink.log" 2>&1
 }
 
-# shares_nothing: a first connection that can be shared is open, with the agent, and a link
-# opens its own.
+# shares_nothing: a first connection, which can be shared and has the agent, is open, and a
+# link opens its own.
 shares_nothing() {
   local first status=0
   start putty -ssh -share -A -P "$port" localhost
-  wait_for 40 logged_in || return 1
   first=$group
+  wait_for 40 logged_in || status=1
   vector --port "$port" putty ssh localhost
-  logs_in_and_offers_second || status=1
-  kill -- "-$first" 2>/dev/null
-  wait_for 10 no_window && return "$status"
-}
-logs_in_and_offers_second() {
   start "${words[@]}"
-  wait_for 40 logged_in && server_said 'Connection from' && ! agent_offered
+  wait_for 40 logged_in && server_said 'Connection from' && ! agent_offered || status=1
+  kill -- "-$first" || true
+  ends && return "$status"
+}
+
+# loads_session: what the test can see.
+loads_session() {
+  local status=0
+  start putty -load localhost
+  wait_for 20 command_ran || status=1
+  ends && return "$status"
 }
 
 test_putty() {
   putty_home
+  try 'putty: a saved session of the name runs its command otherwise' loads_session
   try 'putty: the Default Settings are obeyed otherwise' \
     logs_in_and_offers agent_offered screen_offered -- putty -ssh -P "$port" localhost
   vector --port "$port" putty ssh localhost
