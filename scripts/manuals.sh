@@ -99,7 +99,7 @@ definition_keys() { sed -n 's/^    {"\([a-z]*\)", &reader::.*/\1/p' hopopen/defi
 placeholders() { sed -n 's/^    {"\([a-z]*\)", placeholder::.*/{\1}/p' hopopen/template.cpp | sort; }
 
 # opening_json ARGUMENT...: the object that hopopen prints.
-opening_json() { in_home json "$build/hopopen" --format=json "$@"; }
+opening_json() { in_home json "$build/hopopen" --format=json "$@" || true; }
 
 # members [WHERE]: the names of the members of the object on standard input, or of the one
 # that a Python expression finds in it.
