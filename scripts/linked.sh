@@ -43,7 +43,7 @@ needs() {
 # Names of further libraries, and of the front door itself, as a linker knows them: a
 # namespace is its length and its name.
 foreign='3CLI|4toml|8nlohmann|7hopopen'
-has_foreign() { nm "$1" 2>/dev/null | grep -m 5 -E "$foreign"; }
+has_foreign() { grep -m 5 -E "$foreign" <(nm "$1" 2>/dev/null); }
 has_no_foreign() { [[ -s $1 ]] && ! has_foreign "$1"; }
 
 # --- What is compiled in ----------------------------------------------------------
