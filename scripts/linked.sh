@@ -43,7 +43,7 @@ needs() {
 # Names of further libraries, and of the front door itself, as a linker knows them: a
 # namespace is its length and its name.
 foreign='3CLI|4toml|8nlohmann|7hopopen'
-has_foreign() { nm "$1" 2>/dev/null | grep -E "$foreign" | head -n 5 | grep .; }
+has_foreign() { grep -m 5 -E "$foreign" <(nm "$1" 2>/dev/null); }
 has_no_foreign() { [[ -s $1 ]] && ! has_foreign "$1"; }
 
 # --- What is compiled in ----------------------------------------------------------
@@ -73,7 +73,7 @@ includes_more() {
 # No folder of the front door or of another library is searched for headers.
 only_own_folders() {
   local folders
-  folders=$(ninja -C "$build" -t compdb | grep -E "\"command\": .*CMakeFiles/($targets)\\.dir/" |
+  folders=$(ninja -C "$build" -t compdb | grep -E "\"command\": .* -o CMakeFiles/($targets)\\.dir/" |
     grep -oE -- ' -(I|isystem |iquote )[^ ]+' | sort -u)
   printf '%s\n' "$folders"
   diff <(printf ' -I%s\n' "$top/include" "$top/tools") <(printf '%s\n' "$folders")
@@ -81,9 +81,10 @@ only_own_folders() {
 
 check 'hoplaunch needs no shared library' needs "$build/hoplaunch"
 check 'hopopen needs no shared library' needs "$build/hopopen"
-check 'hopexplain needs the C library alone' needs "$build/hopexplain" libc.so.6 libm.so.6
-check 'the library needs those of C and C++' needs "$build/libhoplaunch.so" \
-  libc.so.6 libgcc_s.so.1 libstdc++.so.6
+for file in hopexplain libhoplaunch.so; do
+  check "$file needs the libraries of C and C++ alone" needs "$build/$file" \
+    libc.so.6 libgcc_s.so.1 libstdc++.so.6
+done
 for file in "${made[@]}"; do
   check "${file##*/} has nothing of another library" has_no_foreign "$file"
 done
