@@ -10,3 +10,7 @@ foreach(source ${door_sources})
   add_dependencies(${name} hopopen hoplaunch recording_viewer)
 endforeach()
 wraps(file_test fstat read)
+foreach(name settings_fault_test settings_file_test)
+  wraps(${name} mkdir open flock read write fsync fchmod close rename unlink stat lstat fstat
+    readlink)
+endforeach()
