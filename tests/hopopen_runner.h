@@ -47,7 +47,8 @@ struct Outcome {
   std::string out;
   std::string err;
   std::optional<Recording> viewer;  // or another recording program that was started last
-  double seconds = 0;               // until the process that was started ended
+  pid_t pid = 0;
+  double seconds = 0;  // until the process that was started ended
 };
 
 /// A viewer for vnc, as short as it can be.
@@ -160,6 +161,7 @@ class Machine {
     int screen = -1;
     const pid_t child = start(wanted, screen);
     Outcome result;
+    result.pid = child;
     if (screen >= 0) {
       result.err = readAll(screen);
     }
