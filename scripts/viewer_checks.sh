@@ -40,9 +40,10 @@ happened() {
 # screen: its size and a picture of it.
 screen_width=1100
 screen_height=720
+# pixels COLOUR [PART]: how many of the screen, or of a part of it, have nearly that colour.
 pixels() {
-  xwd -root -silent 2>/dev/null | convert xwd:- -fuzz 2% -transparent "$1" -alpha extract -negate \
-    -precision 9 -format '%[fx:round(mean*w*h)]' info: 2>/dev/null || printf 0
+  xwd -root -silent 2>/dev/null | convert xwd:- ${2:+-crop "$2" +repage} -fuzz 2% \
+    -transparent "$1" -alpha extract -negate -precision 9 -format '%[fx:round(mean*w*h)]' info: 2>/dev/null || printf 0
 }
 
 # window: the identifier of the viewer's window, by its title.
@@ -160,7 +161,15 @@ is_ordinary() {
   [[ $state != *FULLSCREEN* && $state != *MAXIMIZED* && $state != *ABOVE* ]] || return
   local edges
   read -ra edges <<<"$frame"
-  ((${edges[2]:-0} > 10 && top >= edges[2]))
+  ((${edges[2]:-0} > 10 && top >= edges[2])) || has_own_title_bar "$left" "$top"
+}
+# has_own_title_bar LEFT TOP: the program draws it itself, where its window begins.
+has_own_title_bar() {
+  (($1 >= 0 && $2 >= 0)) && [[ $(xprop -id "$(window)" _MOTIF_WM_HINTS) == *'0x2, 0x0, 0x0,'* ]] &&
+    (($(pixels "$desktop_colour" "200x20+$1+$2") == 0))
+}
+is_more_than_a_window() {
+  xprop -id "$(window)" _NET_WM_STATE | grep -e FULLSCREEN -e MAXIMIZED
 }
 # The same of a small desktop, whose window is small as well.
 is_small() {
@@ -178,9 +187,9 @@ types() { in_front && sleep 0.5 && xdotool key x && sleep 0.5 && xdotool click 1
 gets_keys() { types && happened key '"key": 120' && happened pointer '"buttons": 1'; }
 gets_no_keys() { types && ! happened key && ! happened pointer '"buttons": 1'; }
 
-# keyboard_is_free, with the window in front and the pointer in it.
+# keyboard_is_free, once the window has come to the front and the pointer is in it.
 keyboard_is_free() {
-  in_front && sleep 1 && /usr/bin/python3 - <<'PYTHON'
+  another_in_front && sleep 0.5 && in_front && sleep 1 && /usr/bin/python3 - <<'PYTHON'
 import ctypes, ctypes.util, sys
 x11 = ctypes.CDLL(ctypes.util.find_library("X11") or "libX11.so.6")
 x11.XOpenDisplay.restype = ctypes.c_void_p
@@ -211,6 +220,11 @@ clipboard_stays() {
 clipboard_goes_out() {
   uses_clipboard || return
   grep -qF -e "$marked_text" -e "$copied_text" "$server_log"
+}
+clipboard_is_open() {
+  uses_clipboard && another_in_front && sleep 0.5 || return
+  grep -qF -e "$marked_text" -e "$copied_text" "$server_log" ||
+    [[ $(xsel --output --clipboard) == "$server_text" ]]
 }
 clipboard_comes_in() {
   in_front && sleep 2 && another_in_front && sleep 1 || return
