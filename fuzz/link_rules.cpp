@@ -333,11 +333,13 @@ std::vector<stretch> secretsOf(std::string_view text) {
       }
     }
   };
-  const layout parts = layoutOf(text);
-  addValues(parts.query, '&');
-  const std::size_t pairs = find(text, parts.user, ":;");
-  if (pairs < parts.user.end && text[pairs] == ';') {
-    addValues({pairs + 1, find(text, {pairs, parts.user.end}, ":")}, ',');
+  const stretch beforeFragment{begin, find(text, {begin, text.size()}, "#")};
+  const std::size_t query = find(text, beforeFragment, "?");
+  addValues({std::min(query + 1, beforeFragment.end), beforeFragment.end}, '&');
+  const stretch user = text.find("://") == scheme ? layoutOf(text).user : stretch{begin, begin};
+  const std::size_t pairs = find(text, user, ":;");
+  if (pairs < user.end && text[pairs] == ';') {
+    addValues({pairs + 1, find(text, {pairs, user.end}, ":")}, ',');
   }
   result.erase(std::remove_if(result.begin(), result.end(),
                               [](stretch one) { return one.begin >= one.end; }),
