@@ -108,8 +108,10 @@ test_trusted() {
   forget_settings
   check 'is small for a trusted server without the settings' \
     in_session '' is_small "$viewer" --trusted
-  check 'a trusted server gets the clipboard' in_session --ask clipboard_goes_out \
-    "$viewer" --trusted
+  # That of Virt Viewer only comes in.
+  [[ $viewer == virt-viewer ]] ||
+    check 'a trusted server gets the clipboard' in_session --ask clipboard_goes_out \
+      "$viewer" --trusted
   check 'a trusted server sets the clipboard' in_session "--clipboard $server_text" \
     clipboard_comes_in "$viewer" --trusted
 }
