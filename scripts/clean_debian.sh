@@ -31,15 +31,16 @@ furnish() {
   done
   ln -s pts/ptmx "$1/dev/ptmx"
   ln -s /proc/self/fd "$1/dev/fd"
+  ln -s fd/0 "$1/dev/stdin"
   mount -t tmpfs -o mode=1777 tmpfs "$1/dev/shm"
   mount -t devpts -o newinstance,ptmxmode=666 devpts "$1/dev/pts"
 }
 
-# enter ROOT COMMAND...: in the place of this script.
+# enter ROOT FOLDER COMMAND...: runs it there, in the place of this script.
 enter() {
-  exec chroot "$1" env --ignore-environment HOME=/root USER=root LANG=C.UTF-8 TERM=dumb \
+  exec chroot "$1" env --ignore-environment --chdir="$2" HOME=/root USER=root LANG=C.UTF-8 TERM=dumb \
     PATH=/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin \
-    DEBIAN_FRONTEND=noninteractive "${@:2}"
+    DEBIAN_FRONTEND=noninteractive "${@:3}"
 }
 
 # --- Making --------------------------------------------------------------------
@@ -75,7 +76,7 @@ fill() {
   furnish "$debian"
   borrow_cache "$debian/var/cache/apt/archives"
   # shellcheck disable=SC2016  # the other shell's
-  enter "$debian" sh -c 'apt-get update && apt-get install -y --no-install-recommends "$@"' \
+  enter "$debian" / sh -c 'apt-get update && apt-get install -y --no-install-recommends "$@"' \
     sh "$@"
 }
 
@@ -101,7 +102,7 @@ inside() {
   place=$root/srv/hoplaunch
   mount --bind -o ro "$project" "$place"
   mount --bind "$project/build/desktop" "$place/build/desktop"
-  enter "$root" --chdir=/srv/hoplaunch "$@"
+  enter "$root" /srv/hoplaunch "$@"
 }
 
 case ${1:-} in

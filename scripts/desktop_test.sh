@@ -28,11 +28,11 @@ output=build/desktop
 rm -rf "$output"
 mkdir -p "$output"
 
-debian=(chromium dbus desktop-file-utils dunst fonts-dejavu-core gvncviewer imagemagick kdialog
-  krdc libglib2.0-bin libnotify-bin libnss-wrapper openbox openssh-client openssh-server openssl
-  putty putty-tools python3 remmina remmina-plugin-vnc tesseract-ocr tigervnc-standalone-server
-  tigervnc-tools tigervnc-viewer virt-viewer wmctrl x11-apps x11-utils x11-xserver-utils xauth
-  xdg-utils xdotool xsel xtightvncviewer xterm xvfb zenity)
+debian=(adwaita-icon-theme chromium dbus desktop-file-utils dunst fonts-dejavu-core gvncviewer
+  imagemagick kdialog krdc libglib2.0-bin libnotify-bin libnss-wrapper openbox openssh-client
+  openssh-server openssl putty putty-tools python3 remmina remmina-plugin-vnc tesseract-ocr
+  tigervnc-standalone-server tigervnc-tools tigervnc-viewer virt-viewer wmctrl x11-apps x11-utils
+  x11-xserver-utils xauth xdg-utils xdotool xfonts-base xsel xterm xtightvncviewer xvfb zenity)
 
 only=$*
 passed=0
@@ -72,7 +72,7 @@ wait_for_one() {
 # begin NAME COMMAND...: at most as many at once as most tests, which mostly wait, bear.
 at_once=4
 begin() {
-  [[ -z $only || " $only " == *" $1 "* ]] || return 0
+  [[ -z $only || " $only debian " == *" $1 "* ]] || return 0
   while ((${#running[@]} >= at_once)); do
     wait_for_one
   done
@@ -122,12 +122,19 @@ begin_all() {
   done
 }
 
-begin 'package' ./package
-begin 'clean Debian' scripts/clean_debian.sh make "${debian[@]}"
+closing_line() {
+  printf 'It took %d s.\n' "$SECONDS"
+  printf '%d passed, %d failed\n' "$passed" "$failed"
+  ((failed == 0))
+}
+
+begin package ./package
+begin debian scripts/clean_debian.sh make "${debian[@]}"
 wait_for_all
-begin 'packages' scripts/package_test.sh
+if ((failed > 0)); then
+  closing_line
+fi
+begin package-life scripts/package_test.sh
 begin_all
 wait_for_all
-printf 'It took %d s.\n' "$SECONDS"
-printf '%d passed, %d failed\n' "$passed" "$failed"
-((failed == 0))
+closing_line

@@ -103,7 +103,7 @@ test_vnc_viewers() {
 }
 
 test_ssh_viewers() {
-  title=ssh
+  title=uxterm
   show_shell ssh-in-terminal xdg-open "$ssh"
   show_shell openssh-ipv6 hopopen --viewer openssh "ssh://[::1]:$ssh_port"
   title='localhost - PuTTY'
@@ -126,7 +126,7 @@ test_hoplaunch() {
     "vnc://localhost:$((vnc_port - 5900))/"
   title='localhost - PuTTY'
   show_shell hoplaunch-putty hoplaunch -style=separate -portArg=P "$ssh/"
-  title=ssh
+  title=uxterm
   show_shell hoplaunch-ssh-in-terminal hoplaunch -program="$examples/ssh-in-terminal" "$ssh/"
 }
 
