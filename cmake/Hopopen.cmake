@@ -11,6 +11,8 @@ foreach(header CLI/CLI.hpp toml++/toml.h nlohmann/json.hpp)
 endforeach()
 
 add_library(opening STATIC
+  hopopen/catalog.cpp
+  hopopen/catalog_file.cpp
   hopopen/check.cpp
   hopopen/choose.cpp
   hopopen/decide.cpp

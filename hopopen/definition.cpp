@@ -137,8 +137,8 @@ void reader::read(const toml::table& file, definition& into) {
   m_inTerminal = terminal != file.end() && terminal->second.value_or(false);
   for (const auto& [key, value] : file) {
     const std::string_view name = key.str();
-    const auto known = std::find_if(ENTRIES.begin(), ENTRIES.end(),
-                                    [&](const entry& e) { return e.key == name; });
+    const auto known =
+        std::find_if(ENTRIES.begin(), ENTRIES.end(), [&](const entry& e) { return e.key == name; });
     if (known == ENTRIES.end()) {
       complain(key.source().begin, unknownKey(key));
     } else {

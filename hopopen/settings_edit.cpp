@@ -1,6 +1,7 @@
 #include "settings_edit.h"
 
 #include <algorithm>
+#include <memory>
 #include <string_view>
 #include <utility>
 
@@ -353,13 +354,16 @@ bool isRight(const std::string& before, const std::string& after, const change& 
 
 std::optional<std::string> edited(const std::string& text, const change& what) {
   std::string result = text;
+  auto source = std::make_unique<tomlText>(result);
   for (const auto& step : {forget, use, distrust, trust}) {
-    tomlText source(result);
-    if (!source.isGood()) {
+    if (!source->isGood()) {
       return {};
     }
-    std::string next = step(source, what);
-    result = std::move(next);
+    std::string next = step(*source, what);
+    if (next != result) {
+      result = std::move(next);
+      source = std::make_unique<tomlText>(result);
+    }
   }
   return isRight(text, result, what) ? std::optional(result) : std::nullopt;
 }

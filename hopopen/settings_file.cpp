@@ -70,7 +70,7 @@ std::string advice(int error) {
 // REQUIRES: a call has just failed.
 std::string failure(const std::string& path) {
   const int error = errno;
-  return "cannot write " + printable(path) + ": " + std::strerror(error) +
+  return "Cannot write " + printable(path) + ": " + std::strerror(error) +
          ". Nothing was changed. " + advice(error);
 }
 
@@ -198,12 +198,12 @@ plan planned(const std::string& path, const std::string& target, const change& w
   }
   const auto text = edited(old.text, what);
   if (!text) {
-    return {"cannot change " + printable(path) +
+    return {"Cannot change " + printable(path) +
                 " without losing something in it. Nothing was changed. Change it by hand.",
             {}};
   }
   if (text->size() > LONGEST_FILE) {
-    return {"cannot write " + printable(path) +
+    return {"Cannot write " + printable(path) +
                 ": it would be larger than 1 MiB. Nothing was changed. Remove something from it, "
                 "and try again.",
             {}};

@@ -19,21 +19,19 @@ void appendEscaped(std::string& out, char c) {
   out += digits[byte % 16];
 }
 
-// Appends the text, each value of a secret parameter masked.  Parameters begin after any of
-// `starts`; a value ends at the first of `ends`.
-void appendParameters(std::string& out, std::string_view text, std::string_view starts,
-                      std::string_view ends) {
+// Appends the text, each value of a secret parameter masked: those of the query, which end
+// at "&" or "#", and those before it, which end at "," and at what ends the user information.
+void appendParameters(std::string& out, std::string_view text) {
+  const std::size_t query = std::min(text.find_first_of("/?#"), text.size());
   std::size_t name = 0;
   for (std::size_t i = 0; i < text.size(); i++) {
     out += text[i];
+    const std::string_view starts = i < query ? ";," : "/?#&;";
     if (starts.find(text[i]) != std::string_view::npos) {
       name = i + 1;
     } else if (text[i] == '=' && isSecret(decode(text.substr(name, i - name)))) {
-      const std::size_t end = std::min(text.find_first_of(ends, i + 1), text.size());
-      if (end > i + 1) {
-        out += MASK;
-      }
-      i = end - 1;
+      out += MASK;
+      i = std::min(text.find_first_of(i < query ? ",:@/?#" : "&#", i + 1), text.size()) - 1;
     }
   }
 }
@@ -55,21 +53,19 @@ std::string masked(std::string_view link) {
   if (link.substr(start, 2) == "//") {
     start += 2;
   }
-  const std::size_t end = std::min(link.find_first_of("/?#", start), link.size());
-  std::string_view authority = link.substr(start, end - start);
   std::string result(link.substr(0, start));
-  const std::size_t at = authority.rfind('@');
-  const std::size_t colon = authority.find(':');
-  if (at != std::string_view::npos && colon < at) {
-    appendParameters(result, authority.substr(0, colon), ";,", ",");
+  std::string_view rest = link.substr(start);
+  const std::size_t colon = rest.find(':');
+  const std::size_t end =
+      std::min(rest.find_first_of("/?#", std::min(colon, rest.size())), rest.size());
+  const std::size_t at = rest.substr(0, end).rfind('@');
+  if (colon != std::string_view::npos && at != std::string_view::npos && colon < at) {
+    appendParameters(result, rest.substr(0, colon));
     result += ':';
-    if (colon + 1 < at) {
-      result += MASK;
-    }
-    authority.remove_prefix(at);
+    result += MASK;
+    rest.remove_prefix(at);
   }
-  appendParameters(result, authority, ";,", ",:@");
-  appendParameters(result, link.substr(end), "/?#&;", "&#");
+  appendParameters(result, rest);
   return result;
 }
 

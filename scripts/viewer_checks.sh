@@ -30,29 +30,37 @@ stop_server() {
 }
 
 # happened EVENT [TEXT]: the server wrote such a line, with the text in it.
-happened() { grep -F "\"event\": \"$1\"" "$server_log" | grep -qF -- "${2:-}"; }
+happened() {
+  local lines
+  lines=$(grep -F "\"event\": \"$1\"" "$server_log") && [[ $lines == *"${2:-}"* ]]
+}
 
 # --- The viewer ----------------------------------------------------------------
 
 # screen: its size and a picture of it.
 screen_width=1100
 screen_height=720
+# pixels COLOUR [PART]: how many of the screen, or of a part of it, have nearly that colour.
 pixels() {
-  xwd -root -silent 2>/dev/null | convert xwd:- -fuzz 2% -transparent "$1" -alpha extract -negate \
-    -precision 9 -format '%[fx:round(mean*w*h)]' info: 2>/dev/null || printf 0
+  xwd -root -silent 2>/dev/null | convert xwd:- ${2:+-crop "$2" +repage} -fuzz 2% \
+    -transparent "$1" -alpha extract -negate -precision 9 -format '%[fx:round(mean*w*h)]' info: 2>/dev/null || printf 0
 }
 
 # window: the identifier of the viewer's window, by its title.
 viewer_title=hostile
-window() { wmctrl -l 2>/dev/null | grep -F -- "$viewer_title" | cut -d ' ' -f 1 | head -n 1; }
+window() {
+  wmctrl -l 2>/dev/null |
+    awk -v title="$viewer_title" 'index($0, title) && !found++ { print $1 }'
+}
 has_window() { [[ -n $(window) ]]; }
-no_windows() { ! wmctrl -l 2>/dev/null | grep -qv 'another window'; }
+no_windows() { [[ -z $(wmctrl -l 2>/dev/null | sed '/another window/d') ]]; }
 
 # start_another_window: one that is no viewer's, in a corner.
 start_another_window() {
   service xterm xterm -T 'another window' -geometry 12x3+2-2 -e sleep 100000
-  ready xterm eval 'wmctrl -l | grep -q "another window"'
+  ready xterm has_another_window
 }
+has_another_window() { [[ $(wmctrl -l 2>/dev/null) == *'another window'* ]]; }
 
 # start_viewer VIEWER OPTION...: with the options of viewer_vector.py, on the server's port
 # if they have none, and in a session that has secrets.
@@ -153,7 +161,15 @@ is_ordinary() {
   [[ $state != *FULLSCREEN* && $state != *MAXIMIZED* && $state != *ABOVE* ]] || return
   local edges
   read -ra edges <<<"$frame"
-  ((${edges[2]:-0} > 10 && top >= edges[2]))
+  ((${edges[2]:-0} > 10 && top >= edges[2])) || has_own_title_bar "$left" "$top"
+}
+# has_own_title_bar LEFT TOP: the program draws it itself, where its window begins.
+has_own_title_bar() {
+  (($1 >= 0 && $2 >= 0)) && [[ $(xprop -id "$(window)" _MOTIF_WM_HINTS) == *'0x2, 0x0, 0x0,'* ]] &&
+    (($(pixels "$desktop_colour" "200x20+$1+$2") == 0))
+}
+is_more_than_a_window() {
+  xprop -id "$(window)" _NET_WM_STATE | grep -e FULLSCREEN -e MAXIMIZED
 }
 # The same of a small desktop, whose window is small as well.
 is_small() {
@@ -165,17 +181,15 @@ is_small() {
 
 shows_desktop() { wait_for 10 covers 50000; }
 covers() { (($(pixels "$desktop_colour") > $1)); }
-shares() { happened client_init '"shared": 1'; }
-shows_and_shares() { shows_desktop && shares; }
 
 # typed_keys: types into the window; the server knows whether it got an "x".
 types() { in_front && sleep 0.5 && xdotool key x && sleep 0.5 && xdotool click 1 && sleep 0.5; }
 gets_keys() { types && happened key '"key": 120' && happened pointer '"buttons": 1'; }
 gets_no_keys() { types && ! happened key && ! happened pointer '"buttons": 1'; }
 
-# keyboard_is_free, with the window in front and the pointer in it.
+# keyboard_is_free, once the window has come to the front and the pointer is in it.
 keyboard_is_free() {
-  in_front && sleep 1 && /usr/bin/python3 - <<'PYTHON'
+  another_in_front && sleep 0.5 && in_front && sleep 1 && /usr/bin/python3 - <<'PYTHON'
 import ctypes, ctypes.util, sys
 x11 = ctypes.CDLL(ctypes.util.find_library("X11") or "libX11.so.6")
 x11.XOpenDisplay.restype = ctypes.c_void_p
@@ -206,6 +220,11 @@ clipboard_stays() {
 clipboard_goes_out() {
   uses_clipboard || return
   grep -qF -e "$marked_text" -e "$copied_text" "$server_log"
+}
+clipboard_is_open() {
+  uses_clipboard && another_in_front && sleep 0.5 || return
+  grep -qF -e "$marked_text" -e "$copied_text" "$server_log" ||
+    [[ $(xsel --output --clipboard) == "$server_text" ]]
 }
 clipboard_comes_in() {
   in_front && sleep 2 && another_in_front && sleep 1 || return

@@ -18,11 +18,12 @@ source scripts/viewer_checks.sh
 # shellcheck source=scripts/viewer_settings.sh
 source scripts/viewer_settings.sh
 
-vnc_viewers=(tigervnc tightvnc gvncviewer)
+vnc_viewers=(tigervnc tightvnc gvncviewer remmina krdc virt-viewer)
 (($# > 0)) || set -- "${vnc_viewers[@]}"
 
-need gvncviewer imagemagick openbox openssl python3 tigervnc-tools tigervnc-viewer \
-  wmctrl x11-apps x11-utils x11-xserver-utils xdotool xsel xtightvncviewer xterm xvfb
+need gvncviewer imagemagick krdc openbox openssl python3 remmina remmina-plugin-vnc \
+  tigervnc-tools tigervnc-viewer virt-viewer wmctrl x11-apps x11-utils x11-xserver-utils \
+  xdotool xsel xtightvncviewer xterm xvfb
 
 use_scratch_home
 start_screen
@@ -39,7 +40,7 @@ found = eval(sys.argv[2])
 print("\n".join(found) if isinstance(found, (list, dict)) else found)' "viewers/$viewer.toml" "$1"
 }
 knows() { [[ $(definition "'$1' in d.get('parameters', {})") == True ]]; }
-unguarded() { definition 'd.get("unguarded", [])' | grep -q "$1"; }
+unguarded() { [[ $(definition 'd.get("unguarded", [])') == *"$1"* ]]; }
 
 # check NAME COMMAND...: a step about this viewer.
 check() { try "$viewer: $1" "${@:2}"; }
@@ -56,22 +57,37 @@ unguarded_or() {
 }
 
 test_desktop() {
-  check 'shows the desktop and shares it' in_session '' shows_and_shares "$viewer"
+  check 'shows the desktop' in_session '' shows_desktop "$viewer"
+  unguarded_or disconnected 'shares the desktop' sees client_init '"shared": 1' '' "$viewer"
   check 'control characters and markup in the title' in_session \
     $'--new-title \e]0;\a<b>&amp;%s%n-hostile' shows_desktop "$viewer"
-  check 'is an ordinary window though settings ask for more' in_session '' is_small "$viewer"
-  local size
-  for size in '--size 1100x720' '--size 5000x5000' '--resize 1100x720' \
-    '--resize 16384x16384@16 1100x720@2 1x1 --resize-for-ever --every 0.2 --bell'; do
-    check "is an ordinary window with $size" in_session "$size" is_ordinary "$viewer"
-  done
+  if unguarded 'full screen'; then
+    check 'fills the screen, as its unguarded says' in_session '--size 1100x720' \
+      is_more_than_a_window "$viewer"
+  else
+    test_window
+  fi
   unguarded_or keyboard 'the keyboard is not grabbed' in_session '' keyboard_is_free "$viewer"
   unguarded_or disconnected 'a second client leaves the first' in_session '' \
     second_stays_with_first "$viewer"
 }
 
+test_window() {
+  local size
+  check 'is an ordinary window though settings ask for more' in_session '' is_small "$viewer"
+  for size in '--size 1100x720' '--size 5000x5000' '--resize 1100x720' \
+    '--resize 16384x16384@16 1100x720@2 1x1 --resize-for-ever --every 0.2 --bell'; do
+    check "is an ordinary window with $size" in_session "$size" is_ordinary "$viewer"
+  done
+}
+
 test_clipboard() {
   local hostile="--ask --clipboard $server_text" all=()
+  if unguarded clipboard; then
+    check 'the clipboard is open, as its unguarded says' in_session "$hostile" \
+      clipboard_is_open "$viewer"
+    return
+  fi
   check 'the clipboard stays where it is' in_session "$hostile" clipboard_stays "$viewer"
   mapfile -t all < <(every_parameter)
   if ((${#all[@]} > 0)); then
@@ -79,7 +95,19 @@ test_clipboard() {
       "$viewer" "${all[@]}"
     check 'no parameter makes it more than a window' in_session '' is_small "$viewer" "${all[@]}"
   fi
-  [[ $viewer != gvncviewer ]] || return 0 # it has none
+}
+
+# Trusted servers get what the user's settings give them, which shows besides that those
+# settings ask for something.
+test_trusted() {
+  [[ $viewer != gvncviewer ]] || return 0 # it has neither settings nor a clipboard
+  # Those that are unguarded have shown it already, and Virt Viewer has no such settings.
+  unguarded 'full screen' || [[ $viewer == virt-viewer ]] ||
+    check 'is full screen for a trusted server, as the settings ask' \
+      fails in_session '' is_small "$viewer" --trusted
+  forget_settings
+  check 'is small for a trusted server without the settings' \
+    in_session '' is_small "$viewer" --trusted
   check 'a trusted server gets the clipboard' in_session --ask clipboard_goes_out \
     "$viewer" --trusted
   check 'a trusted server sets the clipboard' in_session "--clipboard $server_text" \
@@ -124,6 +152,12 @@ for port in range(int(sys.argv[1]), int(sys.argv[2]) + 1):
 }
 reaches_port() { sees client_init '' "--port $(port_between "$@")" "$viewer"; }
 
+reaches_display() {
+  local port
+  port=$(port_between 5901 5999)
+  sees client_init '' "--port $port" "$viewer" --port $((port - 5900))
+}
+
 test_addresses() {
   check 'the port of a display' reaches_port 5901 5999
   check 'a port above the displays' reaches_port 6000 6099
@@ -132,6 +166,11 @@ test_addresses() {
   case $viewer in
     gvncviewer) ;; # ports below 5900 are refused before it is started, and IPv6 by itself
     tightvnc) test_low_ports ;;
+    remmina | krdc)
+      check 'a port below the displays' reaches_port 5800 5899
+      check 'ports 1 to 99 are displays' reaches_display
+      check IPv6 sees client_init '' '--listen ::1' "$viewer" --host ::1
+      ;;
     *)
       test_low_ports
       check IPv6 sees client_init '' '--listen ::1' "$viewer" --host ::1
@@ -172,6 +211,7 @@ for viewer; do
   test_passwords
   test_addresses
   test_parameters
+  test_trusted
   if declare -F "test_$viewer" >/dev/null; then
     "test_$viewer"
   fi

@@ -1,0 +1,65 @@
+// The rules for links, written anew from what documents say of them and not from the
+// code, to hold the code against.  What is short comes before what is fast here.
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+/// What a link says by the rules.
+struct ruledLink {
+  std::string scheme;  ///< in lower case
+  std::optional<std::string> user;
+  std::optional<std::string> password;
+  std::string host;  ///< in lower case and without a last dot; an IPv6 address as it is written
+  std::string zone;  ///< of an IPv6 address
+  bool bracketed = false;
+  std::optional<unsigned int> port;
+  std::vector<std::pair<std::string, std::string>> parameters;
+  bool fragment = false;
+
+  std::string plainHost() const { return zone.empty() ? host : host + '%' + zone; }
+  std::string bracketedHost() const { return bracketed ? '[' + plainHost() + ']' : host; }
+  /// The host as it stands in a link.
+  std::string linkedHost() const {
+    return zone.empty() ? bracketedHost() : '[' + host + "%25" + zone + ']';
+  }
+};
+
+/// A part of a text, from one offset to before another.
+struct stretch {
+  std::size_t begin;
+  std::size_t end;
+};
+
+/// What comes of a link by the rules: nothing, or the code of the first one that it breaks
+/// and the part of the text in which the fault is.
+struct ruling {
+  std::string code;
+  stretch where;
+};
+
+/// Holds a text against the rules, one after the other.
+/// `known` says whether a viewer is known for a scheme.
+std::optional<ruling> readByRules(std::string_view text,
+                                  const std::function<bool(const std::string&)>& known,
+                                  ruledLink& into);
+
+bool isUserByRules(std::string_view user);
+bool isPasswordByRules(std::string_view password);
+
+/// Two parameters of one name, in whatever letters.
+bool sameName(std::string_view a, std::string_view b);
+
+/// True when both are addresses of one value and have equal zones, or both the same name.
+bool sameHost(const ruledLink& a, const ruledLink& b);
+
+/// Reads a host as a list of trusted ones has it.  False when it is none.
+bool readHostByRules(std::string_view text, ruledLink& into);
+
+/// Where the passwords are, whatever else is wrong with the text.  They may overlap.
+std::vector<stretch> secretsOf(std::string_view text);

@@ -1,0 +1,442 @@
+// What a viewer is given for a link.  An input has a host that is trusted, the link, and a
+// definition; a "!" before the host means that the viewer was chosen by name.  For every
+// link:
+//
+// - It is refused exactly when it breaks a rule, when it asks for a protection that the
+//   definition does not give, when the viewer leaves a stranger something and nobody chose
+//   it, or when it has no display; with the code of the first of these.
+// - Otherwise the argument vector is made of the program's name, or the terminal's and the
+//   path, and the definition's words, in their order, with checked pieces of the link for
+//   their placeholders and nothing else.  What lacks a piece is left out.
+// - So are the variables, but that the password may stand there.
+// - What is told as used and dropped is what was used and dropped.
+//
+// The expectation is made of the text of the definition as the TOML reader gives it, and of
+// the link as the rules of link_rules.h read it.
+
+#include <regex.h>
+
+#include <algorithm>
+#include <map>
+
+#include "decide.h"
+#include "fuzz.h"
+#include "link_rules.h"
+#include "toml.h"
+
+namespace {
+
+using words = std::vector<std::string>;
+
+// Before the definition of every input, which says the rest.
+const std::string HEAD =
+    "name = \"V\"\nschemes = [\"vnc\", \"ssh\", \"x\"]\nprograms = [\"viewer\"]\n";
+
+// --- The definition as it is written ---------------------------------------
+
+words wordsOf(const toml::node& node) {
+  words result;
+  if (const toml::array* const list = node.as_array()) {
+    for (const toml::node& word : *list) {
+      result.push_back(word.value_or(std::string()));
+    }
+    return result;
+  }
+  return {node.value_or(std::string())};
+}
+
+std::vector<words> elementsOf(const toml::node* node) {
+  std::vector<words> result;
+  if (node != nullptr && node->is_array()) {
+    for (const toml::node& one : *node->as_array()) {
+      result.push_back(wordsOf(one));
+    }
+  }
+  return result;
+}
+
+// --- Pieces ----------------------------------------------------------------
+
+std::string encoded(std::string_view text) {
+  std::string result;
+  for (const char c : text) {
+    if (only({&c, 1}, LETTERS) || only({&c, 1}, "0123456789-._~")) {
+      result += c;
+    } else {
+      const auto byte = static_cast<unsigned char>(c);
+      result += {'%', UPPER_HEX[byte / 16], UPPER_HEX[byte % 16]};
+    }
+  }
+  return result;
+}
+
+// What placeholders stand for.
+using pieces = std::map<std::string, std::string>;
+
+pieces piecesOf(const ruledLink& link, std::optional<unsigned int> port) {
+  pieces result = {{"host", link.plainHost()}, {"bracketed", link.bracketedHost()}};
+  if (link.user) {
+    result["user"] = *link.user;
+  }
+  if (link.password) {
+    result["password"] = *link.password;
+  }
+  if (port) {
+    result["port"] = std::to_string(*port);
+    result["display"] = std::to_string(static_cast<int>(*port) - 5900);
+  }
+  result["link"] = link.scheme + "://" + (link.user ? encoded(*link.user) + '@' : "") +
+                   link.linkedHost() + (link.port ? ':' + std::to_string(*link.port) : "");
+  return result;
+}
+
+// What a definition makes of a link.
+class expectation {
+ public:
+  expectation(const toml::table& file, const ruledLink& link, bool trusted)
+      : m_file(file), m_link(link), m_trusted(trusted) {}
+
+  void make(bool chosen);
+
+  std::string code;  // of a refusal
+  words arguments;
+  std::map<std::string, std::string> environment;
+  std::vector<bool> used;
+  words dropped;
+  std::optional<std::string> user() const { return m_link.user; }
+
+ private:
+  bool fill(const std::string& text, const std::string* value, std::string& into);
+  bool append(const std::vector<words>& elements, const std::string* value);
+  const toml::table* rule(const std::string& parameter) const;
+  bool pass(const std::string& parameter, const std::string& value);
+  std::string read(const std::string& name, const std::string& value, bool& isUsed);
+  std::string readCredential(const std::string& value, bool valid,
+                             const std::optional<std::string>& other, bool& isUsed);
+  void takeCredentials();
+  void readParameters();
+  void fillEnvironment();
+  void listDropped();
+
+  const toml::table& m_file;
+  ruledLink m_link;
+  bool m_trusted;
+  pieces m_pieces;
+  std::map<std::string, bool> m_placed;  // the placeholders that were filled in and passed
+  ruledLink m_given;                     // before parameters named a user or a password
+};
+
+// Fills in a text as people read it: "{{" and "}}" are braces, "{NAME}" is a piece.
+bool expectation::fill(const std::string& text, const std::string* value, std::string& into) {
+  std::map<std::string, bool> placed;
+  for (std::size_t i = 0; i < text.size(); i++) {
+    if (text[i] != '{' && text[i] != '}') {
+      into += text[i];
+    } else if (text.compare(i, 2, std::string(2, text[i])) == 0) {
+      into += text[i++];
+    } else {
+      const std::size_t end = text.find('}', i);
+      const std::string name = text.substr(i + 1, end - i - 1);
+      const auto found = m_pieces.find(name);
+      if (name == "value" && value != nullptr) {
+        into += *value;
+      } else if (found != m_pieces.end()) {
+        into += found->second;
+      } else {
+        return false;
+      }
+      placed[name] = true;
+      i = end;
+    }
+  }
+  m_placed.merge(placed);
+  return true;
+}
+
+bool expectation::append(const std::vector<words>& elements, const std::string* value) {
+  const std::size_t before = arguments.size();
+  for (const words& element : elements) {
+    const auto placed = m_placed;
+    words filled;
+    for (const std::string& word : element) {
+      filled.emplace_back();
+      if (!fill(word, value, filled.back())) {
+        filled.clear();
+        m_placed = placed;
+        break;
+      }
+    }
+    arguments.insert(arguments.end(), filled.begin(), filled.end());
+  }
+  return arguments.size() > before;
+}
+
+const toml::table* expectation::rule(const std::string& parameter) const {
+  const toml::table* const rules = m_file["parameters"].as_table();
+  if (rules != nullptr) {
+    for (const auto& [name, values] : *rules) {
+      if (sameName(name.str(), parameter)) {
+        return values.as_table();
+      }
+    }
+  }
+  return nullptr;
+}
+
+bool allows(const std::string& expression, const std::string& value) {
+  regex_t compiled;
+  if (regcomp(&compiled, expression.c_str(), REG_EXTENDED) != 0) {
+    return false;
+  }
+  regmatch_t whole{};
+  const bool found = regexec(&compiled, value.c_str(), 1, &whole, 0) == 0;
+  regfree(&compiled);
+  return found && whole.rm_so == 0 && static_cast<std::size_t>(whole.rm_eo) == value.size();
+}
+
+// Passes what the definition has for a parameter.
+bool expectation::pass(const std::string& parameter, const std::string& value) {
+  const toml::table* const values = rule(parameter);
+  if (values == nullptr) {
+    return false;
+  }
+  const auto allow = (*values)["allow"].value<std::string>();
+  return (!allow || allows(*allow, value)) && append(elementsOf(values->get("arguments")), &value);
+}
+
+bool isOneOf(std::string_view text, std::initializer_list<std::string_view> names) {
+  return std::any_of(names.begin(), names.end(),
+                     [&](std::string_view name) { return sameName(text, name); });
+}
+
+std::string expectation::readCredential(const std::string& value, bool valid,
+                                        const std::optional<std::string>& other, bool& isUsed) {
+  isUsed = !value.empty() && valid && (!other || *other == value);
+  return value.empty() || isUsed ? "" : "user";
+}
+
+// The code of what is wrong with a parameter, or nothing.
+std::string expectation::read(const std::string& name, const std::string& value, bool& isUsed) {
+  if (isOneOf(name, {"ViewOnly"})) {
+    if (isOneOf(value, {"false", "0", "no"})) {
+      return "";
+    }
+    isUsed = isOneOf(value, {"true", "1", "yes", ""}) && pass(name, value);
+    return isUsed ? "" : "restriction";
+  }
+  if (isOneOf(name, {"SecurityType", "ChannelType", "SshHost", "SshPort", "SshUsername", "IdHash",
+                     "IdHashAlgorithm", "fingerprint"})) {
+    if (value.empty() || (value == "1" && isOneOf(name, {"SecurityType", "ChannelType"}))) {
+      return "";
+    }
+    isUsed = pass(name, value);
+    return isUsed ? "" : "restriction";
+  }
+  if (m_link.scheme == "vnc" && isOneOf(name, {"VncUsername"})) {
+    return readCredential(value, isUserByRules(value), m_given.user, isUsed);
+  }
+  if (m_link.scheme == "vnc" && isOneOf(name, {"VncPassword"})) {
+    return readCredential(value, isPasswordByRules(value), m_given.password, isUsed);
+  }
+  isUsed = isOneOf(name, {"Shared", "ColorLevel", "QualityLevel", "CompressLevel", "AutoSelect",
+                          "ConnectionName"}) &&
+           pass(name, value);
+  return "";
+}
+
+void expectation::takeCredentials() {
+  m_given = m_link;
+  for (const auto& [name, value] : m_link.parameters) {
+    if (m_link.scheme == "vnc" && !value.empty()) {
+      if (sameName(name, "VncUsername") && !m_link.user) {
+        m_link.user = value;
+      } else if (sameName(name, "VncPassword") && !m_link.password) {
+        m_link.password = value;
+      }
+    }
+  }
+}
+
+void expectation::readParameters() {
+  for (const auto& [name, value] : m_link.parameters) {
+    bool isUsed = false;
+    code = read(name, value, isUsed);
+    if (!code.empty()) {
+      return;
+    }
+    used.push_back(isUsed);
+  }
+}
+
+void expectation::fillEnvironment() {
+  if (const toml::table* const variables = m_file["environment"].as_table()) {
+    for (const auto& [name, text] : *variables) {
+      std::string value;
+      if (fill(text.value_or(std::string()), nullptr, value)) {
+        environment[std::string(name.str())] = value;
+      }
+    }
+  }
+}
+
+void expectation::listDropped() {
+  if (m_link.password && !m_placed["password"]) {
+    dropped.emplace_back("password");
+  }
+  if (m_link.user && !m_placed["user"] && !m_placed["link"]) {
+    dropped.emplace_back("user");
+  }
+  if (m_link.fragment) {
+    dropped.emplace_back("fragment");
+  }
+  for (std::size_t i = 0; i < used.size(); i++) {
+    if (!used[i]) {
+      dropped.push_back(m_link.parameters[i].first);
+    }
+  }
+}
+
+void expectation::make(bool chosen) {
+  const toml::array* const unguarded = m_file["unguarded"].as_array();
+  if (unguarded != nullptr && !unguarded->empty() && !m_trusted && !chosen) {
+    code = "viewer";
+    return;
+  }
+  takeCredentials();
+  std::optional<unsigned int> port = m_link.port;
+  if (!port) {
+    port = m_file["default"]["port"].value<unsigned int>();
+  }
+  m_pieces = piecesOf(m_link, port);
+  arguments = m_file["terminal"].value_or(false) ? words{"terminal", "-e", "--", "/usr/bin/viewer"}
+                                                 : words{"viewer"};
+  append(elementsOf(m_file.get(m_trusted ? "trusted" : "stranger")), nullptr);
+  readParameters();
+  if (!code.empty()) {
+    return;
+  }
+  append(elementsOf(m_file.get("arguments")), nullptr);
+  fillEnvironment();
+  if (m_placed["display"] && *port < 5900) {
+    code = "port";
+  }
+  listDropped();
+}
+
+// --- The settings ----------------------------------------------------------
+
+bool isAddress(const ruledLink& host) {
+  return host.bracketed || only(host.host, "0123456789.");
+}
+
+// Whether the text, as settings have it, trusts the host.  Nothing when it is no host.
+std::optional<bool> trustsByRules(std::string_view text, const ruledLink& host) {
+  const bool below = text.starts_with('.');
+  ruledLink trusted;
+  if (!readHostByRules(text.substr(below ? 1 : 0), trusted) || (below && isAddress(trusted))) {
+    return {};
+  }
+  if (!below) {
+    return sameHost(trusted, host);
+  }
+  return !isAddress(host) && host.host.ends_with('.' + trusted.host) &&
+         host.host.size() > trusted.host.size() + 1;
+}
+
+hopopen::settings settingsOf(std::string_view trusted) {
+  hopopen::settings result;
+  if (const auto host = hopopen::readTrusted(trusted)) {
+    result.trust.push_back(*host);
+    const auto again = hopopen::readTrusted(host->text());
+    check(again && *again == *host, "a trusted host reads back", host->text());
+  }
+  return result;
+}
+
+std::optional<hopopen::installed> findViewer(const hopopen::definition& viewer) {
+  hopopen::installed result{{"viewer", "/usr/bin/viewer"}, {}, {}};
+  if (viewer.terminal) {
+    result.terminal = {"terminal", "/usr/bin/terminal"};
+    result.separator = {"-e", "--"};
+  }
+  return result;
+}
+
+// --- Comparing -------------------------------------------------------------
+
+std::string shown(const words& list) {
+  std::string result;
+  for (const std::string& word : list) {
+    result += word + '\n';
+  }
+  return result;
+}
+
+void checkFilling(const hopopen::filling& filled, const expectation& expected,
+                  const std::string& text) {
+  checkSame(shown(filled.arguments), shown(expected.arguments),
+            "the arguments are the template with the pieces", text);
+  check(filled.arguments == expected.arguments, "they are those words", text);
+  std::map<std::string, std::string> environment;
+  for (const hopopen::variable& one : filled.environment) {
+    environment[one.name] = one.value;
+  }
+  check(environment == expected.environment && environment.size() == filled.environment.size(),
+        "the variables are the template with the pieces", text);
+  check(filled.user == expected.user(), "the user is the link's", text);
+  check(filled.used == expected.used, "what is used is told", text);
+  checkSame(shown(filled.dropped), shown(expected.dropped), "what is dropped is told", text);
+}
+
+void checkOpening(const std::string& text, const hopopen::definition& viewer,
+                  const toml::table& file, std::string_view host, bool chosen) {
+  const hopopen::definitions known{{viewer}, {}, {}};
+  const hopopen::preferences wishes{{settingsOf(host)}, true, {}};
+  const std::optional<std::string> name =
+      chosen ? std::optional<std::string>("v") : std::optional<std::string>();
+  const hopopen::opening result = hopopen::decide(text, name, {known, wishes, findViewer});
+  const std::string code = result.why ? hopopen::text(result.why->why) : "";
+  check(!result.why || (printable(result.why->message) &&
+                        (!result.why->position || *result.why->position <= text.size())),
+        "a refusal is printable and at a place of the link", text);
+
+  ruledLink link;
+  const auto broken = readByRules(
+      text,
+      [](const std::string& s) {
+        return isOneOf(s, {"vnc", "ssh", "x"});
+      },
+      link);
+  if (broken) {
+    checkSame(code, broken->code, "the first rule that is broken decides", text);
+    return;
+  }
+  const bool trusted = trustsByRules(host, link).value_or(false);
+  check(result.trusted == trusted, "a host is trusted as the settings say", text, host);
+  expectation expected(file, link, trusted);
+  expected.make(chosen);
+  checkSame(code, expected.code, "exactly what cannot be done is refused", text);
+  check(result.filled.has_value() == code.empty(), "what is not refused is decided", text);
+  if (result.filled) {
+    checkFilling(*result.filled, expected, text);
+  }
+}
+
+}  // namespace
+
+void fuzz(std::string_view input) {
+  const auto [host, link, rest] = parts<3>(input);
+  const std::string text = HEAD + rest;
+  if (!cheapExpressions(text)) {
+    return;
+  }
+  hopopen::faults found;
+  const auto viewer = hopopen::readDefinition("v", text, "v.toml", found);
+  if (!viewer) {
+    return;
+  }
+  const toml::parse_result file = toml::parse(text);
+  check(static_cast<bool>(file), "a definition is TOML", text);
+  const bool chosen = host.starts_with('!');
+  checkOpening(link, *viewer, file.table(), std::string_view(host).substr(chosen ? 1 : 0), chosen);
+}
