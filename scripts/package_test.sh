@@ -8,7 +8,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 # shellcheck source=scripts/packages.sh
 source scripts/packages.sh
 if ((EUID != 0)); then
-  printf '%s takes root: it makes a Debian of its own.\n' "$0" >&2
+  printf '%s needs root: it makes a Debian of its own.\n' "$0" >&2
   exit 1
 fi
 need debootstrap
@@ -286,6 +286,19 @@ for opener in 'gio open' xdg-open; do
   # shellcheck disable=SC2086
   check "$opener by the choice, ssh" opens $opener ssh://localhost 'putty <-*> <localhost>'
 done
+# Of the package of before, people were told to copy an entry for another viewer.
+make_viewer x-terminal-emulator
+mkdir -p "$debian/tmp/.local/share/applications"
+cat >"$debian/tmp/.local/share/applications/hoplaunch-ssh.desktop" <<'END'
+[Desktop Entry]
+Type=Application
+Name=SSH links
+Exec=hoplaunch -program=/usr/share/doc/hoplaunch/examples/ssh-in-terminal %u
+MimeType=x-scheme-handler/ssh;
+END
+check 'a copy of the entry counts as before' opens gio open ssh://localhost/ \
+  'x-terminal-emulator <-e> <ssh> <--> <localhost>'
+rm -r "$debian/tmp/.local" "$debian/usr/local/bin/x-terminal-emulator"
 rm "$debian/tmp/.config/mimeapps.list"
 for scheme in vnc ssh; do
   check "the names of before are not offered, $scheme" offers_hopopen_alone "$scheme"
