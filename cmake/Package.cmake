@@ -34,12 +34,12 @@ set(CPACK_COMPONENT_PROGRAM_DESCRIPTION
 hopopen opens a vnc: or ssh: link in the right viewer, safely, or says why it
 does not. It registers itself with the desktop as the handler of such links,
 checks every piece of a link, and passes nothing else on to the viewer.
-Which viewers there are, and how each is started, stands in data files.
+Data files say which viewers there are, and how each is started.
 
 hoplaunch is given one URI, such as vnc://host:5900/?shared=1, looks up the
 viewer program for its scheme, turns the URI into that program's argument
 vector, and becomes the program. hopexplain takes the same command line,
-starts nothing, and tells what hoplaunch would do.")
+starts nothing, and says what hoplaunch would do.")
 
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME libhoplaunch1)
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)

@@ -8,7 +8,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 # shellcheck source=scripts/packages.sh
 source scripts/packages.sh
 if ((EUID != 0)); then
-  printf '%s takes root: it makes a Debian of its own.\n' "$0" >&2
+  printf '%s needs root: it makes a Debian of its own.\n' "$0" >&2
   exit 1
 fi
 need debootstrap
@@ -88,7 +88,7 @@ make_debian() {
   inside apt-get install -y --no-install-recommends desktop-file-utils libglib2.0-bin xdg-utils
   make_viewer vncviewer
   make_viewer putty
-  mkdir -p "$debian/tmp/before" "$debian/tmp/packages" "$debian/usr/local/share/applications"
+  mkdir -p "$debian/tmp/before" "$debian/tmp/packages"
   cp "$before"/hoplaunch_*.deb "$debian/tmp/before/"
   for package in "${packages[@]}"; do
     cp "build/package/${package}"_*.deb "$debian/tmp/packages/"
@@ -164,6 +164,7 @@ refuses() {
 
 # Another handler of both schemes, which comes first where nobody has chosen.
 install_other_handler() {
+  mkdir "$debian/usr/local/share/applications"
   cat >"$debian/usr/local/share/applications/another.desktop" <<'END'
 [Desktop Entry]
 Type=Application
@@ -185,7 +186,7 @@ no_dead_file() {
   local path
   inside dpkg --listfiles hoplaunch >"$scratch/files_now"
   while read -r path; do
-    if [[ -e $debian$path ]]; then
+    if [[ -e $debian$path && ! -d $debian$path ]]; then
       printf 'still there: %s\n' "$path"
       return 1
     fi
@@ -285,12 +286,25 @@ for opener in 'gio open' xdg-open; do
   # shellcheck disable=SC2086
   check "$opener by the choice, ssh" opens $opener ssh://localhost 'putty <-*> <localhost>'
 done
+# Of the package of before, people were told to copy an entry for another viewer.
+make_viewer x-terminal-emulator
+mkdir -p "$debian/tmp/.local/share/applications"
+cat >"$debian/tmp/.local/share/applications/hoplaunch-ssh.desktop" <<'END'
+[Desktop Entry]
+Type=Application
+Name=SSH links
+Exec=hoplaunch -program=/usr/share/doc/hoplaunch/examples/ssh-in-terminal %u
+MimeType=x-scheme-handler/ssh;
+END
+check 'a copy of the entry counts as before' opens gio open ssh://localhost/ \
+  'x-terminal-emulator <-e> <ssh> <--> <localhost>'
+rm -r "$debian/tmp/.local" "$debian/usr/local/bin/x-terminal-emulator"
 rm "$debian/tmp/.config/mimeapps.list"
 for scheme in vnc ssh; do
   check "the names of before are not offered, $scheme" offers_hopopen_alone "$scheme"
 done
 check 'without a choice, the other handler' opens gio open vnc://h 'another <vnc://h>'
-rm "$debian/usr/local/share/applications/"* "$debian/usr/local/bin/another"
+rm -r "$debian/usr/local/share/applications" "$debian/usr/local/bin/another"
 check 'purge after the upgrade' inside dpkg --purge "${packages[@]}"
 check 'nothing is left after the upgrade' nothing_is_left
 

@@ -6,7 +6,7 @@
 # Screen, server, keys, port, agent and home folder are the test's own, on this machine
 # alone.  Installs what it needs.
 #
-#   scripts/ssh_viewers_test.sh [openssh] [putty] [remmina]
+#   scripts/ssh_viewers_test.sh [openssh] [putty] [remmina-ssh]
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 # shellcheck source=scripts/packages.sh
@@ -19,8 +19,8 @@ if [[ ! -x /usr/sbin/sshd ]]; then
   printf 'This test needs openssh-server, whose installation starts a server.\n' >&2
   exit 1
 fi
-need libnss-wrapper openbox openssh-client putty putty-tools python3 remmina wmctrl xauth \
-  xdotool xterm xvfb
+need libnss-wrapper openbox openssh-client putty putty-tools python3 remmina strace wmctrl \
+  xauth xdotool xterm xvfb
 
 use_scratch_home
 start_screen
@@ -160,7 +160,7 @@ logs_in_and_offers() {
     ((status == 0)) || server_log | grep -E 'req|rtype|Starting session'
   else
     status=1
-    cat "$scratch/step.log"
+    grep -v "^$" "$scratch/step.log" | tail -n 5 || true
   fi
   ends && return "$status"
 }
@@ -374,7 +374,78 @@ test_putty() {
   try 'putty: an unknown host key is a question' asks_first "${words[@]}"
 }
 
-(($#)) || set -- openssh putty
+# --- Remmina --------------------------------------------------------------------------
+
+# remmina_home SETTING...: what a new connection starts from; 2 is the agent.
+remmina_home() {
+  mkdir -p "$HOME/.ssh" "$HOME/.config/remmina"
+  chmod 700 "$HOME/.ssh"
+  rm -f "$HOME/.ssh/config"
+  known "$port"
+  printf '%s\n' '[remmina_pref]' periodic_news_permitted=false \
+    periodic_usage_stats_permitted=false '[remmina]' name=default protocol=SSH ssh_auth=2 "$@" \
+    >"$HOME/.config/remmina/remmina.pref"
+}
+
+# goes_to_port_22 USER: where the link has no port.
+goes_to_port_22() {
+  local status=0
+  vector --user "$1" remmina-ssh ssh 127.0.0.2
+  start strace -f -qq -e trace=connect -o "$scratch/connects" "${words[@]}"
+  wait_for 20 grep -q 'htons(22), .*"127.0.0.2"' "$scratch/connects" || status=1
+  ends && return "$status"
+}
+
+# opens_file [--port PORT]: the host has the name of a file in the working folder.
+opens_file() {
+  local status=0 folder=$scratch/profiles words=()
+  mkdir -p "$folder"
+  printf '%s\n' '[remmina]' name=x protocol=SSH "server=localhost:$port" \
+    "precommand=touch $scratch/command_ran" >"$folder/localhost.remmina"
+  vector "$@" remmina-ssh ssh localhost.remmina
+  start env -C "$folder" "${words[@]}"
+  wait_for 8 command_ran || status=1
+  ends && return "$status"
+}
+opens_no_file() { ! opens_file "$@"; }
+
+test_remmina-ssh() {
+  remmina_home
+  vector --port "$port" --user "$user" remmina-ssh ssh localhost
+  try 'remmina: a link logs in and offers nothing' logs_in_and_offers -- "${words[@]}"
+  local host
+  for host in 127.0.0.1 ::1; do
+    vector --port "$port" --user "$user" remmina-ssh ssh "$host"
+    try "remmina: $host" logs_in_and_offers -- "${words[@]}"
+  done
+  try 'remmina: port 22 where the link has none' goes_to_port_22 "$user"
+  vector --port "$port" --user 'DOMAIN\name' remmina-ssh ssh localhost
+  try 'remmina: a user of a domain' names_user 'DOMAIN\\\\name' "${words[@]}"
+  vector --port "$port" --user name@domain.example remmina-ssh ssh localhost
+  try 'remmina: a user with @' names_user name@domain.example "${words[@]}"
+  try 'remmina: a host with a port is no file' opens_no_file --port "$port"
+  # What its unguarded says.
+  try 'remmina: a host without a port is a file' opens_file
+  vector --port "$port" --user "$user" remmina-ssh ssh localhost
+  printf '[localhost]:%s %s\n' "$port" "$(cut -d ' ' -f 1,2 "$scratch/ssh/user.pub")" \
+    >"$HOME/.ssh/known_hosts"
+  try 'remmina: a host key that has changed is taken' logs_in_and_offers -- "${words[@]}"
+  known "$port"
+  remmina_home ssh_forward_x11=1 exec=true
+  try 'remmina: the default profile forwards the screen and sends a command' \
+    default_profile_holds
+}
+
+default_profile_holds() {
+  local status=0
+  vector --port "$port" --user "$user" remmina-ssh ssh localhost
+  start "${words[@]}"
+  wait_for 20 server_said x11-req && wait_for 20 command_sent || status=1
+  ((status == 0)) || server_log | grep -E 'req|Starting'
+  ends && return "$status"
+}
+
+(($#)) || set -- openssh putty remmina-ssh
 for viewer in "$@"; do
   "test_$viewer"
 done

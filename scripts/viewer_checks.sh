@@ -203,8 +203,16 @@ sys.exit(answer != 0)
 PYTHON
 }
 
+# stays_away: a window that was put away is not brought back by the server's bell.
+stays_away() {
+  local shown
+  shown=$(window)
+  xdotool windowminimize "$shown" && sleep 2 && [[ $(xprop -id "$shown" WM_STATE) == *Iconic* ]]
+}
+
 # Moves between windows, with old and new texts.
 uses_clipboard() {
+  xprop -root -remove CUT_BUFFER0
   marks "$marked_text" && copies "$copied_text" && leaves_and_comes_back &&
     marks "$marked_text" && copies "$copied_text" && leaves_and_comes_back && sleep 1
 }
@@ -229,7 +237,8 @@ clipboard_is_open() {
 clipboard_comes_in() {
   in_front && sleep 2 && another_in_front && sleep 1 || return
   printf 'now marked: %s, copied: %s\n' "$(xsel --output --primary)" "$(xsel --output --clipboard)"
-  [[ $(xsel --output --primary) == "$server_text" || $(xsel --output --clipboard) == "$server_text" ]]
+  [[ $(xsel --output --primary) == "$server_text" ||
+    $(xsel --output --clipboard) == "$server_text" ]]
 }
 
 # second_stays_with_first: another of the same viewer does not put out the first.
@@ -245,8 +254,9 @@ has_asked() { happened security || happened disconnect; }
 keeps_session_password() {
   local status=0
   start_server --security "$1" --certificate "$scratch/certificate.pem" \
-    --passwords "$session_password" && start_viewer "${@:2}" && wait_for 10 has_asked && sleep 1.5 &&
-    ! happened vnc_auth && ! happened login && ! grep -qF "$session_user" "$server_log" || status=1
+    --passwords "$session_password" && start_viewer "${@:2}" && wait_for 10 has_asked &&
+    sleep 1.5 && ! happened vnc_auth && ! happened login &&
+    ! grep -qF "$session_user" "$server_log" || status=1
   end_viewers || status=1
   ((status == 0)) || cat "$server_log"
   return "$status"

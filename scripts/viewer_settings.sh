@@ -14,8 +14,8 @@ forget_settings() {
 }
 
 settings_tigervnc() {
-  mkdir -p "$HOME/.vnc"
-  cat >"$HOME/.vnc/default.tigervnc" <<'END'
+  mkdir -p "$HOME/.vnc" "$HOME/.config/tigervnc" # before version 1.14, and since
+  tee "$HOME/.vnc/default.tigervnc" >"$HOME/.config/tigervnc/default.tigervnc" <<'END'
 TigerVNC Configuration file Version 1.0
 
 ServerName=elsewhere.example
@@ -63,7 +63,7 @@ settings_gvncviewer() { :; } # it reads none
 test_tightvnc() {
   printf '%s\n' "$session_password" | tigervncpasswd -f >"$scratch/passwd"
   printf 'xtightvncviewer.passwordFile: %s\n' "$scratch/passwd" | xrdb -nocpp -load
-  unguarded_or passwordFile 'no password of the X resources' keeps_session_password vnc "$viewer"
+  unguarded_or password 'no password of the X resources' keeps_session_password vnc "$viewer"
   xrdb -remove
 }
 

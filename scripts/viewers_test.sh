@@ -58,7 +58,7 @@ unguarded_or() {
 
 test_desktop() {
   check 'shows the desktop' in_session '' shows_desktop "$viewer"
-  unguarded_or disconnected 'shares the desktop' sees client_init '"shared": 1' '' "$viewer"
+  unguarded_or disconnection 'shares the desktop' sees client_init '"shared": 1' '' "$viewer"
   check 'control characters and markup in the title' in_session \
     $'--new-title \e]0;\a<b>&amp;%s%n-hostile' shows_desktop "$viewer"
   if unguarded 'full screen'; then
@@ -67,8 +67,9 @@ test_desktop() {
   else
     test_window
   fi
+  check 'the bell does not bring back the window' in_session --bell stays_away "$viewer"
   unguarded_or keyboard 'the keyboard is not grabbed' in_session '' keyboard_is_free "$viewer"
-  unguarded_or disconnected 'a second client leaves the first' in_session '' \
+  unguarded_or disconnection 'a second client leaves the first' in_session '' \
     second_stays_with_first "$viewer"
 }
 
@@ -108,8 +109,10 @@ test_trusted() {
   forget_settings
   check 'is small for a trusted server without the settings' \
     in_session '' is_small "$viewer" --trusted
-  check 'a trusted server gets the clipboard' in_session --ask clipboard_goes_out \
-    "$viewer" --trusted
+  # That of Virt Viewer only comes in.
+  [[ $viewer == virt-viewer ]] ||
+    check 'a trusted server gets the clipboard' in_session --ask clipboard_goes_out \
+      "$viewer" --trusted
   check 'a trusted server sets the clipboard' in_session "--clipboard $server_text" \
     clipboard_comes_in "$viewer" --trusted
 }
