@@ -1,8 +1,9 @@
 // Starts commands in turn, many rounds of each, and writes what each start took.
 //   paired ROUNDS < TABLE
 // A line of the table is a command: a name, a number N (the command is started in every
-// Nth round only), and the argument vector, separated by tabs.  A line of the output is
-// one start: round, name, nanoseconds, page faults, and peak memory in KiB.
+// Nth round only), and the argument vector, separated by tabs.  What has the form NAME=VALUE in
+// front of the vector goes into the environment.  A line of the output is one start: round,
+// name, nanoseconds, page faults, and peak memory in KiB.
 //
 // Within a round the commands follow each other at once, and each round begins with
 // another of them: what disturbs the machine disturbs all alike.  A start lasts until
@@ -27,6 +28,7 @@ namespace {
 struct command {
   std::string name;
   unsigned int every;
+  std::vector<std::string> environment;
   std::vector<std::string> arguments;
 };
 
@@ -46,7 +48,16 @@ command parse(const std::string& line) {
     fail("a line of the table has too few fields");
   }
   const auto every = static_cast<unsigned int>(std::atoi(fields[1].c_str()));
-  return {fields[0], every > 0 ? every : 1, {fields.begin() + 2, fields.end()}};
+  command result{fields[0], every > 0 ? every : 1, {}, {}};
+  auto field = fields.begin() + 2;
+  for (; field != fields.end() && field->find('=') != std::string::npos; ++field) {
+    result.environment.push_back(*field);
+  }
+  for (char** variable = environ; *variable != nullptr; variable++) {
+    result.environment.emplace_back(*variable);
+  }
+  result.arguments.assign(field, fields.end());
+  return result;
 }
 
 std::vector<command> readTable() {
@@ -85,16 +96,23 @@ long waitForAll(long& faults) {
   return peak;
 }
 
-void start(unsigned int round, const command& what, const posix_spawn_file_actions_t& files) {
-  std::vector<char*> arguments;
-  for (const std::string& argument : what.arguments) {
-    arguments.push_back(const_cast<char*>(argument.c_str()));
+std::vector<char*> pointersTo(const std::vector<std::string>& texts) {
+  std::vector<char*> result;
+  for (const std::string& text : texts) {
+    result.push_back(const_cast<char*>(text.c_str()));
   }
-  arguments.push_back(nullptr);
+  result.push_back(nullptr);
+  return result;
+}
+
+void start(unsigned int round, const command& what, const posix_spawn_file_actions_t& files) {
+  const std::vector<char*> arguments = pointersTo(what.arguments);
+  const std::vector<char*> environment = pointersTo(what.environment);
   pid_t child;
   long faults = 0;
   const long long begin = now();
-  if (posix_spawnp(&child, arguments[0], &files, nullptr, arguments.data(), environ) != 0) {
+  if (posix_spawnp(&child, arguments[0], &files, nullptr, arguments.data(), environment.data()) !=
+      0) {
     fail(arguments[0]);
   }
   const long peak = waitForAll(faults);

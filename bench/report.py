@@ -17,6 +17,9 @@ import subprocess
 import sys
 
 OWN = "hoplaunch"
+DOOR, MANY = "hopopen, 10 definitions", "hopopen, 200 definitions"
+WRAPPED = "hoplaunch, shell wrapper"
+CLICK, OTHER_CLICK = "hopopen, Remmina", "Remmina's own handler"
 STATIC, DYNAMIC = "bare execvp, static", "bare execvp, dynamic"
 SECTION, SEMOP = "section, take and release", "semop, bare"
 READS = ("configuration, read a text", "configuration, read a number")
@@ -88,8 +91,17 @@ def read_launches(folder):
     for launch in result.values():
         launch["against"] = {
             other: ratios(launch["times"], result[other]["times"])
-            for other in (STATIC, DYNAMIC, "gio open", "xdg-open")
+            for other in (STATIC, DYNAMIC, WRAPPED, DOOR, "gio open", "xdg-open")
         }
+    return result
+
+
+def read_clicks(folder):
+    """For each handler: its times by round."""
+    result = collections.defaultdict(dict)
+    with open(folder / "clicks.tsv", encoding="utf-8") as lines:
+        for row, name, time in csv.reader(lines, delimiter="\t"):
+            result[name][row] = int(time)
     return result
 
 
@@ -135,6 +147,13 @@ def launch_table(launches):
                   "page faults", "system calls", "peak KiB"], rows)
 
 
+def click_table(clicks):
+    rows = [[name, spread([time / 1e6 for time in quartiles(times.values())], 1),
+             spread(ratios(times, clicks[OTHER_CLICK]))]
+            for name, times in clicks.items()]
+    return table(["handler", "ms until the first connection", "against Remmina's own"], rows)
+
+
 def library_table(library):
     rows = []
     for (task, size), times in library.items():
@@ -156,6 +175,12 @@ def targets(launches, library):
     yield "launch against gio open", 1 / 5, launch["against"]["gio open"][1]
     yield "launch against xdg-open", 1 / 20, launch["against"]["xdg-open"][1]
     yield "thousand instructions of a launch", 500, launch["instructions"] / 1000
+    door = launches[DOOR]
+    yield "hopopen against hoplaunch with a shell wrapper", 0.9, door["against"][WRAPPED][1]
+    yield "hopopen against gio open", 0.15, door["against"]["gio open"][1]
+    yield "hopopen against xdg-open", 0.05, door["against"]["xdg-open"][1]
+    yield "hopopen against the bare dynamic program", 1.5, door["against"][DYNAMIC][1]
+    yield "hopopen, 200 definitions against 10", 2.0, launches[MANY]["against"][DOOR][1]
     for (task, size), times in library.items():
         name = f"{task}, {size}"
         if task.startswith(BYTES) and size >= 1024:
@@ -272,6 +297,7 @@ def main():
     library = read_library(results)
     tables = {
         "launches": launch_table(launches),
+        "clicks": click_table(read_clicks(results)),
         "library": library_table(library),
         "targets": target_table(launches, library),
     }

@@ -50,15 +50,6 @@ install(FILES ${PROJECT_BINARY_DIR}/hoplaunch.pc
 
 set(share ${CMAKE_INSTALL_DATAROOTDIR})
 install(TARGETS hoplaunch hopexplain RUNTIME COMPONENT program)
-# Desktop entries find the programs that they start by their full paths.
-set(links ${CMAKE_INSTALL_FULL_LIBEXECDIR}/hoplaunch)
-foreach(scheme vnc ssh)
-  configure_file(desktop/hoplaunch-${scheme}.desktop.in hoplaunch-${scheme}.desktop @ONLY)
-  install(FILES ${PROJECT_BINARY_DIR}/hoplaunch-${scheme}.desktop
-    DESTINATION ${share}/applications COMPONENT program)
-  install(PROGRAMS desktop/${scheme}-link
-    DESTINATION ${CMAKE_INSTALL_LIBEXECDIR}/hoplaunch COMPONENT program)
-endforeach()
 install(FILES desktop/hoplaunch.svg
   DESTINATION ${share}/icons/hicolor/scalable/apps COMPONENT program)
 foreach(program hoplaunch hopexplain)
@@ -69,6 +60,9 @@ foreach(program hoplaunch hopexplain)
 endforeach()
 install(FILES completions/_hoplaunch
   DESTINATION ${share}/zsh/vendor-completions COMPONENT program)
+if(HOPLAUNCH_HOPOPEN)
+  include(cmake/InstallHopopen.cmake)
+endif()
 install(FILES README.md SECURITY.md docs/viewers.md
   DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT program)
 install(DIRECTORY docs/images DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT program

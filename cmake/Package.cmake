@@ -19,20 +19,27 @@ set(CPACK_DEBIAN_PROGRAM_PACKAGE_NAME hoplaunch)
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_SECTION net)
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_SHLIBDEPS ON)
 # Without desktop-file-utils most desktops do not see that vnc: and ssh: links have a
-# handler; the command itself does not need it.  The handlers start these viewers and no
-# others, as options differ.
+# handler; the commands themselves do not need it.  hopopen has use for one viewer for each
+# scheme, and for a program that shows why a link was not opened.
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_RECOMMENDS
-  "desktop-file-utils, putty, tigervnc-viewer")
-set(CPACK_DEBIAN_PROGRAM_PACKAGE_SUGGESTS "bash-completion, openssh-client, xdg-utils, xterm | x-terminal-emulator")
+  "desktop-file-utils, \
+libnotify-bin | zenity | kdialog | x11-utils, \
+openssh-client | putty | remmina, \
+tigervnc-viewer | remmina | krdc, \
+xterm | x-terminal-emulator")
+set(CPACK_DEBIAN_PROGRAM_PACKAGE_SUGGESTS
+  "bash-completion, gvncviewer, krdc, putty, remmina, virt-viewer, xdg-utils, xtightvncviewer")
 set(CPACK_COMPONENT_PROGRAM_DESCRIPTION
 "launcher for remote-access URIs such as vnc: and ssh: links
+hopopen opens a vnc: or ssh: link in the right viewer, safely, or says why it
+does not. It registers itself with the desktop as the handler of such links,
+checks every piece of a link, and passes nothing else on to the viewer.
+Data files say which viewers there are, and how each is started.
+
 hoplaunch is given one URI, such as vnc://host:5900/?shared=1, looks up the
 viewer program for its scheme, turns the URI into that program's argument
-vector, and becomes the program.  It registers itself with the desktop as the
-handler of vnc: and ssh: links.
-
-hopexplain takes the same command line, starts nothing, and tells what
-hoplaunch would do.")
+vector, and becomes the program. hopexplain takes the same command line,
+starts nothing, and says what hoplaunch would do.")
 
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME libhoplaunch1)
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)

@@ -8,7 +8,7 @@
 namespace hopopen {
 
 findings checkFiles(const folders& where) {
-  const definitions all = readDefinitions(where.viewers, true);
+  const definitions all = readAllDefinitions(where.viewers);
   const preferences wishes = readPreferences(where);
   findings result{all.found, all.ignored};
   result.found.insert(result.found.end(), wishes.found.begin(), wishes.found.end());

@@ -136,8 +136,9 @@ void reader::read(const toml::table& file, definition& into) {
   const auto terminal = file.find("terminal");
   m_inTerminal = terminal != file.end() && terminal->second.value_or(false);
   for (const auto& [key, value] : file) {
-    const auto known = std::find_if(ENTRIES.begin(), ENTRIES.end(),
-                                    [&](const entry& e) { return e.key == key.str(); });
+    const std::string_view name = key.str();
+    const auto known =
+        std::find_if(ENTRIES.begin(), ENTRIES.end(), [&](const entry& e) { return e.key == name; });
     if (known == ENTRIES.end()) {
       complain(key.source().begin, unknownKey(key));
     } else {
@@ -361,6 +362,7 @@ std::optional<definition> readDefinition(const std::string& name, const std::str
   } else {
     toFaults.complain(parsed.error().source().begin, std::string(parsed.error().description()));
   }
+  inOrder(found, before);
   return found.size() == before ? std::optional(result) : std::nullopt;
 }
 

@@ -1,6 +1,7 @@
 // A fault of a file that a user or an administrator wrote, and where it is.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -18,5 +19,8 @@ struct fault {
 };
 
 using faults = std::vector<fault>;
+
+/// Sorts the faults of one file, those from `first` on, by their places.
+void inOrder(faults& found, std::size_t first);
 
 }  // namespace hopopen

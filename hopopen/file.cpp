@@ -15,8 +15,17 @@ std::string failure(int error) {
   return std::string("cannot be read: ") + std::strerror(error);
 }
 
+std::int64_t nanoseconds(const timespec& time) {
+  return std::int64_t{1'000'000'000} * time.tv_sec + time.tv_nsec;
+}
+
+stamp stampFrom(const struct stat& details) {
+  return {details.st_dev, details.st_ino, static_cast<std::uint64_t>(details.st_size),
+          nanoseconds(details.st_mtim), nanoseconds(details.st_ctim)};
+}
+
 // Reads what the descriptor has; the error, or nothing.
-std::string readAll(int descriptor, std::string& into) {
+std::string readAll(int descriptor, std::string& into, stamp& identity) {
   struct stat details;
   if (fstat(descriptor, &details) != 0) {
     return failure(errno);
@@ -24,6 +33,7 @@ std::string readAll(int descriptor, std::string& into) {
   if (!S_ISREG(details.st_mode)) {
     return "is not a file of text";
   }
+  identity = stampFrom(details);
   char buffer[16384];
   while (into.size() <= LONGEST_FILE) {
     const ssize_t count = read(descriptor, buffer, sizeof buffer);
@@ -52,12 +62,17 @@ fileText readFile(const std::string& path) {
     return result;
   }
   result.found = true;
-  result.error = readAll(descriptor, result.text);
+  result.error = readAll(descriptor, result.text, result.identity);
   close(descriptor);
   if (!result.error.empty()) {
     result.text.clear();
   }
   return result;
+}
+
+std::optional<stamp> stampOf(const std::string& path) {
+  struct stat details;
+  return stat(path.c_str(), &details) == 0 ? std::optional(stampFrom(details)) : std::nullopt;
 }
 
 }  // namespace hopopen

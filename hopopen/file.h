@@ -2,7 +2,10 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
+
+#include "catalog.h"
 
 namespace hopopen {
 
@@ -14,6 +17,7 @@ constexpr std::size_t LONGEST_FILE = 1 << 20;
 struct fileText {
   std::string text;
   bool found = false;  ///< false when there is no such file
+  stamp identity;      ///< of the file that the text is from
   std::string error;   ///< empty when all is well; else printable ASCII without a full stop
 };
 
@@ -22,5 +26,8 @@ struct fileText {
 ///
 ///     readFile("/etc/shadow").error   // "cannot be read: Permission denied"
 fileText readFile(const std::string& path);
+
+/// What tells the file at the path from others; nothing when there is none.
+std::optional<stamp> stampOf(const std::string& path);
 
 }  // namespace hopopen

@@ -47,6 +47,10 @@ std::vector<std::string> absolutePaths(const std::string& list) {
 folders::folders(variableReader get) {
   const std::string config = userFolder(get, "XDG_CONFIG_HOME", "/.config");
   const std::string data = userFolder(get, "XDG_DATA_HOME", "/.local/share");
+  const std::string cache = userFolder(get, "XDG_CACHE_HOME", "/.cache");
+  if (!cache.empty()) {
+    catalogFile = cache + "/viewers";
+  }
   if (!config.empty()) {
     userSettings = config + "/hopopen.toml";
     viewers.push_back(config + "/viewers");

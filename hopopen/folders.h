@@ -18,6 +18,7 @@ struct folders {
 
   std::string userSettings;                ///< the user's settings file, or empty
   std::vector<std::string> otherSettings;  ///< those of administrators, in their order
+  std::string catalogFile;                 ///< the catalog of definitions, or empty
   std::vector<std::string> viewers;        ///< folders with definitions, in their order
 };
 

@@ -88,7 +88,7 @@ verdict checkBrackets(std::string_view text) {
   }
   const std::size_t close = std::min(text.find_first_of("[]", open + 1), text.size());
   if (close >= authority.end()) {
-    return syntax(authority.end(), "The link has a \"[\" without its \"]\". Check the link.");
+    return syntax(authority.end(), R"(The link has a "[" without its "]". Check the link.)");
   }
   if (text[close] == '[') {
     return syntax(close, MISPLACED);

@@ -4,6 +4,7 @@
 #include <iostream>
 #include <string>
 
+#include "catalog_file.h"
 #include "check.h"
 #include "conversion.h"
 #include "datetime.h"
@@ -21,16 +22,16 @@
 #include "tell.h"
 #include "wishes.h"
 
-namespace {
+namespace hopopen {
 
-using namespace hopopen;  // NOLINT(google-build-using-namespace)
+namespace {
 
 constexpr int FAULTS_FOUND = 4;
 
 // What every wish needs: the files, and where programs are.
 struct surroundings {
-  explicit surroundings(const folders& where)
-      : known(readDefinitions(where.viewers)),
+  explicit surroundings(const folders& where, const std::optional<shortcut>& skip = {})
+      : known(readDefinitions(where.viewers, skip)),
         wishes(readPreferences(where)),
         programs(std::getenv("PATH")) {}
 
@@ -86,7 +87,12 @@ void logStart(const opening& decided, const launchLog& log) {
   }
 }
 
-int openLink(const options& asked, const surroundings& around) {
+int openLink(const options& asked, const folders& where) {
+  link scheme;
+  readScheme(asked.link, scheme);  // its fault is found again
+  const catalog known = readCatalog(where.catalogFile);
+  const surroundings around(where, shortcut{known, scheme.scheme});
+  tellFaults(around.known.found, asked.quiet);
   const opening decided = decide(asked.link, asked.viewer, around.all());
   if (asked.dryRun) {
     say(asked.json ? asJSON(decided) : asText(decided));
@@ -101,11 +107,12 @@ int openLink(const options& asked, const surroundings& around) {
   return refuse(startFailed(decided, error), asked, around.programs, log);
 }
 
-int list(const options& asked, const surroundings& around) {
+int list(const options& asked, const folders& where, const surroundings& around) {
   if (!around.wishes.found.empty()) {
     const refusal why{code::SETTINGS, around.wishes.found.front().lineOfText() + '.', {}};
     return refuse(why, asked, around.programs, launchLog(""));
   }
+  keepCatalog(where.catalogFile, around.known);
   say(asked.json ? listAsJSON(around.all()) : listAsText(around.all()));
   return 0;
 }
@@ -130,21 +137,16 @@ int run(const options& asked) {
   if (asked.what == wish::CHECK) {
     return check(asked, where);
   }
+  if (asked.what == wish::OPEN) {
+    return openLink(asked, where);
+  }
   const surroundings around(where);
   tellFaults(around.known.found, asked.quiet);
-  switch (asked.what) {
-    case wish::OPEN:
-      return openLink(asked, around);
-    case wish::LIST:
-      return list(asked, around);
-    default:
-      return change(asked, where, around);
-  }
+  return asked.what == wish::LIST ? list(asked, where, around) : change(asked, where, around);
 }
 
-}  // namespace
-
-int main(int count, char** arguments) {
+// Does what the command line asks for, and returns the exit status.
+int obey(int count, const char* const* arguments) {
   options asked;
   if (const auto instead = readOptions(count, arguments, asked)) {
     say(instead->output);
@@ -152,4 +154,12 @@ int main(int count, char** arguments) {
     return instead->status;
   }
   return run(asked);
+}
+
+}  // namespace
+
+}  // namespace hopopen
+
+int main(int count, char** arguments) {
+  return hopopen::obey(count, arguments);
 }

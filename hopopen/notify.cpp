@@ -18,7 +18,7 @@ namespace {
 constexpr const char* TITLE = "The link was not opened";
 constexpr std::size_t WIDTH = 72;  // of a line where a program does not break lines itself
 
-// Zenity reads escapes in its text.
+// Some programs read escapes in their text.
 std::string doubledBackslashes(const std::string& text) {
   std::string result;
   for (const char c : text) {
@@ -96,7 +96,8 @@ void leaveStreams() {
 std::vector<std::string> notification(const std::string& program, const std::string& message) {
   const std::string text = withoutMarkup(message);
   if (program == "notify-send") {
-    return {program, "--app-name=hopopen", "--icon=hoplaunch", "--", TITLE, text};
+    return {program, "--app-name=hopopen",    "--icon=hoplaunch", "--",
+            TITLE,   doubledBackslashes(text)};
   }
   if (program == "zenity") {
     return {program,       "--error",

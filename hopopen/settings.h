@@ -26,7 +26,14 @@ struct settings {
 };
 
 /// Reads the text of a settings file.  `file` is its path, for the faults, all of which are
-/// appended to `found`.  Keys that are not known mean nothing.
+/// appended to `found`, in the order of the text:
+///
+/// - a text that is no TOML;
+/// - `use` or `trust` that is no table;
+/// - in `use`, a key that is no scheme in lower case, or a value that is no text;
+/// - `hosts` that is no list, or an element of it that is no host.
+///
+/// Keys that are not known mean nothing.
 settings readSettings(const std::string& text, const std::string& file, faults& found);
 
 }  // namespace hopopen

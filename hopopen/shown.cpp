@@ -1,6 +1,8 @@
 #include "shown.h"
 
 #include <algorithm>
+#include <utility>
+#include <vector>
 
 #include "characters.h"
 #include "piece.h"
@@ -19,23 +21,57 @@ void appendEscaped(std::string& out, char c) {
   out += digits[byte % 16];
 }
 
-// Appends the text, each value of a secret parameter masked.  Parameters begin after any of
-// `starts`; a value ends at the first of `ends`.
-void appendParameters(std::string& out, std::string_view text, std::string_view starts,
-                      std::string_view ends) {
-  std::size_t name = 0;
-  for (std::size_t i = 0; i < text.size(); i++) {
-    out += text[i];
-    if (starts.find(text[i]) != std::string_view::npos) {
+// Some bytes of a link: those from `begin` to before `end`.
+struct stretch {
+  std::size_t begin;
+  std::size_t end;
+};
+
+// Adds the value of each secret parameter in a part of the link.  Parameters begin after any
+// of `starts`; a value ends at the first of `ends`.
+void findValues(std::string_view link, stretch part, std::string_view starts, std::string_view ends,
+                std::vector<stretch>& secrets) {
+  std::size_t name = part.begin;
+  for (std::size_t i = part.begin; i < part.end; i++) {
+    if (starts.find(link[i]) != std::string_view::npos) {
       name = i + 1;
-    } else if (text[i] == '=' && isSecret(decode(text.substr(name, i - name)))) {
-      const std::size_t end = std::min(text.find_first_of(ends, i + 1), text.size());
-      if (end > i + 1) {
-        out += MASK;
-      }
+    } else if (link[i] == '=' && isSecret(decode(link.substr(name, i - name)))) {
+      const std::size_t end = std::min(link.find_first_of(ends, i + 1), part.end);
+      secrets.push_back({i + 1, end});
       i = end - 1;
     }
   }
+}
+
+// Adds what would be the password of the user information.  It is looked for after missing
+// and additional slashes, too.
+void findPassword(std::string_view link, std::size_t start, std::vector<stretch>& secrets) {
+  const std::size_t colon = link.find(':', start);
+  if (colon == std::string_view::npos) {
+    return;
+  }
+  const std::size_t end = std::min(link.find_first_of("/?#", colon), link.size());
+  const std::size_t at = link.substr(0, end).rfind('@');
+  if (at != std::string_view::npos && at > colon) {
+    secrets.push_back({colon + 1, at});
+  }
+}
+
+// The link with "***" for each of the stretches, or for several that overlap.
+std::string without(std::string_view link, std::vector<stretch> secrets) {
+  std::sort(secrets.begin(), secrets.end(),
+            [](const stretch& a, const stretch& b) { return a.begin < b.begin; });
+  std::string result;
+  std::size_t shown = 0;  // up to here
+  for (const stretch& secret : secrets) {
+    if (secret.begin >= shown) {
+      result += link.substr(shown, secret.begin - shown);
+      result += MASK;
+    }
+    shown = std::max(shown, secret.end);
+  }
+  result += link.substr(shown);
+  return result;
 }
 
 }  // namespace
@@ -56,21 +92,14 @@ std::string masked(std::string_view link) {
     start += 2;
   }
   const std::size_t end = std::min(link.find_first_of("/?#", start), link.size());
-  std::string_view authority = link.substr(start, end - start);
-  std::string result(link.substr(0, start));
-  const std::size_t at = authority.rfind('@');
-  const std::size_t colon = authority.find(':');
-  if (at != std::string_view::npos && colon < at) {
-    appendParameters(result, authority.substr(0, colon), ";,", ",");
-    result += ':';
-    if (colon + 1 < at) {
-      result += MASK;
-    }
-    authority.remove_prefix(at);
-  }
-  appendParameters(result, authority, ";,", ",:@");
-  appendParameters(result, link.substr(end), "/?#&;", "&#");
-  return result;
+  const std::size_t at = std::min(link.substr(0, end).rfind('@'), end);
+  const std::size_t user = std::min(link.find(':', start), at);
+  std::vector<stretch> secrets;
+  findPassword(link, start, secrets);
+  findValues(link, {start, user}, ";,", ",", secrets);
+  findValues(link, {user, end}, ";,", ",:@", secrets);
+  findValues(link, {end, link.size()}, "/?#&;", "&#", secrets);
+  return without(link, std::move(secrets));
 }
 
 std::string quoted(std::string_view text, std::size_t most) {

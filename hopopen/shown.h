@@ -10,8 +10,8 @@ namespace hopopen {
 
 /// The link with "***" in the place of every password, whatever else is wrong with it:
 ///
-/// - what is between the first colon of the user information and the last "@" before the
-///   next "/", "?" or "#";
+/// - what is between the first colon after the scheme's (and "//") and the last "@" before
+///   the next "/", "?" or "#";
 /// - the values of the parameters `VncPassword`, `SshPassword` and `password`, the names
 ///   percent-decoded and in any letter case.
 ///

@@ -48,7 +48,8 @@ const char* reason(chooser by) {
 
 void tellLink(const opening& told, sheet& out) {
   const link& what = told.what;
-  out.line("link", quoted(masked(what.text), what.text.size()));
+  const std::string shown = masked(what.text);
+  out.line("link", quoted(shown, shown.size()));
   if (!what.scheme.empty()) {
     out.line("scheme", what.scheme);
   }

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Looks into the built launcher for what hardens it (see cmake/Options.cmake).
+# Looks into the built programs for what hardens them (see cmake/Options.cmake).
 #   scripts/hardening.sh [BUILD-FOLDER]
 set -uo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.." || exit 1
@@ -17,7 +17,7 @@ check() {
   fi
 }
 
-for program in hoplaunch hopexplain; do
+for program in hoplaunch hopexplain hopopen; do
   file=$build/$program
   header=$(readelf --wide --file-header "$file")
   segments=$(readelf --wide --program-headers "$file")

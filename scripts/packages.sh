@@ -32,4 +32,4 @@ need() {
 
 # The packages that building takes.
 # shellcheck disable=SC2034  # for the scripts that source this one
-build_packages=(g++ cmake ninja-build)
+build_packages=(g++ cmake ninja-build libcli11-dev libtomlplusplus-dev nlohmann-json3-dev)

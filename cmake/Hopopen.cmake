@@ -1,0 +1,56 @@
+# The front door.  It alone uses further libraries, all of them headers; scripts/linked.sh
+# shows that nothing of them is in the other programs and the library.
+
+foreach(header CLI/CLI.hpp toml++/toml.h nlohmann/json.hpp)
+  find_file(header_${header} ${header})
+  mark_as_advanced(header_${header})
+  if(NOT header_${header})
+    message(FATAL_ERROR "<${header}> is missing.  hopopen needs Debian's packages libcli11-dev, "
+      "libtomlplusplus-dev and nlohmann-json3-dev; -DHOPLAUNCH_HOPOPEN=OFF builds the rest.")
+  endif()
+endforeach()
+
+add_library(opening STATIC
+  hopopen/catalog.cpp
+  hopopen/catalog_file.cpp
+  hopopen/check.cpp
+  hopopen/choose.cpp
+  hopopen/decide.cpp
+  hopopen/definition.cpp
+  hopopen/definitions.cpp
+  hopopen/fault.cpp
+  hopopen/file.cpp
+  hopopen/fill.cpp
+  hopopen/folders.cpp
+  hopopen/host.cpp
+  hopopen/json.cpp
+  hopopen/link.cpp
+  hopopen/list.cpp
+  hopopen/meaning.cpp
+  hopopen/notify.cpp
+  hopopen/options.cpp
+  hopopen/piece.cpp
+  hopopen/preferences.cpp
+  hopopen/programs.cpp
+  hopopen/refusal.cpp
+  hopopen/settings.cpp
+  hopopen/settings_edit.cpp
+  hopopen/settings_file.cpp
+  hopopen/shown.cpp
+  hopopen/start.cpp
+  hopopen/tell.cpp
+  hopopen/tell_json.cpp
+  hopopen/template.cpp
+  hopopen/text_edit.cpp
+  hopopen/toml.cpp
+  hopopen/toml_text.cpp
+  hopopen/trusted.cpp
+  hopopen/wishes.cpp)
+target_include_directories(opening PUBLIC hopopen)
+target_link_libraries(opening PUBLIC launch_log support PRIVATE build_options)
+target_compile_definitions(opening PRIVATE HOPOPEN_VERSION="${PROJECT_VERSION}")
+add_executable(hopopen hopopen/main.cpp)
+target_link_libraries(hopopen PRIVATE opening build_options quick_start)
+if(HOPLAUNCH_STATIC)
+  set_target_properties(hopopen PROPERTIES STATIC_PIE ON)
+endif()

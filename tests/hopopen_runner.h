@@ -1,0 +1,310 @@
+// Runs the built hopopen on a machine of its own: with its own home, folders of data and
+// settings, and programs, and without a desktop unless a test gives it one.
+//
+// Everything is below one new folder: "home", "config" and "data" are the user's (HOME,
+// XDG_CONFIG_HOME and XDG_DATA_HOME), "etc" and "share" the administrators' (XDG_CONFIG_DIRS
+// and XDG_DATA_DIRS), "bin" is PATH, and the program runs in "work".  Files are named by
+// their paths below that folder.
+#pragma once
+
+#include <pty.h>
+#include <sys/prctl.h>
+#include <termios.h>
+
+#include <array>
+#include <initializer_list>
+#include <nlohmann/json.hpp>
+#include <string_view>
+#include <utility>
+
+#include "launcher_runner.h"
+
+namespace door {
+
+namespace fs = std::filesystem;
+using Json = nlohmann::ordered_json;
+using launcher::readFile;
+using launcher::Recording;
+using launcher::split;
+using launcher::Strings;
+
+/// Variables of the environment; those without a value are taken out.
+using Variables = std::map<std::string, std::optional<std::string>>;
+
+/// One command line of hopopen.
+struct Call {
+  Strings arguments;
+  Variables variables = {};               // in place of the usual ones
+  Strings further = {};                   // "NAME=VALUE", behind all other variables
+  bool terminal = false;                  // whether standard error is a terminal
+  Strings under = {};                     // a program, and its arguments, that runs hopopen
+  std::function<void()> prepare = [] {};  // runs in the child before hopopen
+};
+
+/// What came of it.
+struct Outcome {
+  int status = -1;  // the exit status, or 1000 and the signal
+  std::string out;
+  std::string err;
+  std::optional<Recording> viewer;  // or another recording program that was started last
+  pid_t pid = 0;
+  double seconds = 0;  // until the process that was started ended
+};
+
+/// A viewer for vnc, as short as it can be.
+inline const char* const PLAIN =
+    "name = \"Plain\"\n"
+    "schemes = [\"vnc\"]\n"
+    "programs = [\"plain\"]\n"
+    "arguments = [\"{host}\"]\n";
+
+inline bool contains(std::string_view text, std::string_view part) {
+  return text.find(part) != std::string_view::npos;
+}
+
+/// How often `part` stands in `text`.
+inline std::size_t count(std::string_view text, std::string_view part) {
+  std::size_t result = 0;
+  for (std::size_t at = text.find(part); at != std::string_view::npos; at = text.find(part, at)) {
+    ++result;
+    at += part.size();
+  }
+  return result;
+}
+
+/// True when each byte is printable ASCII or a line feed.
+inline bool isPlain(std::string_view text) {
+  return std::all_of(text.begin(), text.end(),
+                     [](char c) { return c == '\n' || (c >= ' ' && c <= '~'); });
+}
+
+class Machine {
+ public:
+  Machine() {
+    prctl(PR_SET_CHILD_SUBREAPER, 1);  // whatever hopopen leaves behind is waited for here
+    std::string pattern = fs::canonical(fs::temp_directory_path()) / "hopopen-test-XXXXXX";
+    if (mkdtemp(pattern.data()) == nullptr) {
+      ADD_FAILURE() << "no folder " << pattern;
+      return;
+    }
+    m_root = pattern;
+    for (const char* name : {"home", "config", "data", "etc", "share", "bin", "work"}) {
+      fs::create_directory(m_root / name);
+    }
+  }
+  Machine(const Machine&) = delete;
+  Machine& operator=(const Machine&) = delete;
+  ~Machine() {
+    settle();
+    std::error_code ignored;
+    fs::remove_all(m_root, ignored);
+  }
+
+  std::string path(const std::string& name) const { return m_root / name; }
+  std::string read(const std::string& name) const { return readFile(path(name)); }
+  bool has(const std::string& name) const { return fs::exists(fs::symlink_status(path(name))); }
+
+  void write(const std::string& name, const std::string& text) const {
+    fs::create_directories(fs::path(path(name)).parent_path());
+    launcher::writeFile(path(name), text);
+  }
+  /// The path of the definition NAME below a folder.
+  static std::string definition(const std::string& name, const std::string& folder = "share") {
+    return folder + "/hoplaunch/viewers/" + name + ".toml";
+  }
+  void define(const std::string& name, const std::string& text,
+              const std::string& folder = "share") const {
+    write(definition(name, folder), text);
+  }
+  /// The path of the settings below a folder.
+  static std::string settings(const std::string& folder = "config") {
+    return folder + "/hoplaunch/hopopen.toml";
+  }
+  void set(const std::string& text, const std::string& folder = "config") const {
+    write(settings(folder), text);
+  }
+
+  /// A program that records what it is given and ends with status 42.
+  void program(const std::string& name, const std::string& folder = "bin") const {
+    fs::create_directories(path(folder));
+    fs::copy_file(RECORDING_VIEWER, fs::path(path(folder)) / name,
+                  fs::copy_options::overwrite_existing);
+  }
+  /// A program that is a script of the shell.
+  void script(const std::string& name, const std::string& text,
+              const std::string& folder = "bin") const {
+    const std::string file = folder + "/" + name;
+    write(file, "#!/bin/sh\nPATH=/usr/bin:/bin\n" + text);
+    fs::permissions(path(file), fs::perms::owner_all);
+  }
+  /// `PLAIN`, with its program.
+  void plain() const {
+    define("plain", PLAIN);
+    program("plain");
+  }
+
+  Variables variables() const {
+    Variables result{{"HOME", path("home")},           {"XDG_CONFIG_HOME", path("config")},
+                     {"XDG_DATA_HOME", path("data")},  {"XDG_CONFIG_DIRS", path("etc")},
+                     {"XDG_DATA_DIRS", path("share")}, {"PATH", path("bin")},
+                     {"RECORDING", path("recording")}};
+    for (const char* name : {"ASAN_OPTIONS", "LSAN_OPTIONS", "UBSAN_OPTIONS"}) {
+      if (const char* value = std::getenv(name)) {
+        result[name] = value;
+      }
+    }
+    return result;
+  }
+
+  Outcome call(const Call& wanted) const {
+    const auto started = std::chrono::steady_clock::now();
+    int screen = -1;
+    const pid_t child = start(wanted, screen);
+    Outcome result;
+    result.pid = child;
+    if (screen >= 0) {
+      result.err = readAll(screen);
+    }
+    int status = 0;
+    if (child <= 0 || waitpid(child, &status, 0) != child) {
+      ADD_FAILURE() << "nothing to wait for";
+      return result;
+    }
+    result.seconds =
+        std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
+    result.status = WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + WTERMSIG(status);
+    result.out = read("out");
+    if (screen < 0) {
+      result.err = read("err");
+    }
+    result.viewer = launcher::Workshop::recording(path("recording"));
+    return result;
+  }
+  Outcome run(const Strings& arguments, const Variables& changed = {}) const {
+    return call({.arguments = arguments, .variables = changed});
+  }
+
+  /// What a dry run with these arguments tells.
+  Json dry(Strings arguments, const Variables& changed = {}) const {
+    arguments.insert(arguments.begin(), {"--dry-run", "--format=json"});
+    return json(arguments, changed);
+  }
+  /// What hopopen tells with these arguments, which ask for JSON.
+  Json json(const Strings& arguments, const Variables& changed = {}) const {
+    const Outcome outcome = run(arguments, changed);
+    EXPECT_TRUE(isPlain(outcome.out)) << outcome.out;
+    EXPECT_EQ(1U, count(outcome.out, "\n")) << outcome.out;
+    Json result = Json::parse(outcome.out, nullptr, false);
+    EXPECT_FALSE(result.is_discarded()) << "no JSON: " << outcome.out << outcome.err;
+    return result;
+  }
+  /// The code of the refusal that a dry run tells, or the name of the viewer.
+  std::string comesOf(const Strings& arguments, const Variables& changed = {}) const {
+    const Json told = dry(arguments, changed);
+    if (told["launch"] == true) {
+      return told["viewer"]["name"];
+    }
+    return "refused: " + told["refusal"]["code"].get<std::string>();
+  }
+  /// What the viewer is given by a launch that works.
+  Strings launch(const Strings& arguments, const Variables& changed = {}) const {
+    const Outcome outcome = run(arguments, changed);
+    EXPECT_EQ(42, outcome.status) << outcome.err;
+    if (!outcome.viewer) {
+      ADD_FAILURE() << "no viewer was started: " << outcome.err;
+      return {};
+    }
+    return outcome.viewer->arguments;
+  }
+
+  /// Waits for all processes that hopopen left behind.
+  static void settle() {
+    while (waitpid(-1, nullptr, 0) > 0) {
+    }
+  }
+
+ private:
+  pid_t start(const Call& wanted, int& screen) const {
+    Variables variables = this->variables();
+    for (const auto& [name, value] : wanted.variables) {
+      variables[name] = value;
+    }
+    Strings texts;
+    for (const auto& [name, value] : variables) {
+      if (value) {
+        texts.push_back(name + "=" + *value);
+      }
+    }
+    texts.insert(texts.end(), wanted.further.begin(), wanted.further.end());
+    Strings words = wanted.under;
+    words.push_back(HOPOPEN);
+    words.insert(words.end(), wanted.arguments.begin(), wanted.arguments.end());
+    int other = -1;
+    if (wanted.terminal && openpty(&screen, &other, nullptr, nullptr, nullptr) != 0) {
+      ADD_FAILURE() << "no terminal";
+    }
+    const pid_t child = fork();
+    if (child == 0) {
+      redirect("/dev/null", 0);
+      redirect(m_root / "out", 1);
+      wanted.terminal ? replace(other, 2) : redirect(m_root / "err", 2);
+      if (screen >= 0) {
+        close(screen);
+      }
+      become(words, texts, wanted.prepare);
+    }
+    if (other >= 0) {
+      close(other);
+    }
+    return child;
+  }
+
+  [[noreturn]] void become(Strings& words, Strings& texts,
+                           const std::function<void()>& prepare) const {
+    if (chdir(path("work").c_str()) != 0) {
+      _exit(126);
+    }
+    prepare();
+    execve(words[0].c_str(), pointers(words).data(), pointers(texts).data());
+    perror("execve");
+    _exit(127);
+  }
+
+  static std::vector<char*> pointers(Strings& texts) {
+    std::vector<char*> result;
+    for (std::string& text : texts) {
+      result.push_back(text.data());
+    }
+    result.push_back(nullptr);
+    return result;
+  }
+
+  static void replace(int file, int descriptor) {
+    if (file < 0 || (file != descriptor && (dup2(file, descriptor) < 0 || close(file) != 0))) {
+      _exit(125);
+    }
+  }
+  static void redirect(const fs::path& name, int descriptor) {
+    replace(open(name.c_str(), O_RDWR | O_CREAT | O_TRUNC, 0666), descriptor);
+  }
+
+  // Until the last process that has the terminal has closed it.
+  static std::string readAll(int screen) {
+    std::string result;
+    std::array<char, 4096> buffer{};
+    for (;;) {
+      const ssize_t got = ::read(screen, buffer.data(), buffer.size());
+      if (got <= 0) {
+        break;
+      }
+      result.append(buffer.data(), static_cast<std::size_t>(got));
+    }
+    close(screen);
+    result.erase(std::remove(result.begin(), result.end(), '\r'), result.end());
+    return result;
+  }
+
+  fs::path m_root;
+};
+
+}  // namespace door
