@@ -43,6 +43,7 @@ add_library(opening STATIC
   hopopen/template.cpp
   hopopen/text_edit.cpp
   hopopen/toml.cpp
+  hopopen/toml_read.cpp
   hopopen/toml_text.cpp
   hopopen/trusted.cpp
   hopopen/wishes.cpp)

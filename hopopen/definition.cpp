@@ -356,7 +356,7 @@ std::optional<definition> readDefinition(const std::string& name, const std::str
   definition result;
   result.name = name;
   reader toFaults(file, found);
-  const toml::parse_result parsed = toml::parse(text);
+  const toml::parse_result parsed = readToml(text);
   if (parsed) {
     toFaults.read(parsed.table(), result);
   } else {

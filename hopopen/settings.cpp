@@ -99,7 +99,7 @@ settings readSettings(const std::string& text, const std::string& file, faults& 
   settings result;
   result.file = file;
   reader reading(result);
-  const toml::parse_result parsed = toml::parse(text);
+  const toml::parse_result parsed = readToml(text);
   if (parsed) {
     reading.read(parsed.table());
   } else {

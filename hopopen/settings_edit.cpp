@@ -348,7 +348,7 @@ bool isRight(const std::string& before, const std::string& after, const change& 
   if (!found.empty() || made.use != wanted.use || made.trust != wanted.trust) {
     return false;
   }
-  return others(toml::parse(before).table()) == others(toml::parse(after).table());
+  return others(readToml(before).table()) == others(readToml(after).table());
 }
 
 }  // namespace

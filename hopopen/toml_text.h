@@ -31,7 +31,7 @@ class tomlText {
  public:
   /// The text must outlive the object.
   explicit tomlText(const std::string& text)
-      : m_text(text), m_parsed(toml::parse(text)), m_offset(textStart(text)) {}
+      : m_text(text), m_parsed(readToml(text)), m_offset(textStart(text)) {}
 
   /// False when the text is no TOML.
   bool isGood() const { return m_parsed.succeeded(); }

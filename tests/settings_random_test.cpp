@@ -53,7 +53,7 @@ const std::vector<std::pair<std::string, std::string>> HOSTS = {
     {"[fe80::1%25a]", "[fe80::1%25a]"},
 };
 const std::vector<std::string> SCHEMES = {"a", "b", "b+c", "c", "d.e"};
-const std::vector<std::string> VIEWERS = {"v1", "v2", "new-1"};
+const std::vector<std::string> NAMES = {"v1", "v2", "new-1"};
 
 // What a file says, without the help of what is tried.
 struct Said {
@@ -97,7 +97,7 @@ class Changes {
         result.use[scheme] = std::nullopt;
         into.use.erase(scheme);
       } else {
-        const std::string& viewer = VIEWERS[below(VIEWERS.size())];
+        const std::string& viewer = NAMES[below(NAMES.size())];
         result.use[scheme] = viewer;
         into.use[scheme] = viewer;
       }
