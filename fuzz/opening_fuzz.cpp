@@ -390,7 +390,8 @@ void checkFilling(const hopopen::filling& filled, const expectation& expected,
 
 void checkOpening(const std::string& text, const hopopen::definition& viewer,
                   const toml::table& file, std::string_view host, bool chosen) {
-  const hopopen::definitions known{{viewer}, {}, {}};
+  hopopen::definitions known;
+  known.viewers.push_back(viewer);
   const hopopen::preferences wishes{{settingsOf(host)}, true, {}};
   const std::optional<std::string> name =
       chosen ? std::optional<std::string>("v") : std::optional<std::string>();
