@@ -43,11 +43,11 @@ screen_height=720
 # pixels COLOUR [PART]: how many of the screen, or of a part of it, have nearly that colour.
 pixels() {
   xwd -root -silent 2>/dev/null | convert xwd:- ${2:+-crop "$2" +repage} -fuzz 2% \
-    -transparent "$1" -alpha extract -negate -precision 9 -format '%[fx:round(mean*w*h)]' info: 2>/dev/null || printf 0
+    -transparent "$1" -alpha extract -negate -precision 9 \
+    -format '%[fx:round(mean*w*h)]' info: 2>/dev/null || printf 0
 }
 
-# window: the identifier of the viewer's window, by its title.
-viewer_title=hostile
+# window: the identifier of the viewer's window, by $viewer_title.
 window() {
   wmctrl -l 2>/dev/null |
     awk -v title="$viewer_title" 'index($0, title) && !found++ { print $1 }'
@@ -249,12 +249,14 @@ second_stays_with_first() {
 }
 
 # keeps_session_password TYPE VIEWER OPTION...: a server that asks that way gets nothing of
-# the session.  It is enough that the viewer has seen the question.
-has_asked() { happened security || happened disconnect; }
+# the session.  It is enough that the viewer has seen the question: it
+# answers, goes, or does neither for ten seconds.
+has_reacted() { happened security || happened disconnect; }
+has_seen_question() { wait_for 10 has_reacted || happened version; }
 keeps_session_password() {
   local status=0
   start_server --security "$1" --certificate "$scratch/certificate.pem" \
-    --passwords "$session_password" && start_viewer "${@:2}" && wait_for 10 has_asked &&
+    --passwords "$session_password" && start_viewer "${@:2}" && has_seen_question &&
     sleep 1.5 && ! happened vnc_auth && ! happened login &&
     ! grep -qF "$session_user" "$server_log" || status=1
   end_viewers || status=1

@@ -213,6 +213,7 @@ test_parameters() {
 }
 
 for viewer; do
+  viewer_title=hostile # the server's, unless the settings know another
   "settings_$viewer"
   test_desktop
   test_clipboard
