@@ -53,8 +53,16 @@ command parse(const std::string& line) {
   for (; field != fields.end() && field->find('=') != std::string::npos; ++field) {
     result.environment.push_back(*field);
   }
+  const std::size_t own = result.environment.size();
   for (char** variable = environ; *variable != nullptr; variable++) {
-    result.environment.emplace_back(*variable);
+    const std::string name(*variable, std::strcspn(*variable, "=") + 1);
+    bool replaced = false;
+    for (std::size_t i = 0; i < own; i++) {
+      replaced = replaced || result.environment[i].compare(0, name.size(), name) == 0;
+    }
+    if (!replaced) {
+      result.environment.emplace_back(*variable);
+    }
   }
   result.arguments.assign(field, fields.end());
   return result;

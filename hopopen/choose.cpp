@@ -36,7 +36,7 @@ verdict follow(const candidates& among, const std::string& scheme, const wanted&
   const std::string other = remedy(wish.by, scheme);
   const definition* const viewer = among.known.named(wish.viewer);
   if (viewer == nullptr) {
-    return withoutPlace(code::CHOICE, "The chosen viewer " + quoted(wish.viewer, SHORT) +
+    return withoutPlace(code::CHOICE, "The chosen viewer " + shownWord(wish.viewer) +
                                           " is not known. See \"hopopen --list\", and " + other +
                                           ".");
   }

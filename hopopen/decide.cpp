@@ -32,7 +32,7 @@ verdict open(const std::optional<std::string>& viewer, const candidates& among, 
   link& what = into.what;
   if (!among.known.open(what.scheme)) {
     return refusal{code::SCHEME,
-                   "No viewer is known for " + what.scheme +
+                   "No viewer is known for " + shownWord(what.scheme) +
                        " links. \"hopopen --list\" shows which links can be opened.",
                    0};
   }
@@ -64,7 +64,7 @@ verdict open(const std::optional<std::string>& viewer, const candidates& among, 
 }  // namespace
 
 refusal about(const link& what, refusal why) {
-  why.message = "Cannot open " + quoted(masked(what.text), SHORT) + ". " + why.message;
+  why.message = "Cannot open " + shownWord(what.text) + ". " + why.message;
   return why;
 }
 

@@ -129,7 +129,7 @@ constexpr std::array<reader::entry, 14> reader::ENTRIES = {{
 }};
 
 std::string unknownKey(const toml::key& key) {
-  return quoted(key.str(), SHORT) + " is not a key that is known here";
+  return shownWord(key.str()) + " is not a key that is known here";
 }
 
 void reader::read(const toml::table& file, definition& into) {
@@ -296,7 +296,7 @@ void reader::readParameter(const toml::key& key, const toml::node& value, defini
   parameterRule rule;
   rule.name = key.str();
   if (!isConfigurable(rule.name)) {
-    complain(key.source().begin, quoted(rule.name, SHORT) + " is not a parameter that is known");
+    complain(key.source().begin, shownWord(rule.name) + " is not a parameter that is known");
   } else if (into.rule(rule.name) != nullptr) {
     complain(key.source().begin, "this parameter is there already, in other letters");
   }

@@ -157,8 +157,9 @@ class interpreter {
   interpreter(const link& what, const definition& viewer, pieces& values, filling& into)
       : m_link(what), m_viewer(viewer), m_values(values), m_filling(into) {}
 
+  // Templates may ask for the user before the parameter comes that names it.
+  void takeCredentials();
   verdict readAll() {
-    takeCredentials();
     for (const parameter& one : m_link.parameters) {
       bool used = false;
       if (auto fault = read(one, used)) {
@@ -170,8 +171,6 @@ class interpreter {
   }
 
  private:
-  // Templates may ask for the user before the parameter comes that names it.
-  void takeCredentials();
   verdict read(const parameter& one, bool& used);
   bool pass(const parameter& one);
   refusal restriction(const parameter& one, const std::string& wish) const;
@@ -293,8 +292,9 @@ verdict fill(const link& what, bool trusted, const definition& viewer, const ins
              filling& into) {
   pieces values(what, viewer);
   appendTerminal(program, into.arguments);
-  values.append(trusted ? viewer.trusted : viewer.stranger, nullptr, into.arguments);
   interpreter parameters(what, viewer, values, into);
+  parameters.takeCredentials();
+  values.append(trusted ? viewer.trusted : viewer.stranger, nullptr, into.arguments);
   if (auto fault = parameters.readAll()) {
     return fault;
   }

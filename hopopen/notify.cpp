@@ -6,6 +6,7 @@
 
 #include <cstdlib>
 #include <ctime>
+#include <string_view>
 
 #include "shown.h"
 
@@ -16,9 +17,9 @@ const std::vector<std::string> NOTIFIERS = {"notify-send", "zenity", "kdialog", 
 namespace {
 
 constexpr const char* TITLE = "The link was not opened";
-constexpr std::size_t WIDTH = 72;  // of a line where a program does not break lines itself
+constexpr std::size_t WIDTH = 72;  // of a line where a program does not break lines well
 
-// Some programs read escapes in their text.
+// For programs that read escapes in their text.
 std::string doubledBackslashes(const std::string& text) {
   std::string result;
   for (const char c : text) {
@@ -30,22 +31,26 @@ std::string doubledBackslashes(const std::string& text) {
   return result;
 }
 
-// With line feeds in the place of blanks.
-std::string wrapped(const std::string& text) {
-  std::string result = text;
-  std::size_t start = 0;
-  std::size_t blank = std::string::npos;
-  for (std::size_t i = 0; i < result.size(); i++) {
-    if (result[i] == ' ') {
-      blank = i;
-    }
-    if (i - start >= WIDTH && blank != std::string::npos) {
-      result[blank] = '\n';
-      start = blank + 1;
-      blank = std::string::npos;
-    }
+// Where a line of at most WIDTH bytes ends: at its last blank, or else in its only word, but
+// not inside of a \xHH.
+std::size_t endOfLine(std::string_view text) {
+  if (const std::size_t blank = text.substr(0, WIDTH + 1).rfind(' ');
+      blank != std::string_view::npos) {
+    return blank;
   }
-  return result;
+  const std::size_t escape = text.substr(0, WIDTH).rfind('\\');
+  return escape != std::string_view::npos && escape + 4 > WIDTH ? escape : WIDTH;
+}
+
+// In lines of at most WIDTH bytes.
+std::string wrapped(std::string_view text) {
+  std::string result;
+  while (text.size() > WIDTH) {
+    const std::size_t end = endOfLine(text);
+    result.append(text.substr(0, end)) += '\n';
+    text.remove_prefix(text[end] == ' ' ? end + 1 : end);
+  }
+  return result.append(text);
 }
 
 bool isSet(const char* name) {
@@ -102,10 +107,10 @@ std::vector<std::string> notification(const std::string& program, const std::str
   if (program == "zenity") {
     return {program,       "--error",
             "--no-markup", std::string("--title=") + TITLE,
-            "--width=480", "--text=" + doubledBackslashes(text)};
+            "--no-wrap",   "--text=" + wrapped(text)};
   }
   if (program == "kdialog") {
-    return {program, "--title", TITLE, "--error", text};
+    return {program, "--title", TITLE, "--error", doubledBackslashes(wrapped(text))};
   }
   return {program, "-center", "-title", TITLE, wrapped(text)};
 }

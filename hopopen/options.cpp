@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cstring>
 
 #include "shown.h"
 
@@ -12,10 +13,11 @@ namespace {
 constexpr int WRONG_COMMAND_LINE = 1;
 constexpr char SHIELD = '\x01';
 
-// The parser gives a meaning to words in brackets and to some others.  A last character that
-// it does not know keeps a word as it is.
+// The parser gives a meaning to words in brackets and to some others, and takes the next word
+// for an empty value.  A last character that it does not know keeps a word as it is.
 std::string shielded(std::string word) {
-  if (word.empty() || word.front() != '-' || word.back() == ']' || word.back() == SHIELD) {
+  if (word.empty() || word.front() != '-' || std::strchr("]=", word.back()) != nullptr ||
+      word.back() == SHIELD) {
     word += SHIELD;
   }
   return word;
@@ -75,8 +77,8 @@ ending wrong(const std::string& what) {
 // What the parser says of a fault may quote a link with its password, so it is not shown.
 ending explain(const CLI::ParseError& fault, const CLI::App& app) {
   for (const std::string& word : app.remaining()) {
-    if (word.starts_with('-')) {
-      return wrong("There is no option " + quoted(word.substr(0, word.find('=')), SHORT) + '.');
+    if (word.starts_with('-') && word != "--") {
+      return wrong("There is no option " + shownWord(word.substr(0, word.find('='))) + '.');
     }
   }
   if (fault.get_name() == "ExtrasError") {

@@ -52,7 +52,7 @@ class reader {
       return nullptr;
     }
     if (!found->second.is_table()) {
-      complain(found->second.source().begin, quoted(name, SHORT) + " must be a table");
+      complain(found->second.source().begin, shownWord(name) + " must be a table");
     }
     return found->second.as_table();
   }
@@ -60,13 +60,12 @@ class reader {
   void readUse(const toml::table& use) {
     for (const auto& [key, value] : use) {
       if (!isScheme(key.str())) {
-        complain(key.source().begin, quoted(key.str(), SHORT) + " is not a scheme in lower case");
+        complain(key.source().begin, shownWord(key.str()) + " is not a scheme in lower case");
       }
       if (const auto* viewer = value.as_string()) {
         m_into.use[std::string(key.str())] = viewer->get();
       } else {
-        complain(value.source().begin,
-                 "the viewer of " + quoted(key.str(), SHORT) + " must be a text");
+        complain(value.source().begin, "the viewer of " + shownWord(key.str()) + " must be a text");
       }
     }
   }
@@ -83,7 +82,7 @@ class reader {
       if (host) {
         m_into.trust.push_back(*host);
       } else if (text != nullptr) {
-        complain(element.source().begin, quoted(text->get(), SHORT) + " is not a host");
+        complain(element.source().begin, shownWord(text->get()) + " is not a host");
       } else {
         complain(element.source().begin, "\"hosts\" must be a list of texts");
       }

@@ -161,6 +161,7 @@ void addLines(textEdit& edit, tomlText& source, const toml::table& table, const 
 void addInline(textEdit& edit, tomlText& source, const toml::table& table,
                const std::vector<pair>& pairs) {
   std::vector<std::string> parts;
+  parts.reserve(pairs.size());
   for (const auto& [key, value] : pairs) {
     parts.push_back(std::string(key).append(" = ").append(value));
   }
@@ -223,7 +224,7 @@ std::string use(tomlText& source, const change& what) {
     }
     const toml::node* old = use != nullptr ? use->get(scheme) : nullptr;
     if (old == nullptr) {
-      missing.push_back({keyText(scheme), quotedText(*viewer)});
+      missing.emplace_back(keyText(scheme), quotedText(*viewer));
     } else if (old->value_or(std::string_view()) != *viewer) {
       const region where = source.regionOf(*old);
       const auto value = std::string_view(text).substr(where.begin, where.end - where.begin);

@@ -117,7 +117,11 @@ std::optional<std::string> followed(std::string path) {
       return {};
     }
     const std::string leads(buffer, static_cast<std::size_t>(size));
-    path = leads.starts_with('/') ? leads : folderOf(path) + '/' + leads;
+    std::string start;  // of a link that is relative
+    if (!leads.starts_with('/')) {
+      start = folderOf(path) + '/';
+    }
+    path = start + leads;
   }
   errno = ELOOP;
   return {};

@@ -114,6 +114,10 @@ std::string quoted(std::string_view text, std::size_t most) {
   return result + (text.size() > most ? "...\"" : "\"");
 }
 
+std::string shownWord(std::string_view word) {
+  return quoted(masked(word), SHORT);
+}
+
 std::string printable(std::string_view text) {
   std::string result;
   for (const char c : text) {

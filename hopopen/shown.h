@@ -30,6 +30,9 @@ constexpr std::size_t SHORT = 120;
 ///     quoted("a\n\"b", SHORT)   // "a\x0A\x22b"
 std::string quoted(std::string_view text, std::size_t most);
 
+/// A link, or a word that may be one, as it is shown in passing: masked and quoted.
+std::string shownWord(std::string_view word);
+
 /// A text that is not a link's, such as a path or a message of a parser, with the bytes
 /// that are not printable ASCII as \xHH.
 std::string printable(std::string_view text);

@@ -18,7 +18,7 @@ refusal withoutPlace(code why, const std::string& message) {
 verdict readUse(const std::vector<std::string>& words, const definitions& known, change& into) {
   const definition* const viewer = known.named(words.front());
   if (viewer == nullptr) {
-    return withoutPlace(code::CHOICE, "There is no viewer " + quoted(words.front(), SHORT) +
+    return withoutPlace(code::CHOICE, "There is no viewer " + shownWord(words.front()) +
                                           ". See \"hopopen --list\".");
   }
   std::vector<std::string> schemes;
@@ -26,8 +26,7 @@ verdict readUse(const std::vector<std::string>& words, const definitions& known,
     schemes.push_back(lower(*word));
     if (!viewer->opens(schemes.back())) {
       return withoutPlace(code::CHOICE, printable(viewer->title) + " does not open " +
-                                            quoted(*word, SHORT) +
-                                            " links. See \"hopopen --list\".");
+                                            shownWord(*word) + " links. See \"hopopen --list\".");
     }
   }
   for (const std::string& scheme : schemes.empty() ? viewer->schemes : schemes) {
@@ -41,7 +40,7 @@ verdict readHosts(const std::vector<std::string>& words, std::vector<trustedHost
     const auto read = readTrusted(word);
     if (!read) {
       return withoutPlace(code::HOST,
-                          quoted(word, SHORT) +
+                          shownWord(word) +
                               " is not a host. Write a name, an IPv4 address, an IPv6 address in "
                               "brackets, or a dot and a name for all names below it.");
     }

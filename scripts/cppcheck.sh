@@ -3,7 +3,7 @@
 # reason, in .cppcheck-suppressions; one that is no longer needed is told of.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
-git ls-files '*.cpp' | grep -E '^(brimcore|directory|tools|utilities)/' |
+git ls-files '*.cpp' | grep -E '^(brimcore|directory|hopopen|tools|utilities)/' |
   xargs cppcheck --quiet --error-exitcode=1 --std=c++20 --language=c++ -j 2 \
-    --enable=warning,style,performance,portability,information -I include -I tools -I utilities \
+    --enable=warning,style,performance,portability,information -I include -I tools -I utilities -I hopopen \
     --suppressions-list=.cppcheck-suppressions

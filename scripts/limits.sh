@@ -5,7 +5,7 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 limit=500
 
-git ls-files brimcore directory include tools utilities examples |
+git ls-files brimcore directory hopopen include tools utilities examples |
   xargs wc -l |
   awk -v limit="$limit" '
     $2 != "total" && $1 > limit { print $2 " has " $1 " lines, more than " limit; long++ }

@@ -320,7 +320,8 @@ def measure_all():
     result = {}
     for test in tests():
         stamp = max((COVERAGE / name).stat().st_mtime
-                    for name in (f"tests/{test}", "hoplaunch", "hopexplain", "demo_viewer"))
+                    for name in (f"tests/{test}", "hoplaunch", "hopexplain", "hopopen",
+                                 "demo_viewer"))
         result[test] = known.get(test)
         if result[test] is None or result[test]["stamp"] != stamp:
             print(f"measuring {test}", file=sys.stderr, flush=True)

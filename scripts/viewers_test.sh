@@ -155,6 +155,10 @@ for port in range(int(sys.argv[1]), int(sys.argv[2]) + 1):
 }
 reaches_port() { sees client_init '' "--port $(port_between "$@")" "$viewer"; }
 
+test_ipv6() {
+  check IPv6 sees client_init '' '--listen ::1' "$viewer" --host ::1
+  check 'IPv6 with a zone' sees client_init '' '--listen ::1' "$viewer" --host ::1%1
+}
 reaches_display() {
   local port
   port=$(port_between 5901 5999)
@@ -166,17 +170,18 @@ test_addresses() {
   check 'a port above the displays' reaches_port 6000 6099
   check 'a high port' reaches_port 59000 65535
   check localhost sees client_init '' '' "$viewer" --host localhost
+  check 'a user of a domain' sees client_init '' '' "$viewer" --user 'DOMAIN\name@domain.example'
   case $viewer in
     gvncviewer) ;; # ports below 5900 are refused before it is started, and IPv6 by itself
     tightvnc) test_low_ports ;;
     remmina | krdc)
       check 'a port below the displays' reaches_port 5800 5899
       check 'ports 1 to 99 are displays' reaches_display
-      check IPv6 sees client_init '' '--listen ::1' "$viewer" --host ::1
+      test_ipv6
       ;;
     *)
       test_low_ports
-      check IPv6 sees client_init '' '--listen ::1' "$viewer" --host ::1
+      test_ipv6
       ;;
   esac
 }

@@ -112,6 +112,30 @@ arguments = ["-v"]
             machine.launch({"vnc://h?Shared&QualityLevel=10&ViewOnly=no"}));
 }
 
+TEST(Arguments, HaveTheUserWhereverItComesFrom) {
+  const Machine machine;
+  machine.define("a", R"(name = "A"
+schemes = ["vnc"]
+programs = ["a"]
+stranger = [["-s", "{user}"]]
+trusted = [["-t", "{user}"]]
+arguments = [["-a", "{user}"], "{link}"]
+[parameters.Shared]
+arguments = [["-p", "{user}"]]
+)");
+  machine.program("a");
+  machine.set("[trust]\nhosts = [\"good\"]\n");
+  for (const char* link :
+       {"vnc://bob@h?Shared=1", "vnc://h?Shared=1&VncUsername=bob",
+        "vnc://h?VncUsername=bob&Shared=1", "vnc://bob@h?Shared&VncUsername=bob"}) {
+    EXPECT_EQ((Strings{"a", "-s", "bob", "-p", "bob", "-a", "bob", "vnc://bob@h"}),
+              machine.launch({link}))
+        << link;
+  }
+  EXPECT_EQ((Strings{"a", "-t", "bob", "-a", "bob", "vnc://bob@good"}),
+            machine.launch({"vnc://good?VncUsername=bob"}));
+}
+
 TEST(Arguments, GoThroughNoShell) {
   const Machine machine;
   machine.define("a", R"(name = "A"

@@ -223,6 +223,24 @@ TEST(Click, SeesDefinitionsThatChangedAfterAList) {
   EXPECT_EQ("plain", machine.comesOf({"vnc://h"}));
 }
 
+TEST(Click, SeesADefinitionThatChangedButForItsSizeAndTime) {
+  const Machine machine;
+  machine.program("plain");
+  machine.define("a",
+                 "name = \"A\"\nschemes = [\"ssh\"]\nprograms = [\"plain\"]\n"
+                 "arguments = [\"-a\"]\n");
+  const std::string file = machine.path(Machine::definition("a"));
+  const auto changed = fs::last_write_time(file);
+  EXPECT_EQ(0, machine.run({"--list"}).status);
+  usleep(50000);
+  machine.define("a",
+                 "name = \"B\"\nschemes = [\"tel\"]\nprograms = [\"plain\"]\n"
+                 "arguments = [\"-b\"]\n");
+  fs::last_write_time(file, changed);
+  EXPECT_EQ((Strings{"plain", "-b"}), machine.launch({"tel://h"}));
+  EXPECT_EQ("refused: scheme", machine.comesOf({"ssh://h"}));
+}
+
 TEST(Click, IsTheSameWhateverIsInTheFilesOfAList) {
   const Machine machine;
   machine.plain();

@@ -227,7 +227,7 @@ const Masked masks[] = {
     {"vnc://u:secret %@h", "vnc://u:***@h"},
     {"vnc://u:secret\n@h", "vnc://u:***@h"},
     {"vnc:u:secret@h", "vnc:u:***@h"},
-    {"vnc:/u:secret@h", "vnc:/u:secret@h"},
+    {"vnc:/u:secret@h", "vnc:/u:***@h"},
     {"0vnc://u:secret@h", "0vnc://u:***@h"},
     {"://u:secret@h", "://u:***@h"},
     {"other://u:secret@h", "other://u:***@h"},
