@@ -71,4 +71,14 @@ constexpr bool sameLetters(std::string_view a, std::string_view b) {
   return true;
 }
 
+/// True for a scheme in lower case (RFC 3986, section 3.1).
+constexpr bool isScheme(std::string_view text) {
+  for (const char c : text) {
+    if (!isLower(c) && !isDigit(c) && c != '+' && c != '-' && c != '.') {
+      return false;
+    }
+  }
+  return !text.empty() && isLower(text[0]);
+}
+
 }  // namespace hopopen

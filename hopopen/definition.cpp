@@ -15,23 +15,17 @@ namespace hopopen {
 
 namespace {
 
-using allowed = bool (*)(const std::string& text);
+using allowed = bool (*)(std::string_view text);
 
-bool isText(const std::string& text) {
+bool isText(std::string_view text) {
   return !text.empty() && std::none_of(text.begin(), text.end(), isControl);
 }
 
-bool isScheme(const std::string& text) {
-  return !text.empty() && isLower(text[0]) && std::all_of(text.begin(), text.end(), [](char c) {
-    return isLower(c) || isDigit(c) || c == '+' || c == '-' || c == '.';
-  });
+bool isProgram(std::string_view text) {
+  return isText(text) && text.find('/') == std::string_view::npos && text != "." && text != "..";
 }
 
-bool isProgram(const std::string& text) {
-  return isText(text) && text.find('/') == std::string::npos && text != "." && text != "..";
-}
-
-bool isVariable(const std::string& text) {
+bool isVariable(std::string_view text) {
   return !text.empty() && !isDigit(text[0]) && std::all_of(text.begin(), text.end(), isWord);
 }
 
@@ -275,7 +269,7 @@ void reader::readEnvironment(const toml::node& value, definition& into) {
     return;
   }
   for (const auto& [key, item] : *values) {
-    if (!isVariable(std::string(key.str()))) {
+    if (!isVariable(key.str())) {
       complain(key.source().begin, "this is not the name of an environment variable");
     }
     into.environment.emplace_back(

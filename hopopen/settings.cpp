@@ -1,8 +1,6 @@
 #include "settings.h"
 
-#include <algorithm>
 #include <string_view>
-#include <tuple>
 
 #include "characters.h"
 #include "shown.h"
@@ -11,12 +9,6 @@
 namespace hopopen {
 
 namespace {
-
-bool isScheme(std::string_view text) {
-  return !text.empty() && isLower(text[0]) && std::all_of(text.begin(), text.end(), [](char c) {
-    return isLower(c) || isDigit(c) || c == '+' || c == '-' || c == '.';
-  });
-}
 
 // Reads one file.  Every fault is noted, and reading goes on.
 class reader {
@@ -37,11 +29,8 @@ class reader {
   void complain(const toml::source_position& where, const std::string& message) {
     m_found.push_back({m_into.file, where.line, where.column, printable(message)});
   }
-  // The faults in the order of the text.
   const faults& found() {
-    std::stable_sort(m_found.begin(), m_found.end(), [](const fault& a, const fault& b) {
-      return std::tie(a.line, a.column) < std::tie(b.line, b.column);
-    });
+    inOrder(m_found, 0);
     return m_found;
   }
 
