@@ -1,7 +1,7 @@
 # Sourced by the tests of links after screen_checks.sh: a page with a link, and Chromium, in
 # which the link is clicked.
 # shellcheck shell=bash
-# shellcheck disable=SC2154 # scratch_desktop.sh sets $scratch
+# shellcheck disable=SC2034,SC2154 # shared with scratch_desktop.sh and the tests
 
 # The link has colours of its own with and without the mouse on it.
 link_colour='#E76F51'

@@ -30,7 +30,7 @@ mkdir -p "$output"
 
 debian=(adwaita-icon-theme chromium dbus desktop-file-utils dunst fonts-dejavu-core gvncviewer
   imagemagick kdialog krdc libglib2.0-bin libnotify-bin libnss-wrapper openbox openssh-client
-  openssh-server openssl putty putty-tools python3 remmina remmina-plugin-vnc tesseract-ocr
+  openssh-server openssl putty putty-tools python3 remmina remmina-plugin-vnc strace tesseract-ocr
   tigervnc-standalone-server tigervnc-tools tigervnc-viewer virt-viewer wmctrl x11-apps x11-utils
   x11-xserver-utils xauth xdg-utils xdotool xfonts-base xsel xterm xtightvncviewer xvfb zenity)
 
@@ -76,7 +76,7 @@ begin() {
   while ((${#running[@]} >= at_once)); do
     wait_for_one
   done
-  "${@:2}" >"$output/$1.log" 2>&1 &
+  setsid "${@:2}" >"$output/$1.log" 2>&1 &
   running[$!]=$1
 }
 
@@ -86,16 +86,13 @@ wait_for_all() {
   done
 }
 
-# end_all: as unshare waits for its child through other signals, and kills it when it is
-# killed.
+# end_all: unshare waits for its child through other signals, and kills it when it is
+# killed.  The other tests clear away themselves.
 end_all() {
   local id
   for id in "${!running[@]}"; do
-    if [[ ${running[$id]} == package* ]]; then
-      kill "$id" 2>/dev/null || true
-    else
-      kill -s KILL "$id" 2>/dev/null || true
-    fi
+    kill -- "-$id" 2>/dev/null || true
+    [[ ${running[$id]} == package* ]] || kill -s KILL -- "-$id" 2>/dev/null || true
   done
   wait
 }

@@ -108,6 +108,16 @@ test_ssh_viewers() {
   show_shell openssh-ipv6 hopopen --viewer openssh "ssh://[::1]:$ssh_port"
   title='localhost - PuTTY'
   show_shell putty hopopen --viewer putty "$ssh"
+  # What a new connection starts from: 2 is the agent.
+  mkdir -p "$HOME/.config/remmina"
+  printf '%s\n' '[remmina_pref]' periodic_news_permitted=false '[remmina]' name=default \
+    protocol=SSH ssh_auth=2 >"$HOME/.config/remmina/remmina.pref"
+  eval "$(ssh-agent -a "$scratch/agent")" >/dev/null
+  services+=("$SSH_AGENT_PID")
+  ssh-add -q "$scratch/ssh/user"
+  title="localhost:$ssh_port"
+  show_shell remmina-ssh hopopen --viewer remmina-ssh "ssh://root@localhost:$ssh_port"
+  unset SSH_AUTH_SOCK
 }
 
 # --- hoplaunch -----------------------------------------------------------------

@@ -61,7 +61,7 @@ END
 # visit_before: what the user has done before, with OpenSSH and with PuTTY: a key of their
 # own is known there, and the server's is accepted.
 visit_before() {
-  mkdir -p -m 700 ~root/.ssh
+  install -d -m 700 ~root/.ssh
   cp "$scratch/ssh/user" ~root/.ssh/id_ed25519
   printf '[localhost]:%s,[::1]:%s %s\n' "$ssh_port" "$ssh_port" \
     "$(cut -d ' ' -f 1,2 "$scratch/ssh/host.pub")" >~root/.ssh/known_hosts
