@@ -29,10 +29,11 @@ rm -rf "$output"
 mkdir -p "$output"
 
 debian=(adwaita-icon-theme chromium dbus desktop-file-utils dunst fonts-dejavu-core gvncviewer
-  imagemagick kdialog krdc libglib2.0-bin libnotify-bin libnss-wrapper openbox openssh-client
-  openssh-server openssl putty putty-tools python3 remmina remmina-plugin-vnc strace tesseract-ocr
-  tigervnc-standalone-server tigervnc-tools tigervnc-viewer virt-viewer wmctrl x11-apps x11-utils
-  x11-xserver-utils xauth xdg-utils xdotool xfonts-base xsel xterm xtightvncviewer xvfb zenity)
+  imagemagick kdialog krdc libglib2.0-bin libnotify-bin libnss-wrapper librsvg2-common openbox
+  openssh-client openssh-server openssl putty putty-tools python3 remmina remmina-plugin-vnc
+  strace tesseract-ocr tigervnc-standalone-server tigervnc-tools tigervnc-viewer virt-viewer
+  wmctrl x11-apps x11-utils x11-xserver-utils xauth xdg-utils xdotool xfonts-base xsel xterm
+  xtightvncviewer xvfb zenity)
 
 only=$*
 passed=0

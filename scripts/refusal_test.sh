@@ -27,14 +27,14 @@ start_session() {
   printf 'Xmessage*font: 10x20\n' | xrdb -nocpp -load
   mkdir -p "$HOME/.config/dunst"
   printf '%s\n' '[global]' 'font = DejaVu Sans 12' 'width = 560' 'height = 400' \
-    'origin = bottom-right' 'offset = 30x60' 'markup = full' 'show_age_threshold = -1' \
+    'origin = bottom-right' 'offset = 30x60' 'markup = full' 'show_age_threshold = -1' 'min_icon_size = 48' \
     'icon_path = /usr/share/icons/hicolor/48x48/apps' '[urgency_normal]' 'timeout = 0' >"$HOME/.config/dunst/dunstrc"
   service dbus dbus-daemon --session --nofork --print-address=3 3>"$scratch/bus"
   ready dbus test -s "$scratch/bus"
   DBUS_SESSION_BUS_ADDRESS=$(cat "$scratch/bus")
   export DBUS_SESSION_BUS_ADDRESS
   service dunst dunst
-  ready dunst dunstctl count
+  ready dunst dunstctl count >/dev/null
 }
 
 # only NOTIFIER: makes a folder for PATH in which it is the only one of them.

@@ -77,6 +77,7 @@ visit_before() {
 shows_shell() {
   [[ -e $scratch/remote/started ]] && wmctrl -a "$title" &&
     [[ $(xdotool getactivewindow getwindowname 2>/dev/null) == *"$title"* ]] || return 1
+  sleep 0.5
   xdotool type --delay 50 $'printenv SSH_CONNECTION >reached\n'
   wait_for 5 reached_server
 }
