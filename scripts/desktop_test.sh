@@ -81,9 +81,15 @@ begin() {
   running[$!]=$1
 }
 
-wait_for_all() {
-  while ((${#running[@]} > 0)); do
-    wait_for_one
+is_running() { [[ " ${running[*]} " == *" $1 "* ]]; }
+
+# wait_for NAME...: until those have finished.
+wait_for() {
+  local name
+  for name; do
+    while is_running "$name"; do
+      wait_for_one
+    done
   done
 }
 
@@ -120,19 +126,15 @@ begin_all() {
   done
 }
 
-closing_line() {
-  printf 'It took %d s.\n' "$SECONDS"
-  printf '%d passed, %d failed\n' "$passed" "$failed"
-  ((failed == 0))
-}
-
 begin package ./package
 begin debian scripts/clean_debian.sh make "${debian[@]}"
-wait_for_all
-if ((failed > 0)); then
-  closing_line
+wait_for package
+if ((failed == 0)); then
+  begin package-life scripts/package_test.sh
+  wait_for debian
+  [[ ! -e build/clean_debian/base ]] || begin_all
 fi
-begin package-life scripts/package_test.sh
-begin_all
-wait_for_all
-closing_line
+wait_for "${running[@]}"
+printf 'It took %d s.\n' "$SECONDS"
+printf '%d passed, %d failed\n' "$passed" "$failed"
+((failed == 0))

@@ -19,7 +19,7 @@ source scripts/browser.sh
 
 use_scratch_home
 start_screen
-xsetroot -solid '#495057'
+xsetroot -solid "$background"
 start_remote_desktop
 start_remote_shell
 visit_before

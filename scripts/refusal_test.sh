@@ -18,7 +18,6 @@ source scripts/browser.sh
 
 # --- A session with a daemon for notifications --------------------------------------
 
-background='#495057'
 start_session() {
   use_scratch_home
   start_screen
@@ -26,9 +25,20 @@ start_session() {
   # Letters that can be read back.  The daemon reads all markup that it is given.
   printf 'Xmessage*font: 10x20\n' | xrdb -nocpp -load
   mkdir -p "$HOME/.config/dunst"
-  printf '%s\n' '[global]' 'font = DejaVu Sans 12' 'width = 560' 'height = 400' \
-    'origin = bottom-right' 'offset = 30x60' 'markup = full' 'show_age_threshold = -1' 'min_icon_size = 48' \
-    'icon_path = /usr/share/icons/hicolor/48x48/apps' '[urgency_normal]' 'timeout = 0' >"$HOME/.config/dunst/dunstrc"
+  cat >"$HOME/.config/dunst/dunstrc" <<'END'
+[global]
+font = DejaVu Sans 12
+width = 560
+height = 400
+origin = bottom-right
+offset = 30x60
+markup = full
+show_age_threshold = -1
+min_icon_size = 48
+icon_path = /usr/share/icons/hicolor/48x48/apps
+[urgency_normal]
+timeout = 0
+END
   service dbus dbus-daemon --session --nofork --print-address=3 3>"$scratch/bus"
   ready dbus test -s "$scratch/bus"
   DBUS_SESSION_BUS_ADDRESS=$(cat "$scratch/bus")

@@ -1,9 +1,10 @@
 # Sourced by the tests of links after scratch_desktop.sh: what is on the screen, and steps
 # that look for something there.
 # shellcheck shell=bash
-# shellcheck disable=SC2154 # scratch_desktop.sh sets $scratch
+# shellcheck disable=SC2034,SC2154 # shared with scratch_desktop.sh and the tests
 
 pictures=$PWD/build/desktop
+background='#495057' # of the screen
 
 # screenshot: the screen, as a picture for convert.
 screenshot() { xwd -root -silent 2>/dev/null; }

@@ -12,6 +12,8 @@ source scripts/scratch_desktop.sh
 # shellcheck source=scripts/viewer_checks.sh
 source scripts/viewer_checks.sh
 
+# What is in the titles of the viewers' windows, by which they are found.
+viewer_title=hostile
 use_scratch_home
 start_screen
 start_another_window
