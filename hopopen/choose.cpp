@@ -69,24 +69,31 @@ std::vector<std::string> packagesFor(const std::vector<const definition*>& viewe
   return result;
 }
 
+// About a viewer that is there, but not for a machine that nobody trusts.
+refusal letsThrough(const definition& viewer, const occasion& what, const std::string& install) {
+  const std::string title = printable(viewer.title);
+  std::string message = title;
+  message += " is installed, but cannot keep this from a machine that you do not trust: ";
+  message += printable(enumeration(viewer.unguarded)) + ". " + install;
+  message += " Or use " + title + " all the same with \"hopopen --use ";
+  message += viewer.name + ' ' + what.scheme;
+  message += "\", or trust the machine with \"hopopen --trust " + what.host + "\".";
+  return withoutPlace(code::VIEWER, message);
+}
+
 refusal nothingInstalled(const candidates& among, const occasion& what) {
   const auto viewers = ranked(among.known, what.scheme);
   const auto packages = packagesFor(viewers, what.trusted);
-  const std::string install = packages.empty() ? "Install one; see \"hopopen --list\"."
-                              : packages.size() == 1
-                                  ? "Install the package " + packages[0] + "."
-                                  : "Install one of these packages: " + enumeration(packages) + ".";
+  const std::string install =
+      packages.empty() ? "Install one; see \"hopopen --list\"."
+      : packages.size() == 1
+          ? "Install the package " + packages[0] + "."
+          : "Install one of these packages: " + enumeration(packages, " or ") + ".";
   for (const definition* const viewer : viewers) {
     if (viewer->unguarded.empty() || !among.find(*viewer)) {
       continue;
     }
-    const std::string title = printable(viewer->title);
-    return withoutPlace(
-        code::VIEWER,
-        title + " is installed, but cannot keep this from a machine that you do not trust: " +
-            printable(enumeration(viewer->unguarded)) + ". " + install + " Or use " + title +
-            " all the same with \"hopopen --use " + viewer->name + ' ' + what.scheme +
-            "\", or trust the machine with \"hopopen --trust " + what.host + "\".");
+    return letsThrough(*viewer, what, install);
   }
   return withoutPlace(code::VIEWER,
                       "No viewer for " + what.scheme + " links is installed. " + install);
@@ -94,11 +101,11 @@ refusal nothingInstalled(const candidates& among, const occasion& what) {
 
 }  // namespace
 
-std::string enumeration(const std::vector<std::string>& texts) {
+std::string enumeration(const std::vector<std::string>& texts, const char* last) {
   std::string result;
   for (std::size_t i = 0; i < texts.size(); i++) {
     if (i > 0) {
-      result += i + 1 < texts.size() ? ", " : " and ";
+      result += i + 1 < texts.size() ? ", " : last;
     }
     result += texts[i];
   }

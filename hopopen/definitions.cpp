@@ -10,6 +10,7 @@
 
 #include "characters.h"
 #include "file.h"
+#include "folders.h"
 #include "shown.h"
 
 namespace hopopen {
@@ -79,7 +80,7 @@ definitions read(const std::vector<std::string>& folders, const std::optional<sh
       continue;
     }
     for (const std::string& file : filesOf(folder, result)) {
-      const std::string path = folder + '/' + file;
+      const std::string path = within(folder, file);
       const std::string name = file.substr(0, file.size() - std::min(file.size(), ENDING.size()));
       if (!isName(name) || !file.ends_with(ENDING)) {
         result.ignored.push_back(path);

@@ -44,6 +44,13 @@ std::vector<std::string> absolutePaths(const std::string& list) {
   return result;
 }
 
+std::string within(const std::string& folder, const std::string& name) {
+  std::string result = folder;
+  result += '/';
+  result += name;
+  return result;
+}
+
 folders::folders(variableReader get) {
   const std::string config = userFolder(get, "XDG_CONFIG_HOME", "/.config");
   const std::string data = userFolder(get, "XDG_DATA_HOME", "/.local/share");

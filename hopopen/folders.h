@@ -26,4 +26,7 @@ struct folders {
 /// left out: what they mean depends on where a program was started.
 std::vector<std::string> absolutePaths(const std::string& list);
 
+/// The path of what has that name in a folder.
+std::string within(const std::string& folder, const std::string& name);
+
 }  // namespace hopopen

@@ -61,6 +61,7 @@ bool isSet(const char* name) {
 [[noreturn]] void run(const program& notifier, const std::string& message) {
   std::vector<std::string> words = notification(notifier.name, message);
   std::vector<char*> arguments;
+  arguments.reserve(words.size() + 1);
   for (std::string& word : words) {
     arguments.push_back(word.data());
   }

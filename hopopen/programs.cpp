@@ -31,7 +31,7 @@ programFinder::programFinder(const char* path)
 
 std::optional<program> programFinder::find(const std::string& name) const {
   for (const std::string& folder : m_folders) {
-    const std::string path = folder + '/' + name;
+    const std::string path = within(folder, name);
     if (isExecutable(path)) {
       return program{name, path};
     }
@@ -42,7 +42,7 @@ std::optional<program> programFinder::find(const std::string& name) const {
 std::optional<program> programFinder::findViewer(const std::vector<std::string>& names) const {
   for (const std::string& name : names) {
     for (const std::string& folder : m_folders) {
-      const std::string path = folder + '/' + name;
+      const std::string path = within(folder, name);
       if (!isExecutable(path)) {
         continue;
       }

@@ -14,7 +14,7 @@ namespace {
 std::size_t endOfQuotes(std::string_view text, std::size_t at) {
   const char quote = text[at];
   const bool escapes = quote == '"';
-  const bool many = text.substr(at, 3) == std::string_view(escapes ? "\"\"\"" : "'''");
+  const bool many = text.substr(at, 3) == std::string_view(escapes ? R"(""")" : "'''");
   const std::string_view close = text.substr(at, many ? 3 : 1);
   for (at += close.size(); at < text.size(); at++) {
     if (escapes && text[at] == '\\') {
