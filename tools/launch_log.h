@@ -8,7 +8,7 @@
 /// A log that is appended to, one system call a line, so that launches side by side
 /// do not tear each other's lines.  Whatever goes wrong with it stops nothing, and
 /// its descriptor does not reach the viewer.
-class launchLog {
+class [[gnu::visibility("hidden")]] launchLog {
  public:
   /// Opens the file, and makes it if it is missing.  With an empty path there is no log.
   explicit launchLog(const std::string& path);
