@@ -17,7 +17,9 @@ class [[gnu::visibility("hidden")]] launchLog {
   ~launchLog();
 
   /// True when lines are written.
-  bool isOpen() const { return m_descriptor >= 0; }
+  bool isOpen() const {
+    return m_descriptor >= 0;
+  }
 
   /// Writes a line of the given pieces.
   void line(std::initializer_list<std::string_view> pieces) const;
