@@ -53,5 +53,7 @@ target_compile_definitions(opening PRIVATE HOPOPEN_VERSION="${PROJECT_VERSION}")
 add_executable(hopopen hopopen/main.cpp)
 target_link_libraries(hopopen PRIVATE opening build_options quick_start)
 if(HOPLAUNCH_STATIC)
-  set_target_properties(hopopen PROPERTIES STATIC_PIE ON)
+  set_target_properties(hopopen PROPERTIES STATIC_PIE ON
+    LINK_DEPENDS "${CMAKE_CURRENT_LIST_DIR}/click.ld")
+  target_link_options(hopopen PRIVATE LINKER:-T,${CMAKE_CURRENT_LIST_DIR}/click.ld)
 endif()

@@ -1,45 +1,91 @@
 #include "catalog.h"
 
+#include <algorithm>
 #include <charconv>
-
-#include "conversion.h"
+#include <set>
+#include <utility>
 
 namespace hopopen {
 
 namespace {
 
-constexpr std::string_view HEAD = "hopopen catalog 1\n";
+constexpr std::string_view HEAD = "hopopen catalog 2\n";
 constexpr char BETWEEN_FIELDS = '\t';
-constexpr char BETWEEN_SCHEMES = ' ';
+constexpr char BETWEEN_TEXTS = '\x1f';  // no text of a definition has a control character
 
 template <class Number>
-bool readNumber(const std::string& field, Number& into) {
-  const char* const end = field.data() + field.size();
-  const auto [stop, error] = std::from_chars(field.data(), end, into);
-  return error == std::errc() && stop == end;
+void append(Number number, std::string& to) {
+  char digits[24];
+  const auto written = std::to_chars(digits, digits + sizeof digits, number);
+  to.append(digits, written.ptr);
 }
 
-std::optional<catalogEntry> readEntry(const std::string& line) {
-  const std::vector<std::string> fields = stringToVector(line, BETWEEN_FIELDS);
-  catalogEntry result;
-  if (fields.size() != 8 || !readNumber(fields[0], result.file.device) ||
-      !readNumber(fields[1], result.file.inode) || !readNumber(fields[2], result.file.size) ||
-      !readNumber(fields[3], result.file.modified) || !readNumber(fields[4], result.file.changed)) {
-    return {};
+// What begins the line of a file, and of no other state of it.
+std::string keyOf(const std::string& path, const stamp& identity) {
+  std::string result;
+  result.reserve(path.size() + 100);
+  result += path;
+  for (const std::uint64_t number : {identity.device, identity.inode, identity.size}) {
+    result += BETWEEN_FIELDS;
+    append(number, result);
   }
-  result.schemes = stringToVector(fields[5], BETWEEN_SCHEMES);
-  result.title = fields[6];
-  result.path = fields[7];
+  for (const std::int64_t time : {identity.modified, identity.changed}) {
+    result += BETWEEN_FIELDS;
+    append(time, result);
+  }
+  result += BETWEEN_FIELDS;
   return result;
 }
 
-std::string joined(const std::vector<std::string>& schemes) {
+std::string joined(const std::vector<std::string>& texts) {
   std::string result;
-  for (const std::string& scheme : schemes) {
+  for (const std::string& text : texts) {
     if (!result.empty()) {
-      result += BETWEEN_SCHEMES;
+      result += BETWEEN_TEXTS;
     }
-    result += scheme;
+    result += text;
+  }
+  return result;
+}
+
+std::string lineOf(const definition& viewer) {
+  std::string result = keyOf(viewer.file, viewer.identity);
+  for (const std::string& field :
+       {viewer.name, viewer.title, joined(viewer.schemes), joined(viewer.programs),
+        joined(viewer.unguarded), std::string(viewer.terminal ? "terminal" : "")}) {
+    result += field + BETWEEN_FIELDS;
+  }
+  append(viewer.rank, result);
+  return result + '\n';
+}
+
+// Takes the text up to the next `end` off the front; all of it if there is none.
+std::string_view taken(std::string_view& from, char end) {
+  const std::string_view result = from.substr(0, from.find(end));
+  from.remove_prefix(std::min(from.size(), result.size() + 1));
+  return result;
+}
+
+std::vector<std::string> parted(std::string_view texts) {
+  std::vector<std::string> result;
+  while (!texts.empty()) {
+    result.emplace_back(taken(texts, BETWEEN_TEXTS));
+  }
+  return result;
+}
+
+std::optional<definition> readOutline(std::string_view line) {
+  std::optional<definition> result(std::in_place);
+  result->name = taken(line, BETWEEN_FIELDS);
+  result->title = taken(line, BETWEEN_FIELDS);
+  result->schemes = parted(taken(line, BETWEEN_FIELDS));
+  result->programs = parted(taken(line, BETWEEN_FIELDS));
+  result->unguarded = parted(taken(line, BETWEEN_FIELDS));
+  result->terminal = !taken(line, BETWEEN_FIELDS).empty();
+  const char* const end = line.data() + line.size();
+  const auto [stop, error] = std::from_chars(line.data(), end, result->rank);
+  if (error != std::errc() || stop != end) {
+    result.reset();
   }
   return result;
 }
@@ -50,40 +96,55 @@ catalog::catalog(std::string_view text) {
   if (!text.starts_with(HEAD)) {
     return;
   }
-  text.remove_prefix(HEAD.size());
-  for (std::size_t end; (end = text.find('\n')) != std::string_view::npos;
-       text.remove_prefix(end + 1)) {
-    if (auto entry = readEntry(std::string(text.substr(0, end)))) {
-      m_entries.emplace(entry->path, *entry);
+  m_text = text.substr(HEAD.size());
+  std::string_view before;
+  for (std::size_t start = 0, end; (end = m_text.find('\n', start)) != std::string::npos;
+       start = end + 1) {
+    if (line(start) < before) {
+      m_lines.clear();
+      return;
     }
+    m_lines.push_back(start);
+    before = line(start);
   }
 }
 
-catalog::catalog(const std::vector<catalogEntry>& entries) {
-  for (const catalogEntry& entry : entries) {
-    if (entry.path.find_first_of("\t\n") == std::string::npos) {
-      m_entries.emplace(entry.path, entry);
+catalog::catalog(const std::vector<definition>& viewers) {
+  std::set<std::string> lines;
+  for (const definition& viewer : viewers) {
+    if (viewer.file.find_first_of("\t\n") == std::string::npos) {
+      lines.insert(lineOf(viewer));
     }
+  }
+  for (const std::string& one : lines) {
+    m_lines.push_back(m_text.size());
+    m_text += one;
   }
 }
 
-const catalogEntry* catalog::find(const std::string& path, const stamp& file) const {
-  const auto found = m_entries.find(path);
-  return found != m_entries.end() && found->second.file == file ? &found->second : nullptr;
+std::string_view catalog::line(std::size_t start) const {
+  return std::string_view(m_text).substr(start, m_text.find('\n', start) - start);
+}
+
+std::optional<definition> catalog::find(const std::string& path, const stamp& identity) const {
+  const std::string key = keyOf(path, identity);
+  const auto start = std::lower_bound(
+      m_lines.begin(), m_lines.end(), key,
+      [this](std::size_t one, const std::string& other) { return line(one) < other; });
+  if (start == m_lines.end() || !line(*start).starts_with(key)) {
+    return {};
+  }
+  auto result = readOutline(line(*start).substr(key.size()));
+  if (result) {
+    result->file = path;
+    result->identity = identity;
+    result->whole = false;
+  }
+  return result;
 }
 
 std::string catalog::text() const {
-  std::string result(HEAD);
-  for (const auto& [path, entry] : m_entries) {
-    for (const std::uint64_t number : {entry.file.device, entry.file.inode, entry.file.size}) {
-      result += std::to_string(number) + BETWEEN_FIELDS;
-    }
-    for (const std::int64_t time : {entry.file.modified, entry.file.changed}) {
-      result += std::to_string(time) + BETWEEN_FIELDS;
-    }
-    result += joined(entry.schemes) + BETWEEN_FIELDS + entry.title + BETWEEN_FIELDS + path + '\n';
-  }
-  return result;
+  return std::string(HEAD) + m_text;
 }
 
 }  // namespace hopopen

@@ -1,53 +1,40 @@
-// The catalog: which links the definitions of viewers are for, as an earlier reading found.
+// The catalog: the definitions of viewers in outline, as an earlier reading found them.
 //
-// A click must be quick also where hundreds of definitions are installed.  What the catalog
-// says of a file holds for as long as the file is the very same; such a file need not be read
-// again when it is for other links.  Without a catalog everything works, only slower.
+// A click must be quick also where hundreds of definitions are installed.  An outline is
+// enough to choose a viewer, so that only the file of the chosen one need be read.  What the
+// catalog says of a file holds for as long as the file is the very same.  Without a catalog
+// everything works, only slower.
 #pragma once
 
-#include <cstdint>
-#include <map>
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "definition.h"
+#include "stamp.h"
+
 namespace hopopen {
-
-/// What tells a file from all others, and from itself after a change.
-struct stamp {
-  std::uint64_t device = 0;
-  std::uint64_t inode = 0;
-  std::uint64_t size = 0;
-  std::int64_t modified = 0;  ///< in nanoseconds since 1970
-  std::int64_t changed = 0;   ///< the same, of what the system knows about the file
-
-  bool operator==(const stamp&) const = default;
-};
-
-/// A definition without fault.
-struct catalogEntry {
-  std::string path;
-  stamp file;
-  std::string title;
-  std::vector<std::string> schemes;
-};
 
 class catalog {
  public:
   catalog() = default;
   /// Reads what `text` wrote.  Whatever is not of that form counts as nothing.
   explicit catalog(std::string_view text);
-  explicit catalog(const std::vector<catalogEntry>& entries);
+  explicit catalog(const std::vector<definition>& viewers);
 
-  /// The entry for a file, if it is as it was.
-  const catalogEntry* find(const std::string& path, const stamp& file) const;
+  /// The outline of the definition in a file, if the file is as it was.
+  std::optional<definition> find(const std::string& path, const stamp& identity) const;
 
   /// The catalog as text, a line for each file.
   std::string text() const;
 
  private:
-  std::map<std::string, catalogEntry, std::less<>> m_entries;
+  std::string_view line(std::size_t start) const;
+
+  std::string m_text;                // behind the head
+  std::vector<std::size_t> m_lines;  // where they start; sorted by what they say
 };
 
 }  // namespace hopopen

@@ -30,13 +30,13 @@ catalog readCatalog(const std::string& path) {
 }
 
 void keepCatalog(const std::string& path, const definitions& known) {
-  std::vector<catalogEntry> entries;
-  for (const catalogEntry& entry : known.entries) {
-    if (entry.file.changed < now() - SETTLED) {
-      entries.push_back(entry);
+  std::vector<definition> settled;
+  for (const definition& viewer : known.viewers) {
+    if (viewer.identity.changed < now() - SETTLED) {
+      settled.push_back(viewer);
     }
   }
-  const std::string text = catalog(entries).text();
+  const std::string text = catalog(settled).text();
   if (path.empty() || readFile(path).text == text) {
     return;
   }

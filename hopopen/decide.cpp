@@ -28,6 +28,17 @@ std::string alternatives(const opening& result, const candidates& among) {
          ", type \"hopopen --use " + first + ' ' + result.what.scheme + "\".";
 }
 
+// The viewers for a scheme that are known in outline only.
+std::vector<std::string> outlines(const definitions& known, const std::string& scheme) {
+  std::vector<std::string> result;
+  for (const definition& viewer : known.viewers) {
+    if (!viewer.whole && viewer.opens(scheme)) {
+      result.push_back(viewer.name);
+    }
+  }
+  return result;
+}
+
 verdict open(const std::optional<std::string>& viewer, const candidates& among, opening& into) {
   link& what = into.what;
   if (!among.known.open(what.scheme)) {
@@ -48,11 +59,17 @@ verdict open(const std::optional<std::string>& viewer, const candidates& among, 
   into.trusted = among.wishes.trust(*what.machine);
   const occasion when{what.scheme, what.machine->inLink(), *into.trusted};
   if (auto fault = choose(among, when, viewer, into.chosen)) {
+    into.unread = outlines(among.known, what.scheme);
     return fault;
+  }
+  if (!into.chosen.viewer->whole) {
+    into.unread = {into.chosen.viewer->name};
+    return {};
   }
   filling filled;
   if (auto fault = fill(what, *into.trusted, *into.chosen.viewer, into.chosen.program, filled)) {
     if (fault->why == code::RESTRICTION) {
+      into.unread = outlines(among.known, what.scheme);
       fault->message += alternatives(into, among);
     }
     return fault;

@@ -3,6 +3,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "choose.h"
 #include "fill.h"
@@ -19,6 +20,9 @@ struct opening {
   choice chosen;                  ///< its viewer is null while it is not known
   std::optional<filling> filled;  ///< what the viewer is given
   verdict why;                    ///< the refusal, if there is one; its message names the link
+  /// Viewers of which the outline is known, and more is needed.  Unless it is empty, nothing
+  /// is decided yet: these are to be read whole, and then it is to be decided again.
+  std::vector<std::string> unread;
 };
 
 /// Reads the link, chooses a viewer, the one named `viewer` if there is one, and fills

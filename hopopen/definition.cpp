@@ -348,6 +348,7 @@ std::optional<definition> readDefinition(const std::string& name, const std::str
                                          const std::string& file, faults& found) {
   const std::size_t before = found.size();
   definition result;
+  result.file = file;
   result.name = name;
   reader toFaults(file, found);
   const toml::parse_result parsed = readToml(text);

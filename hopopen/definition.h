@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "fault.h"
+#include "stamp.h"
 #include "template.h"
 
 namespace hopopen {
@@ -28,22 +29,27 @@ struct parameterRule {
   std::vector<element> arguments;
 };
 
+/// A definition, whole or in outline.  The members up to `terminal` are the outline: enough
+/// to choose the viewer, and too little to start it.
 struct definition {
+  std::string file;   ///< its path
+  stamp identity;     ///< of the file when it was read
+  bool whole = true;  ///< false: the outline is all that is known
   std::string name;   ///< the name of the file without ".toml", by which it is chosen
   std::string title;  ///< what people read
   std::vector<std::string> schemes;
-  std::vector<std::string> programs;  ///< tried in this order
-  std::vector<std::string> packages;
-  std::int64_t rank = 50;  ///< the lowest is preferred
-  std::vector<element> arguments;
-  std::vector<element> stranger;       ///< for hosts that nobody trusts
-  std::vector<element> trusted;        ///< for the others
+  std::vector<std::string> programs;   ///< tried in this order
+  std::int64_t rank = 50;              ///< the lowest is preferred
   std::vector<std::string> unguarded;  ///< what the viewer cannot be told to protect
-  std::vector<std::string> unset;      ///< variables that are taken out of the environment
+  bool terminal = false;               ///< runs inside a terminal
+  std::vector<std::string> packages;
+  std::vector<element> arguments;
+  std::vector<element> stranger;   ///< for hosts that nobody trusts
+  std::vector<element> trusted;    ///< for the others
+  std::vector<std::string> unset;  ///< variables that are taken out of the environment
   std::vector<std::pair<std::string, textTemplate>> environment;
   std::vector<parameterRule> parameters;
   std::optional<std::uint16_t> port;  ///< where the link names none
-  bool terminal = false;              ///< runs inside a terminal
 
   bool opens(const std::string& scheme) const;
   /// The rule for a parameter, or null.

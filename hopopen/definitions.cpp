@@ -1,12 +1,8 @@
 #include "definitions.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
-#include <filesystem>
 #include <set>
 #include <string_view>
-#include <system_error>
 
 #include "characters.h"
 #include "file.h"
@@ -24,54 +20,27 @@ bool isName(std::string_view text) {
                                       [](char c) { return isLower(c) || isDigit(c) || c == '-'; });
 }
 
-// Takes what the catalog says of a file, if that is all there is to know.
-bool skipped(const std::string& name, const std::string& path, const shortcut& skip,
-             definitions& into) {
-  const auto identity = stampOf(path);
-  const catalogEntry* const entry = identity ? skip.known.find(path, *identity) : nullptr;
-  definition stub;
-  if (entry != nullptr) {
-    stub.name = name;
-    stub.title = entry->title;
-    stub.schemes = entry->schemes;
-  }
-  if (entry == nullptr || stub.opens(skip.scheme)) {
-    return false;
-  }
-  into.viewers.push_back(std::move(stub));
-  return true;
-}
-
-void readOne(const std::string& name, const std::string& path, bool wins, definitions& into) {
+// Reads a definition; nothing if it hides its viewer, or has a fault.
+std::optional<definition> readOne(const std::string& name, const std::string& path, faults& found) {
   const fileText file = readFile(path);
+  std::optional<definition> result;
   if (!file.found || !file.error.empty()) {
-    into.found.push_back({path, 1, 1, file.error.empty() ? "there is no file" : file.error});
+    found.push_back({path, 1, 1, file.error.empty() ? "there is no file" : file.error});
   } else if (!file.text.empty()) {
-    auto read = readDefinition(name, file.text, path, into.found);
-    if (read && wins) {
-      into.entries.push_back({path, file.identity, read->title, read->schemes});
-      into.viewers.push_back(std::move(*read));
-    }
+    result = readDefinition(name, file.text, path, found);
   }
-}
-
-// The names of the files of a folder, in their order.
-std::set<std::string> filesOf(const std::string& folder, definitions& into) {
-  std::set<std::string> result;
-  std::error_code error;
-  for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end;
-       entry.increment(error)) {
-    result.insert(entry->path().filename().string());
-  }
-  if (error && error != std::errc::no_such_file_or_directory &&
-      error != std::errc::not_a_directory) {
-    into.found.push_back({folder, 1, 1, "cannot be read: " + printable(error.message())});
+  if (result) {
+    result->identity = file.identity;
   }
   return result;
 }
 
-definitions read(const std::vector<std::string>& folders, const std::optional<shortcut>& skip,
-                 bool all) {
+std::optional<definition> outlineOf(const std::string& path, const catalog& outlines) {
+  const auto identity = stampOf(path);
+  return identity ? outlines.find(path, *identity) : std::nullopt;
+}
+
+definitions read(const std::vector<std::string>& folders, const catalog& outlines, bool all) {
   definitions result;
   std::set<std::string> taken;
   std::set<std::string> visited;
@@ -79,7 +48,13 @@ definitions read(const std::vector<std::string>& folders, const std::optional<sh
     if (!visited.insert(folder).second) {
       continue;
     }
-    for (const std::string& file : filesOf(folder, result)) {
+    std::string error;
+    const std::vector<std::string> files = namesIn(folder, error);
+    if (!error.empty()) {
+      result.found.push_back({folder, 1, 1, error});
+    }
+    result.viewers.reserve(result.viewers.size() + files.size());
+    for (const std::string& file : files) {
       const std::string path = within(folder, file);
       const std::string name = file.substr(0, file.size() - std::min(file.size(), ENDING.size()));
       if (!isName(name) || !file.ends_with(ENDING)) {
@@ -87,8 +62,15 @@ definitions read(const std::vector<std::string>& folders, const std::optional<sh
         continue;
       }
       const bool wins = taken.insert(name).second;
-      if ((wins || all) && !(skip && skipped(name, path, *skip, result))) {
-        readOne(name, path, wins, result);
+      if (!wins && !all) {
+        continue;
+      }
+      auto viewer = outlineOf(path, outlines);
+      if (!viewer) {
+        viewer = readOne(name, path, result.found);
+      }
+      if (viewer && wins) {
+        result.viewers.push_back(std::move(*viewer));
       }
     }
   }
@@ -113,9 +95,21 @@ bool definitions::open(const std::string& scheme) const {
                      [&](const definition& one) { return one.opens(scheme); });
 }
 
-definitions readDefinitions(const std::vector<std::string>& folders,
-                            const std::optional<shortcut>& skip) {
-  return read(folders, skip, false);
+definitions readDefinitions(const std::vector<std::string>& folders, const catalog& outlines) {
+  return read(folders, outlines, false);
+}
+
+void readWhole(definitions& known, const std::vector<std::string>& names) {
+  std::erase_if(known.viewers, [&](definition& viewer) {
+    if (viewer.whole || std::find(names.begin(), names.end(), viewer.name) == names.end()) {
+      return false;
+    }
+    auto read = readOne(viewer.name, viewer.file, known.found);
+    if (read) {
+      viewer = std::move(*read);
+    }
+    return !read;
+  });
 }
 
 definitions readAllDefinitions(const std::vector<std::string>& folders) {

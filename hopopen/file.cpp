@@ -1,11 +1,14 @@
 #include "file.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <memory>
 
 namespace hopopen {
 
@@ -67,6 +70,27 @@ fileText readFile(const std::string& path) {
   if (!result.error.empty()) {
     result.text.clear();
   }
+  return result;
+}
+
+std::vector<std::string> namesIn(const std::string& folder, std::string& error) {
+  std::vector<std::string> result;
+  const std::unique_ptr<DIR, int (*)(DIR*)> opened(opendir(folder.c_str()), closedir);
+  if (opened == nullptr) {
+    if (errno != ENOENT && errno != ENOTDIR) {
+      error = failure(errno);
+    }
+    return result;
+  }
+  errno = 0;
+  while (const dirent* const entry = readdir(opened.get())) {
+    result.emplace_back(entry->d_name);
+  }
+  if (errno != 0) {
+    error = failure(errno);
+  }
+  std::erase_if(result, [](const std::string& name) { return name == "." || name == ".."; });
+  std::sort(result.begin(), result.end());
   return result;
 }
 

@@ -4,8 +4,9 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <vector>
 
-#include "catalog.h"
+#include "stamp.h"
 
 namespace hopopen {
 
@@ -26,6 +27,10 @@ struct fileText {
 ///
 ///     readFile("/etc/shadow").error   // "cannot be read: Permission denied"
 fileText readFile(const std::string& path);
+
+/// The names of what is in a folder, in their order.  `error` is empty when all is well, also
+/// if there is no such folder; else as above.
+std::vector<std::string> namesIn(const std::string& folder, std::string& error);
 
 /// What tells the file at the path from others; nothing when there is none.
 std::optional<stamp> stampOf(const std::string& path);

@@ -30,8 +30,8 @@ constexpr int FAULTS_FOUND = 4;
 
 // What every wish needs: the files, and where programs are.
 struct surroundings {
-  explicit surroundings(const folders& where, const std::optional<shortcut>& skip = {})
-      : known(readDefinitions(where.viewers, skip)),
+  explicit surroundings(const folders& where, const catalog& outlines = {})
+      : known(readDefinitions(where.viewers, outlines)),
         wishes(readPreferences(where)),
         programs(std::getenv("PATH")) {}
 
@@ -87,13 +87,20 @@ void logStart(const opening& decided, const launchLog& log) {
   }
 }
 
+// Decides, and reads as many definitions as that takes.
+opening decideOn(const options& asked, surroundings& around) {
+  opening result = decide(asked.link, asked.viewer, around.all());
+  while (!result.unread.empty()) {
+    readWhole(around.known, result.unread);
+    result = decide(asked.link, asked.viewer, around.all());
+  }
+  return result;
+}
+
 int openLink(const options& asked, const folders& where) {
-  link scheme;
-  readScheme(asked.link, scheme);  // its fault is found again
-  const catalog known = readCatalog(where.catalogFile);
-  const surroundings around(where, shortcut{known, scheme.scheme});
+  surroundings around(where, readCatalog(where.catalogFile));
+  const opening decided = decideOn(asked, around);
   tellFaults(around.known.found, asked.quiet);
-  const opening decided = decide(asked.link, asked.viewer, around.all());
   if (asked.dryRun) {
     say(asked.json ? asJSON(decided) : asText(decided));
     return decided.why ? exitStatus(decided.why->why) : 0;
