@@ -110,7 +110,7 @@ std::string searched(const searchCase& one) {
   return runChild([&] {
            becomeNobody();
            const foundProgram found =
-               findProgram(one.program, one.path ? one.path->c_str() : nullptr);
+               findProgram(one.program, one.path ? one.path->c_str() : nullptr, {one.program});
            std::printf("%s %d", found.path.c_str(), found.error);
            return 0;
          })
@@ -234,12 +234,12 @@ TEST(FindProgram, GoesOnBehindARemoteFolderThatIsGone) {
   makePrograms();
   for (const int error : {ESTALE, ENODEV, ETIMEDOUT}) {
     remoteError = error;
-    EXPECT_EQ(findProgram("tool", "remote:first").path, "first/tool");
-    EXPECT_EQ(findProgram("tool", "remote").error, error);
+    EXPECT_EQ(findProgram("tool", "remote:first", {"tool"}).path, "first/tool");
+    EXPECT_EQ(findProgram("tool", "remote", {"tool"}).error, error);
   }
   remoteError = EIO;
-  EXPECT_EQ(findProgram("tool", "remote:first").path, "");
-  EXPECT_EQ(findProgram("tool", "remote:first").error, EIO);
+  EXPECT_EQ(findProgram("tool", "remote:first", {"tool"}).path, "");
+  EXPECT_EQ(findProgram("tool", "remote:first", {"tool"}).error, EIO);
 }
 
 TEST(FindProgram, LeavesThePathAloneForANameWithASlashLikeExecvp) {
@@ -268,18 +268,6 @@ TEST(FindProgram, FindsAFileOfAnySize) {
   writeFile("large", "#!/bin/sh\nexit 207\n", 0755);
   ASSERT_EQ(0, truncate64("large", 3000000000)) << "no room for a sparse file";
   check({"./large", "", "./large", 207});
-}
-
-// This is where it says yes and a launch fails or goes on searching.
-TEST(FindProgram, DoesNotLookInsideTheFile) {
-  const Folder folder;
-  makePrograms();
-  writeFile("orphan", "#!/no/such/interpreter\n", 0755);
-  EXPECT_EQ(searched({"./orphan", "", "", 0}), "./orphan 0");
-  EXPECT_EQ(executed({"./orphan", "", "", 0}), "exit " + std::to_string(ENOENT));
-  // A file of no known form is run by the shell: it is reached.
-  writeFile("formless", "exit 208\n", 0755);
-  check({"./formless", "", "./formless", 208});
 }
 
 // --- Words of a shell -------------------------------------------------------
@@ -358,7 +346,7 @@ class Launch {
   Launch() {
     std::filesystem::create_directory("bin");
     for (const char* const name : {"bin/vncviewer", "bin/putty"}) {
-      writeFile(name, "", 0755);
+      writeFile(name, "#!/bin/sh\n", 0755);
     }
     setenv("PATH", "bin", 1);
     ThreadData::instance(false);  // so that the configuration is published
@@ -382,6 +370,39 @@ TEST(ExplainText, HasALineForEachFact) {
             "style       equals\n"
             "arguments   vncviewer --autoreconnect=0 h\n"
             "launch      yes\n");
+}
+
+TEST(ExplainText, NamesTheShellThatExecutesAFile) {
+  const Launch launch;
+  writeFile("bin/vncviewer", "", 0755);
+  const std::string text = asText(launch.of("vnc://h/"));
+  EXPECT_NE(text.find("\nfile        bin/vncviewer\n"
+                      "shell       /bin/sh, as the file is not a program that Linux knows\n"
+                      "style       equals\n"
+                      "arguments   vncviewer --autoreconnect=0 h\n"
+                      "launch      yes\n"),
+            std::string::npos)
+      << text;
+  EXPECT_NE(asJSON(launch.of("vnc://h/")).find("  \"shell\": \"/bin/sh\",\n"), std::string::npos);
+}
+
+TEST(ExplainText, SaysThatAFolderOfThePathIsSkipped) {
+  const Launch launch;
+  writeFile("vncviewer", "#!/bin/sh\n", 0755);
+  const std::string longFolder(4096, 'x');
+  setenv("PATH", (longFolder + ":bin").c_str(), 1);
+  const std::string text = asText(launch.of("vnc://h/"));
+  EXPECT_NE(text.find("\nPATH        has a folder of 4096 bytes or more, which is skipped; the "
+                      "current folder is searched in its place\n"
+                      "file        vncviewer\n"),
+            std::string::npos)
+      << text;
+  setenv("PATH", ("nowhere:" + longFolder).c_str(), 1);
+  const std::string last = asText(launch.of("vnc://h/"));
+  EXPECT_NE(last.find("\nPATH        has a folder of 4096 bytes or more, which is skipped\n"
+                      "file        none\n"),
+            std::string::npos)
+      << last;
 }
 
 TEST(ExplainText, ShowsEveryPieceOfAURI) {
@@ -582,6 +603,7 @@ TEST(ExplainJSON, HasTheSameKeysForEveryLaunch) {
             "  \"program\": null,\n"
             "  \"rule\": null,\n"
             "  \"file\": null,\n"
+            "  \"shell\": null,\n"
             "  \"style\": \"equals\",\n"
             "  \"portArg\": null,\n"
             "  \"arguments\": null,\n"
@@ -604,6 +626,7 @@ TEST(ExplainJSON, HasTheSameKeysForEveryLaunch) {
             "  \"program\": null,\n"
             "  \"rule\": null,\n"
             "  \"file\": null,\n"
+            "  \"shell\": null,\n"
             "  \"style\": \"equals\",\n"
             "  \"portArg\": null,\n"
             "  \"arguments\": null,\n"
@@ -637,6 +660,7 @@ TEST(ExplainJSON, HasTheSameKeysForEveryLaunch) {
             "  \"program\": \"./none\",\n"
             "  \"rule\": \"option\",\n"
             "  \"file\": null,\n"
+            "  \"shell\": null,\n"
             "  \"style\": \"separate\",\n"
             "  \"portArg\": \"P\",\n"
             "  \"arguments\": [\"none\", \"-ticket\", \"414243\", \"-P\", \"22\", \"h\"],\n"
@@ -654,6 +678,7 @@ TEST(ExplainJSON, NamesTheFileAndTheRuleOfALaunch) {
                       "  \"program\": \"vncviewer\",\n"
                       "  \"rule\": \"scheme\",\n"
                       "  \"file\": \"bin/vncviewer\",\n"
+                      "  \"shell\": null,\n"
                       "  \"style\": \"equals\",\n"
                       "  \"portArg\": null,\n"
                       "  \"arguments\": [\"vncviewer\", \"--autoreconnect=0\", \"-a=1\", \"-b=2\", "

@@ -153,33 +153,49 @@ TEST(Hopexplain, KeepsEveryByteOfItsArgumentsInJSON) {
   EXPECT_EQ(">" + all.substr(0x3e) + "=" + all, json["options"].elements.at(2)["value"].text);
 }
 
-// Where it says yes although the launcher fails: it looks neither into the file nor at
-// what the kernel allows in arguments.
-
-TEST(Hopexplain, DoesNotSeeThatAScriptsInterpreterIsMissing) {
+TEST(Hopexplain, SeesThatAScriptsInterpreterIsMissing) {
   Workshop shop;
   launcher::writeFile(shop.work() / "bin" / "orphan", "#!/no/such/interpreter\n");
   std::filesystem::permissions(shop.work() / "bin" / "orphan", std::filesystem::perms::owner_all);
   const Strings arguments{"-program=orphan", "-log=log", "vnc://h/"};
   const Outcome outcome = explain(shop, {.arguments = arguments});
-  EXPECT_EQ("bin/orphan", labelled(outcome.out, "file"));
-  EXPECT_EQ(0, outcome.status);
+  EXPECT_EQ("none", labelled(outcome.out, "file"));
+  EXPECT_EQ("no: orphan cannot be executed: No such file or directory",
+            labelled(outcome.out, "launch"));
+  EXPECT_EQ(1, outcome.status);
   EXPECT_EQ(0, shop.run({.arguments = arguments}).status);
   EXPECT_TRUE(
       shop.log().ends_with("_execv() failed; path = orphan errno = 2 No such file or directory\n"))
       << shop.log();
 }
 
-TEST(Hopexplain, DoesNotSeeThatAnArgumentIsTooLong) {
+TEST(Hopexplain, SeesThatAnArgumentIsTooLong) {
   Workshop shop;
   // 131072 bytes are too many, and a ticket's text grows by a half.
   const Strings arguments{"-log=log", "vnc://h/" + std::string(100000, 'Q')};
-  EXPECT_EQ(0, explain(shop, {.arguments = arguments}).status);
+  const Outcome told = explain(shop, {.arguments = arguments});
+  EXPECT_EQ("no: vncviewer cannot be executed: Argument list too long",
+            labelled(told.out, "launch"));
+  EXPECT_EQ(1, told.status);
   const Outcome outcome = shop.run({.arguments = arguments});
   EXPECT_EQ(0, outcome.status);
   EXPECT_FALSE(outcome.viewer.has_value());
   EXPECT_TRUE(
       shop.log().ends_with("_execv() failed; path = vncviewer errno = 7 Argument list too long\n"));
+}
+
+TEST(Hopexplain, SaysThatTheShellExecutesWhatIsNoProgram) {
+  Workshop shop;
+  launcher::writeFile(shop.work() / "bin" / "formless", "exit 7\n");
+  std::filesystem::permissions(shop.work() / "bin" / "formless", std::filesystem::perms::owner_all);
+  const Strings arguments{"-program=formless", "vnc://h/"};
+  const Json json = explainJSON(shop, {.arguments = arguments});
+  EXPECT_EQ("/bin/sh", json["shell"].text);
+  EXPECT_EQ("bin/formless", json["file"].text);
+  EXPECT_EQ("true", json["launches"].text);
+  EXPECT_EQ("formless", json["arguments"].elements.at(0).text);
+  EXPECT_EQ(7, shop.run({.arguments = arguments}).status);
+  EXPECT_EQ("null", explainJSON(shop, {.arguments = {"vnc://h/"}})["shell"].text);
 }
 
 }  // namespace

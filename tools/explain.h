@@ -4,18 +4,8 @@
 #include <string>
 
 #include "assoclist.h"
+#include "explain_search.h"
 #include "plan.h"
-
-/// The file that `execvp` would execute.
-struct foundProgram {
-  std::string path;  ///< empty when there is none
-  int error = 0;     ///< then why: the error number that `execvp` would set
-};
-
-/// Searches like `execvp`: on `searchPath`, the value of PATH (null when it is unset),
-/// unless `program` has a "/".  Finds regular files that this process may execute; does
-/// not look inside them.
-foundProgram findProgram(const std::string& program, const char* searchPath);
 
 /// What an option did.
 enum optionUse : int {

@@ -135,6 +135,7 @@ std::string asJSON(const explanation& launch) {
                      : launch.rest["program"].empty() ? json(std::string("scheme"))
                                                       : json(std::string("option"))),
       member("file", jsonOrNull(launch.found.path)),
+      member("shell", jsonOrNull(launch.found.shell)),
       member("style", json(std::string(text(plan.style)))),
       member("portArg", jsonOrNull(launch.rest["portArg"])),
       member("arguments", hasVector ? strings(vectorOfStrings(plan.arguments)) : null),
