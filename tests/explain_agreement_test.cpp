@@ -171,7 +171,7 @@ Told explain(const Strings& line, const Strings& variables) {
 // ("rec" and "./rec" are its names as an interpreter and from the shell).
 void compareRecord(const Strings& record, const Json& json) {
   const std::string& file = json["file"].text;
-  const Strings arguments = json["arguments"].texts();
+  const Strings arguments = json["argumentsBytes"].bytes();
   const std::string& name = record.at(1);
   std::ptrdiff_t skipped = 1;
   if (name == "./rec") {
@@ -248,8 +248,8 @@ TEST_P(Agreement, OfHopexplainWithHoplaunchOnRandomCommandLines) {
   }
   std::printf("%d launches, %d recorded; %d programs that could not be executed\n", launches,
               records, refused);
-  EXPECT_GT(records, linesOfAShare / 5);
-  EXPECT_GT(refused, linesOfAShare / 20);
+  EXPECT_GT(records, linesOfAShare / 10);
+  EXPECT_GT(refused, linesOfAShare / 25);
 }
 
 INSTANTIATE_TEST_SUITE_P(Shares, Agreement, testing::Range(1U, shares + 1));

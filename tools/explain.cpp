@@ -2,26 +2,17 @@
 
 #include <cstdlib>
 #include <cstring>
-#include <vector>
 
 #include "configDB.h"
 #include "conversion.h"
 #include "stringcomp.h"
-
-namespace {
-
-std::vector<std::string> argumentsOf(const launchPlan& plan) {
-  return plan.arguments != nullptr ? vectorOfStrings(plan.arguments) : std::vector<std::string>();
-}
-
-}  // namespace
 
 explanation::explanation(const std::string& uri, const assocList& options_, const assocList& rest_)
     : given(uri),
       options(options_),
       rest(rest_),
       plan(uri, rest_),
-      found(findProgram(plan.program, std::getenv("PATH"), argumentsOf(plan))) {}
+      found(findProgram(plan.program, std::getenv("PATH"), vectorOfStrings(plan.arguments))) {}
 
 std::string explanation::obstacle() const {
   if (launches()) {

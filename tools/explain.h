@@ -41,8 +41,8 @@ struct explanation {
 /// is not printable ASCII is escaped.
 std::string asText(const explanation& launch);
 
-/// For programs: one JSON object (RFC 8259).  Bytes that are not UTF-8 are written as
-/// the lone surrogates U+DC80 to U+DCFF.
+/// For programs: one JSON object (RFC 8259), of which every byte is ASCII.  Each byte that
+/// is not UTF-8 is U+FFFD; the URI and the arguments are there in hexadecimal, too.
 std::string asJSON(const explanation& launch);
 
 /// `text` as one word for a shell: as it is, in single quotes, or, where it holds what
