@@ -7,8 +7,10 @@
 #include "assoclist.h"
 #include "commandline.h"
 #include "launch.h"
+#include "output_signals.h"
 
 int main(int count, char** args) {
+  ignoreOutputSignals();
   const char* const command = count > 0 ? args[0] : "";
   if (minimumArguments() >= count) {
     help(command);
