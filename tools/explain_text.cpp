@@ -100,7 +100,7 @@ std::string asText(const explanation& launch) {
          shellWord(plan.program) + (launch.rest["program"].empty()
                                         ? ", registered for the scheme in PROGRAMS"
                                         : ", named by the option program"));
-    line(out, "file", launch.launches() ? shellWord(launch.found.path) : "none");
+    line(out, "file", launch.found.path.empty() ? "none" : shellWord(launch.found.path));
     line(out, "style", text(plan.style));
     line(out, "arguments", words(plan.arguments));
   }

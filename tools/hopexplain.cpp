@@ -1,23 +1,51 @@
 // hopexplain: tells what hoplaunch would do with the same command line.
 
+#include <unistd.h>
+
 #include <cstddef>
+#include <cstring>
 #include <iostream>
+#include <new>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "assoclist.h"
 #include "commandline.h"
 #include "explain.h"
 #include "launch.h"
+#include "output_signals.h"
 #include "stringcomp.h"
+#include "threading.h"
 
 namespace {
 
 enum exitStatus : int { LAUNCHES = 0, LAUNCHES_NOT = 1 };
 
+// Nothing could be done about an exception: even to unwind may take memory.
+[[noreturn]] void endWithoutMemory() {
+  constexpr std::string_view text = "hopexplain: There is not enough memory.\n";
+  [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, text.data(), text.size());
+  _exit(LAUNCHES_NOT);
+}
+
+// First of all: static objects take memory, too, and 101 is the earliest that there is.
+[[gnu::constructor(101)]] void guardFromTheStart() {
+  std::set_new_handler(endWithoutMemory);
+}
+
+// Why a launch would get no semaphore set; empty when it would.  This process needs none.
+std::string semaphoreError() {
+  int error = 0;
+  const bool hasSet = semaphoreTry(error);
+  semaphoreForgo();
+  return hasSet ? "" : std::strerror(error);
+}
+
 }  // namespace
 
 int main(int count, char** args) {
+  ignoreOutputSignals();
   std::vector<std::string> arguments;
   assocList options;
   if (!split(count, args, arguments, options)) {
@@ -29,8 +57,9 @@ int main(int count, char** args) {
   }
   const bool asksForJSON = caseInsensitive::same(options["format"], "json");
   options.erase("format");  // the one option that is not the launcher's
+  const std::string noSet = semaphoreError();
   return process(options, [&](const assocList& rest) {
-    const explanation launch(arguments.front(), options, rest);
+    const explanation launch(arguments.front(), options, rest, noSet);
     std::cout << (asksForJSON ? asJSON(launch) : asText(launch)) << std::flush;
     return launch.launches() ? LAUNCHES : LAUNCHES_NOT;
   });
