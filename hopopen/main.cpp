@@ -1,8 +1,15 @@
 // hopopen: opens a link in the right viewer, or says why not.
 
+#include <unistd.h>
+
+#include <cerrno>
 #include <cstdlib>
+#include <cstring>
+#include <exception>
 #include <iostream>
+#include <new>
 #include <string>
+#include <string_view>
 
 #include "catalog_file.h"
 #include "check.h"
@@ -15,6 +22,7 @@
 #include "list.h"
 #include "notify.h"
 #include "options.h"
+#include "output_signals.h"
 #include "preferences.h"
 #include "programs.h"
 #include "shown.h"
@@ -26,7 +34,11 @@ namespace hopopen {
 
 namespace {
 
+constexpr int OUTPUT_LOST = 2;
 constexpr int FAULTS_FOUND = 4;
+
+constexpr std::string_view NO_MEMORY =
+    "hopopen: There is not enough memory. Close some programs, and try again. (start)\n";
 
 // What every wish needs: the files, and where programs are.
 struct surroundings {
@@ -44,8 +56,15 @@ struct surroundings {
   programFinder programs;
 };
 
-void say(const std::string& text) {
+// Writes what was asked for, and returns the exit status: `status`, unless it got lost.
+int say(const std::string& text, int status) {
   std::cout << text << std::flush;
+  if (std::cout) {
+    return status;
+  }
+  const int error = errno;
+  std::cerr << "hopopen: The output could not be written: " << std::strerror(error) << ".\n";
+  return OUTPUT_LOST;
 }
 
 void tellFaults(const faults& found, bool quiet) {
@@ -102,8 +121,8 @@ int openLink(const options& asked, const folders& where) {
   const opening decided = decideOn(asked, around);
   tellFaults(around.known.found, asked.quiet);
   if (asked.dryRun) {
-    say(asked.json ? asJSON(decided) : asText(decided));
-    return decided.why ? exitStatus(decided.why->why) : 0;
+    return say(asked.json ? asJSON(decided) : asText(decided),
+               decided.why ? exitStatus(decided.why->why) : 0);
   }
   const launchLog log(asked.log);
   logStart(decided, log);
@@ -120,14 +139,13 @@ int list(const options& asked, const folders& where, const surroundings& around)
     return refuse(why, asked, around.programs, launchLog(""));
   }
   keepCatalog(where.catalogFile, around.known);
-  say(asked.json ? listAsJSON(around.all()) : listAsText(around.all()));
-  return 0;
+  return say(asked.json ? listAsJSON(around.all()) : listAsText(around.all()), 0);
 }
 
 int check(const options& asked, const folders& where) {
   const findings told = checkFiles(where);
-  say(asked.json ? findingsAsJSON(told) : findingsAsText(told));
-  return told.found.empty() ? 0 : FAULTS_FOUND;
+  return say(asked.json ? findingsAsJSON(told) : findingsAsText(told),
+             told.found.empty() ? 0 : FAULTS_FOUND);
 }
 
 int change(const options& asked, const folders& where, const surroundings& around) {
@@ -135,8 +153,7 @@ int change(const options& asked, const folders& where, const surroundings& aroun
   if (const auto why = changeWishes(asked, where, around.known, around.wishes, output)) {
     return refuse(*why, asked, around.programs, launchLog(""));
   }
-  say(output);
-  return 0;
+  return say(output, 0);
 }
 
 int run(const options& asked) {
@@ -153,14 +170,60 @@ int run(const options& asked) {
 }
 
 // Does what the command line asks for, and returns the exit status.
-int obey(int count, const char* const* arguments) {
-  options asked;
+int obey(int count, const char* const* arguments, options& asked) {
   if (const auto instead = readOptions(count, arguments, asked)) {
-    say(instead->output);
     std::cerr << instead->error;
-    return instead->status;
+    return instead->output.empty() ? instead->status : say(instead->output, instead->status);
   }
   return run(asked);
+}
+
+void sayNoMemory(const options& asked) {
+  if (asked.what == wish::OPEN && !asked.dryRun) {
+    launchLog(asked.log).fixedLine(NO_MEMORY);
+  }
+  if (!asked.quiet) {
+    [[maybe_unused]] const ssize_t written =
+        write(STDERR_FILENO, NO_MEMORY.data(), NO_MEMORY.size());
+  }
+}
+
+// Says so without taking memory, and on the desktop if there is enough for that again.
+int refuseWithoutMemory(const options& asked) {
+  sayNoMemory(asked);
+  try {
+    if (!asked.quiet && isOnDesktop()) {
+      notify(std::string(NO_MEMORY.substr(0, NO_MEMORY.size() - 1)),
+             programFinder(std::getenv("PATH")));
+    }
+  } catch (const std::bad_alloc&) {
+    // Then only the line tells of it.
+  }
+  return exitStatus(code::START);
+}
+
+options& request() {
+  static options asked;
+  return asked;
+}
+
+constinit std::terminate_handler previousEnd = nullptr;
+
+// Where the exception could not be thrown: not even for that was there memory, or a function
+// that throws nothing was on its way.
+[[noreturn]] void endByException() {
+  try {
+    if (const std::exception_ptr left = std::current_exception()) {
+      std::rethrow_exception(left);
+    }
+  } catch (const std::bad_alloc&) {
+    sayNoMemory(request());
+    _exit(exitStatus(code::START));
+  } catch (...) {
+    previousEnd();
+  }
+  previousEnd();
+  std::abort();
 }
 
 }  // namespace
@@ -168,5 +231,11 @@ int obey(int count, const char* const* arguments) {
 }  // namespace hopopen
 
 int main(int count, char** arguments) {
-  return hopopen::obey(count, arguments);
+  ignoreOutputSignals();
+  hopopen::previousEnd = std::set_terminate(hopopen::endByException);
+  try {
+    return hopopen::obey(count, arguments, hopopen::request());
+  } catch (const std::bad_alloc&) {
+    return hopopen::refuseWithoutMemory(hopopen::request());
+  }
 }

@@ -6,8 +6,10 @@
 
 #include <cstdlib>
 #include <ctime>
+#include <exception>
 #include <string_view>
 
+#include "output_signals.h"
 #include "shown.h"
 
 namespace hopopen {
@@ -58,7 +60,7 @@ bool isSet(const char* name) {
   return value != nullptr && *value != '\0';
 }
 
-[[noreturn]] void run(const program& notifier, const std::string& message) {
+[[noreturn]] void run(const program& notifier, const std::string& message) noexcept {
   std::vector<std::string> words = notification(notifier.name, message);
   std::vector<char*> arguments;
   arguments.reserve(words.size() + 1);
@@ -66,6 +68,7 @@ bool isSet(const char* name) {
     arguments.push_back(word.data());
   }
   arguments.push_back(nullptr);
+  restoreOutputSignals();
   execv(notifier.path.c_str(), arguments.data());
   _exit(127);
 }
@@ -95,6 +98,21 @@ void leaveStreams() {
   for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; stream++) {
     dup2(nothing, stream);
   }
+}
+
+// In a process of its own: tells by the first program that shows the message.  One that runs
+// out of memory ends without a word, as its parent has said it all.
+[[noreturn]] void tellAside(const std::vector<program>& notifiers,
+                            const std::string& message) noexcept {
+  std::set_terminate([] { _exit(127); });
+  setsid();
+  leaveStreams();
+  for (const program& notifier : notifiers) {
+    if (shows(notifier, message)) {
+      break;
+    }
+  }
+  _exit(0);
 }
 
 }  // namespace
@@ -127,17 +145,9 @@ void notify(const std::string& message, const programFinder& programs) {
       notifiers.push_back(*found);
     }
   }
-  if (notifiers.empty() || fork() != 0) {
-    return;
+  if (!notifiers.empty() && fork() == 0) {
+    tellAside(notifiers, message);
   }
-  setsid();
-  leaveStreams();
-  for (const program& notifier : notifiers) {
-    if (shows(notifier, message)) {
-      break;
-    }
-  }
-  _exit(0);
 }
 
 }  // namespace hopopen

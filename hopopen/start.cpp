@@ -7,6 +7,7 @@
 #include <cstring>
 #include <string_view>
 
+#include "output_signals.h"
 #include "shown.h"
 
 namespace hopopen {
@@ -51,8 +52,13 @@ int become(const opening& decided) {
   const std::string& path = program.terminal ? program.terminal->path : program.viewer.path;
   std::vector<std::string> arguments = decided.filled->arguments;
   std::vector<std::string> variables = environmentFor(decided, environ);
-  execve(path.c_str(), pointersTo(arguments).data(), pointersTo(variables).data());
-  return errno;
+  const std::vector<char*> vector = pointersTo(arguments);
+  const std::vector<char*> environment = pointersTo(variables);
+  restoreOutputSignals();
+  execve(path.c_str(), vector.data(), environment.data());
+  const int error = errno;
+  ignoreOutputSignals();
+  return error;
 }
 
 refusal startFailed(const opening& decided, int error) {

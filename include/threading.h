@@ -15,6 +15,12 @@
 // by `fork` exclude each other and their parent.  Sections are not re-entrant and
 // have no order.  A process that dies inside a section leaves it taken.
 //
+// The set is removed by `exit`, by a failed assertion and by a failed semaphore call of the
+// process that created it, or that has called `semaphoreAdopt`.  What ends a process
+// otherwise removes nothing: a signal (but see `semaphoreEndBy`), `_exit` and `quick_exit`,
+// `exec` (but see `semaphoreRelease`), `abort` and an exception that nobody catches.  Such a
+// set stays until the system ends; `ipcs -s` lists it and `ipcrm -s` removes it.
+//
 // A process that forks holds no section: the child would take it for its own.  A
 // child that outlives the creator of the set finds the set removed, and aborts when
 // it takes a section.
@@ -118,7 +124,8 @@ enum sectionId : int {
 /// Any failure of a semaphore call is fatal: a line with the failed expression,
 /// the source and the line goes straight to standard error, since event reports
 /// take sections themselves, and the process aborts.  A wait that a signal
-/// interrupts counts as a failure, so block signals around long waits.
+/// interrupts counts as a failure, so block signals around long waits.  The set is removed
+/// before, by the process that created it.
 class criticalSection {
  public:
   /// Waits for section `id` and takes it.  After the set was removed at exit,
@@ -148,7 +155,7 @@ class criticalSection {
 
 /// The id of the semaphore set.  With `close` false the set is created when it
 /// does not exist yet; with `close` true it is removed for good, unless a parent
-/// process created it.  After that the id is -3.
+/// process created it.  After that the id is -3.  After `semaphoreForgo` it is -4.
 int semaphoreSet(bool close);
 
 /// Removes the set for good; runs at exit.
@@ -159,3 +166,40 @@ void semaphoreClose();
 /// is taken creates a new set.  A child leaves its parent's set alone.
 /// REQUIRES: no section is held.
 void semaphoreRelease();
+
+/// Makes the calling process the one that removes the set: at exit, when an assertion
+/// fails, and by the functions above.  For a program that detaches, as by `daemon(3)`, after
+/// it used a section: the set is that of the process that ended, which would leave it to
+/// nobody.  Does nothing without a set: the process that creates one removes it.
+///
+///     if (daemon(0, 0) == 0) {
+///       semaphoreAdopt();
+///     }
+///
+/// REQUIRES: the process that was to remove the set so far ends without doing so, by `_exit`
+/// as in `daemon(3)`.
+void semaphoreAdopt();
+
+/// From here on the process has no set: sections are taken and given back at once, exclude
+/// nobody, and make no semaphore call, so none can fail.  A set that it created is removed.
+/// For programs that share nothing and write to nobody's log.
+/// REQUIRES: no section is held.
+void semaphoreForgo();
+
+/// Whether a set could be had: makes one as the first section would, and removes it at once.
+/// No signal but SIGKILL ends the process in between.  If not, `error` is the number of the
+/// error, or 0 where the system gave what cannot be used; else it is 0.
+bool semaphoreTry(int& error);
+
+/// Ends the process by the signal `sig` as if there were no handler, without leaving the set
+/// behind; while the set is being made the signal waits.  May be a handler itself, or be
+/// called in one: `std::signal(SIGTERM, semaphoreEndBy)`.
+void semaphoreEndBy(int sig);
+
+/// What is called with a failed semaphore call: the line that was written to standard error,
+/// without its line end, and the number of the error, 0 for none.
+using semaphoreFailureHandler = void (*)(const char* line, int error);
+
+/// Has `handler` called between the line on standard error and the abort; by then the set is
+/// removed.  Null for nobody, as at first.  It must not take a section.
+void semaphoreOnFailure(semaphoreFailureHandler handler);

@@ -31,7 +31,7 @@ class assertionWitness : public eventHandler {
 };
 
 /// Creates the semaphore set in this process, which removes it at exit.  A child
-/// that aborts would leave a set of its own behind.
+/// that a signal ends would leave a set of its own behind.
 inline void ownTheSemaphores() {
   semaphoreSet(false);
 }

@@ -94,7 +94,7 @@ processEnd runFreshChild(Body body) {
 }
 
 /// Runs `body` in a child that shares this process's semaphore set, and removes
-/// the set afterwards.  For bodies that abort, which removes nothing.
+/// the set afterwards.  For bodies that a signal ends, which removes nothing.
 template <class Body>
 processEnd runSharingChild(Body body) {
   semaphoreSet(false);

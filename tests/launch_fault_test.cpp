@@ -167,9 +167,10 @@ TEST(LaunchFault, WritesNothingWithoutALog) {
   EXPECT_EQ(plan.log, "");
 }
 
-TEST(LaunchFault, OpensTheLogToAppendOnly) {
+TEST(LaunchFault, OpensTheLogToAppendOnlyAndWithoutWaiting) {
   launchBy(Plan());
-  EXPECT_EQ(plan.flags, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_LARGEFILE);
+  EXPECT_EQ(plan.flags,
+            O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK | O_LARGEFILE);
   EXPECT_EQ(plan.mode, 0666) << "the umask says who may read it";
 }
 

@@ -215,15 +215,18 @@ class Workshop {
       result.descriptors[std::atoi(line.c_str())] = line.substr(line.find(' ') + 1);
     }
     const Strings lines = split(readFile(part(".process")), '\n');
+    for (const char* name : {".arguments", ".environment", ".descriptors", ".process"}) {
+      std::filesystem::remove(part(name));
+    }
+    if (lines.size() < 3) {
+      return std::nullopt;  // something ended the viewer on its way
+    }
     result.path = lines.at(0);
     result.pid = std::atoi(lines.at(1).c_str());
     result.folder = lines.at(2);
     for (std::size_t index = 3; index < lines.size(); ++index) {
       const std::size_t colon = lines[index].find(":\t");
       result.status[lines[index].substr(0, colon)] = lines[index].substr(colon + 2);
-    }
-    for (const char* name : {".arguments", ".environment", ".descriptors", ".process"}) {
-      std::filesystem::remove(part(name));
     }
     return result;
   }

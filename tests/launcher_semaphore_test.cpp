@@ -11,45 +11,17 @@
 
 #include <cerrno>
 #include <cstring>
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include "launcher_runner.h"
+#include "system_sets.h"
 
 namespace {
 
 using launcher::Outcome;
 using launcher::Strings;
 using launcher::Workshop;
-
-// The ids of the sets that this process can see.
-std::vector<int> sets() {
-  std::vector<int> result;
-  std::ifstream in("/proc/sysvipc/sem");
-  std::string line;
-  EXPECT_TRUE(std::getline(in, line)) << "/proc/sysvipc/sem cannot be read";
-  while (std::getline(in, line)) {
-    std::istringstream fields(line);
-    int key = 0;
-    int id = 0;
-    fields >> key >> id;
-    result.push_back(id);
-  }
-  return result;
-}
-
-// The sets on whose first semaphore `process` acted last.
-std::vector<int> setsOf(pid_t process) {
-  std::vector<int> result;
-  for (const int id : sets()) {
-    if (semctl(id, 0, GETPID) == process) {
-      result.push_back(id);
-    }
-  }
-  return result;
-}
 
 // Returns whether this process is in a namespace of its own now.
 bool newNamespace() {
@@ -61,7 +33,7 @@ bool newNamespace() {
     if (!newNamespace()) {                                          \
       GTEST_SKIP() << "no new namespace: " << std::strerror(errno); \
     }                                                               \
-    ASSERT_EQ(std::vector<int>(), sets());                          \
+    ASSERT_EQ(std::vector<int>(), setsOfAll());                     \
   } while (false)
 
 struct Launch {
@@ -100,7 +72,7 @@ TEST(LauncherSemaphores, AreGoneWhereTheFirstIdIsZero) {
     for (int count = 0; count < 3; ++count) {
       const Outcome outcome = shop.run({.arguments = one.arguments});
       EXPECT_EQ(one.status, outcome.status) << outcome.err;
-      EXPECT_EQ(std::vector<int>(), sets()) << "after launch " << count;
+      EXPECT_EQ(std::vector<int>(), setsOfAll()) << "after launch " << count;
     }
   }
 }
@@ -111,7 +83,7 @@ TEST(LauncherSemaphores, AreGoneAfterAFailedExecution) {
   const Outcome outcome = shop.run({.arguments = {"vnc://h/", "-program=./nosuch", "-log=log"}});
   EXPECT_EQ(0, outcome.status);
   EXPECT_EQ("", outcome.err);
-  EXPECT_EQ(std::vector<int>(), own ? sets() : setsOf(outcome.pid));
+  EXPECT_EQ(std::vector<int>(), own ? setsOfAll() : setsOf(outcome.pid));
 }
 
 TEST(LauncherSemaphores, OfOthersAreLeftAlone) {
@@ -125,7 +97,7 @@ TEST(LauncherSemaphores, OfOthersAreLeftAlone) {
     Workshop shop;
     const Outcome outcome = shop.run({.arguments = one.arguments});
     EXPECT_EQ(one.status, outcome.status) << outcome.err;
-    EXPECT_EQ((std::vector<int>{first, second}), sets());
+    EXPECT_EQ((std::vector<int>{first, second}), setsOfAll());
   }
   EXPECT_EQ(0, semctl(first, 0, IPC_RMID));
   EXPECT_EQ(0, semctl(second, 0, IPC_RMID));
@@ -139,7 +111,7 @@ TEST(LauncherSemaphores, DoNotGatherInTwoHundredLaunches) {
     ASSERT_EQ(42, outcome.status) << "launch " << count << ": " << outcome.err;
     ASSERT_TRUE(outcome.viewer);
   }
-  EXPECT_EQ(std::vector<int>(), sets());
+  EXPECT_EQ(std::vector<int>(), setsOfAll());
 }
 
 TEST(LauncherSemaphores, DoNotGatherInFourLoopsOfFiftyLaunches) {
@@ -154,7 +126,7 @@ TEST(LauncherSemaphores, DoNotGatherInFourLoopsOfFiftyLaunches) {
       ASSERT_EQ(42, outcome.status) << "launch " << count << ": " << outcome.err;
     }
   }
-  EXPECT_EQ(std::vector<int>(), sets());
+  EXPECT_EQ(std::vector<int>(), setsOfAll());
 }
 
 }  // namespace

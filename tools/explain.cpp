@@ -7,16 +7,21 @@
 #include "conversion.h"
 #include "stringcomp.h"
 
-explanation::explanation(const std::string& uri, const assocList& options_, const assocList& rest_)
+explanation::explanation(const std::string& uri, const assocList& options_, const assocList& rest_,
+                         const std::string& noSet_)
     : given(uri),
       options(options_),
       rest(rest_),
       plan(uri, rest_),
-      found(findProgram(plan.program, std::getenv("PATH"), vectorOfStrings(plan.arguments))) {}
+      found(findProgram(plan.program, std::getenv("PATH"), vectorOfStrings(plan.arguments))),
+      noSet(noSet_) {}
 
 std::string explanation::obstacle() const {
   if (launches()) {
     return std::string();
+  }
+  if (!noSet.empty()) {
+    return "no semaphore set: " + noSet;
   }
   if (!plan.uri.okay()) {
     return "the URI does not parse";

@@ -17,17 +17,20 @@ enum optionUse : int {
 
 /// One launch and what led to it.
 struct explanation {
-  /// Decides and searches.  `rest` is what is left of the options once they were applied.
-  explanation(const std::string& uri, const assocList& options, const assocList& rest);
+  /// Decides and searches.  `rest` is what is left of the options once they were applied,
+  /// `noSet` why the launch would get no semaphore set, empty when it would.
+  explanation(const std::string& uri, const assocList& options, const assocList& rest,
+              const std::string& noSet = "");
 
   std::string given;   ///< the URI as given
   assocList options;   ///< every keyword option
   assocList rest;      ///< those that name neither an item nor a trace flag
   launchPlan plan;     ///< what comes of them
   foundProgram found;  ///< the file behind the plan's program
+  std::string noSet;   ///< why there is no semaphore set, which ends a launch at once
 
   /// True when a launch would reach an executable.
-  bool launches() const { return !found.path.empty(); }
+  bool launches() const { return noSet.empty() && !found.path.empty(); }
   /// Why not, in one sentence; empty when it launches.
   std::string obstacle() const;
   /// What the option `key` did.

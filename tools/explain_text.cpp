@@ -105,7 +105,7 @@ std::string asText(const explanation& launch) {
            std::string("has a folder of 4096 bytes or more, which is skipped") +
                (launch.found.searchesHere ? "; the current folder is searched in its place" : ""));
     }
-    line(out, "file", launch.launches() ? shellWord(launch.found.path) : "none");
+    line(out, "file", launch.found.path.empty() ? "none" : shellWord(launch.found.path));
     if (!launch.found.shell.empty()) {
       line(out, "shell", launch.found.shell + ", as the file is not a program that Linux knows");
     }

@@ -1,6 +1,10 @@
 // hopexplain: tells what hoplaunch would do with the same command line.
 
+#include <unistd.h>
+
 #include <cstddef>
+#include <cstring>
+#include <new>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -11,8 +15,35 @@
 #include "explain_options.h"
 #include "explain_output.h"
 #include "launch.h"
+#include "output_signals.h"
+#include "threading.h"
+
+namespace {
+
+// Nothing could be done about an exception: even to unwind may take memory.
+[[noreturn]] void endWithoutMemory() {
+  constexpr std::string_view text = "hopexplain: There is not enough memory.\n";
+  [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, text.data(), text.size());
+  _exit(LAUNCHES_NOT);
+}
+
+// First of all: static objects take memory, too, and 101 is the earliest that there is.
+[[gnu::constructor(101)]] void guardFromTheStart() {
+  std::set_new_handler(endWithoutMemory);
+}
+
+// Why a launch would get no semaphore set; empty when it would.  This process needs none.
+std::string semaphoreError() {
+  int error = 0;
+  const bool hasSet = semaphoreTry(error);
+  semaphoreForgo();
+  return hasSet ? "" : std::strerror(error);
+}
+
+}  // namespace
 
 int main(int count, char** args) {
+  ignoreOutputSignals();
   const std::string_view only = count == 2 ? args[1] : "";
   if (only == "--help" || only == "--version") {
     return printed(only == "--help" ? helpText() : versionText(), 0);
@@ -30,8 +61,9 @@ int main(int count, char** args) {
     help(count > 0 ? args[0] : "");
     return LAUNCHES_NOT;
   }
+  const std::string noSet = semaphoreError();
   return process(options, [&](const assocList& rest) {
-    const explanation launch(arguments.front(), options, rest);
+    const explanation launch(arguments.front(), options, rest, noSet);
     return printed(form == EF_JSON ? asJSON(launch) : asText(launch),
                    launch.launches() ? LAUNCHES : LAUNCHES_NOT);
   });

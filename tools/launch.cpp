@@ -10,6 +10,7 @@
 #include "conversion.h"
 #include "datetime.h"
 #include "launch_log.h"
+#include "output_signals.h"
 #include "plan.h"
 #include "threading.h"
 
@@ -18,8 +19,11 @@ namespace {
 // Becomes the program, or returns the error number.
 int become(const char* program, char** arguments) {
   semaphoreRelease();  // nothing that runs at exit survives the exec
+  restoreOutputSignals();
   execvp(program, arguments);
-  return errno;
+  const int error = errno;
+  ignoreOutputSignals();
+  return error;
 }
 
 }  // namespace

@@ -4,31 +4,15 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <csignal>
-
-namespace {
-
-// Ignores a signal for a scope.
-class signalIgnored {
- public:
-  explicit signalIgnored(int sig) : m_signal(sig), m_previous(std::signal(sig, SIG_IGN)) {}
-  signalIgnored(const signalIgnored&) = delete;
-  signalIgnored& operator=(const signalIgnored&) = delete;
-  ~signalIgnored() { std::signal(m_signal, m_previous); }
-
- private:
-  int m_signal;
-  void (*m_previous)(int);
-};
-
-}  // namespace
 
 launchLog::launchLog(const std::string& path) {
   if (path.empty()) {
     return;
   }
-  m_descriptor =
-      open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_LARGEFILE, 0666);
+  // A pipe without a reader, or a full one, must not keep us waiting.
+  constexpr int flags =
+      O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK | O_LARGEFILE;
+  m_descriptor = open(path.c_str(), flags, 0666);
   if (m_descriptor >= 0 && m_descriptor <= STDERR_FILENO) {
     // Not in the place of a standard stream that we were started without.
     const int moved = fcntl(m_descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
@@ -52,10 +36,13 @@ void launchLog::line(std::initializer_list<std::string_view> pieces) const {
     text += piece;
   }
   text += '\n';
-  // A pipe whose reader has gone, or a limit on the size of files, would end us.
-  const signalIgnored brokenPipe(SIGPIPE);
-  const signalIgnored fileTooLarge(SIGXFSZ);
   writeAll(text);
+}
+
+void launchLog::fixedLine(std::string_view text) const {
+  if (isOpen()) {
+    writeAll(text);
+  }
 }
 
 void launchLog::writeAll(std::string_view text) const {

@@ -6,8 +6,11 @@
 #include <string_view>
 
 /// A log that is appended to, one system call a line, so that launches side by side
-/// do not tear each other's lines.  Whatever goes wrong with it stops nothing, and
-/// its descriptor does not reach the viewer.
+/// do not tear each other's lines.  Whatever goes wrong with it stops nothing: it is
+/// opened and written without waiting, so a line that would have to wait is lost, and what
+/// cannot be opened at once is no log.  Its descriptor does not reach the viewer.
+///
+/// REQUIRES: `ignoreOutputSignals`, or a line for a pipe without a reader ends the process.
 class [[gnu::visibility("hidden")]] launchLog {
  public:
   /// Opens the file, and makes it if it is missing.  With an empty path there is no log.
@@ -23,6 +26,9 @@ class [[gnu::visibility("hidden")]] launchLog {
 
   /// Writes a line of the given pieces.
   void line(std::initializer_list<std::string_view> pieces) const;
+
+  /// Writes `text`, which ends with a line end, without taking any memory.
+  void fixedLine(std::string_view text) const;
 
  private:
   void writeAll(std::string_view text) const;

@@ -7,8 +7,20 @@
 #include "assoclist.h"
 #include "commandline.h"
 #include "launch.h"
+#include "launch_end.h"
+#include "output_signals.h"
+
+namespace {
+
+// First of all: static objects take memory, too, and 101 is the earliest that there is.
+[[gnu::constructor(101)]] void guardFromTheStart() {
+  guardProcess();
+}
+
+}  // namespace
 
 int main(int count, char** args) {
+  ignoreOutputSignals();
   const char* const command = count > 0 ? args[0] : "";
   if (minimumArguments() >= count) {
     help(command);

@@ -4,6 +4,7 @@
 #include "configRef.h"
 #include "events.h"
 #include "launch.h"
+#include "launch_end.h"
 #include "system.h"
 #include "threading.h"
 #include "trace.h"
@@ -32,6 +33,7 @@ void applyOptions(assocList& options) {
 }  // namespace
 
 int process(const std::vector<std::string>& args, const assocList& params) {
+  guardLaunch(params["log"]);
   return process(params, [&args](const assocList& rest) { return processAug(args, rest); });
 }
 

@@ -181,6 +181,7 @@ void assertionFailed(const char* expression, const char* filename, int line) {
     source.resize(dot);
   }
   { assertEvent(expression, source.c_str(), line); }
+  semaphoreClose();  // which an abort does not do
   std::abort();
 }
 

@@ -4,8 +4,10 @@
 #include <sys/sem.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
 #include <cstdlib>
-#include <string>
 
 #include "asserts.h"
 #include "processes.h"
@@ -16,9 +18,22 @@ namespace {
 constexpr int NOT_CREATED = -2;
 constexpr int RELEASED = -1;      // removed, but to be created again on demand
 constexpr int FINISH_VALUE = -3;  // removed for good
+constexpr int FORGONE = -4;       // there is to be none
 
-constinit int setId = NOT_CREATED;
-constinit pid_t creator = 0;  // a child of the creator leaves the set alone
+// A handler of a signal looks at these four.
+constinit volatile int setId = NOT_CREATED;
+constinit volatile pid_t creator = 0;               // a child of the creator leaves the set alone
+constinit volatile std::sig_atomic_t creating = 0;  // the kernel may have a set that we do not know
+constinit volatile std::sig_atomic_t awaited = 0;   // the signal that ends us after that
+
+constinit semaphoreFailureHandler failureHandler = nullptr;
+
+// A check that did not pass.
+struct failure {
+  const char* expression = nullptr;
+  int line = 0;
+  int error = 0;
+};
 
 // The thread that holds each section, 0 for none.
 int& owner(unsigned int index) {
@@ -27,13 +42,26 @@ int& owner(unsigned int index) {
   return owners[index];
 }
 
+void removeSet() {
+  if (setId >= 0 && creator == getpid()) {
+    semctl(setId, 0, IPC_RMID);
+  }
+}
+
 // Reports a failed check straight to standard error: event reports take sections
 // themselves.
-[[noreturn]] void fail(const char* expression, int line) {
-  const std::string text = std::string(expression) + " in ../utilities/unix/semaphore_unx@" +
-                           std::to_string(line) + "\n";
+[[noreturn]] void fail(const failure& why) {
+  char text[200];
+  const int length = std::snprintf(text, sizeof text, "%s in ../utilities/unix/semaphore_unx@%d\n",
+                                   why.expression, why.line);
   // Whether or not it could be written, the process ends here.
-  [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, text.data(), text.size());
+  [[maybe_unused]] const ssize_t written =
+      write(STDERR_FILENO, text, static_cast<std::size_t>(length));
+  semaphoreClose();
+  if (failureHandler != nullptr) {
+    text[length - 1] = '\0';
+    failureHandler(text, why.error);
+  }
   std::abort();
 }
 
@@ -47,39 +75,62 @@ bool change(int id, int section, short by, short flags) {
 // while that is drawn.
 int drawSet() {
   const int placeholder = semget(IPC_PRIVATE, 1, 0600);
+  errno = 0;
   const int result = semget(IPC_PRIVATE, CS_COUNT, 0666);
+  const int error = errno;
   if (placeholder >= 0) {
     semctl(placeholder, 0, IPC_RMID);
+  }
+  errno = error;
+  return result;
+}
+
+// The new set, or none and why.
+int createSet(failure& why) {
+  const auto passes = [&why](bool passed, const char* expression, int line) {
+    if (!passed) {
+      why = {expression, line, errno};
+    }
+    errno = 0;
+    return passed;
+  };
+  const int result = drawSet();
+  if (!passes(result > 0, "result > 0", __LINE__)) {
+    return -1;
+  }
+  for (int offset = 0; offset < CS_COUNT; offset++) {
+    if (!passes(0 == semctl(result, offset, GETVAL), "0 == semctl(result, offset, GETVAL)",
+                __LINE__) ||
+        !passes(change(result, offset, 1, IPC_NOWAIT), "0 == semop (result, &operation, 1)",
+                __LINE__) ||
+        !passes(1 == semctl(result, offset, GETVAL), "1 == semctl(result, offset, GETVAL)",
+                __LINE__)) {
+      semctl(result, 0, IPC_RMID);
+      return -1;
+    }
   }
   return result;
 }
 
-int createSet() {
-  const int result = drawSet();
-  if (!(result > 0)) {
-    fail("result > 0", __LINE__);
+// Makes the set, or ends the process.
+void makeSet() {
+  failure why;
+  creating = 1;
+  const int created = createSet(why);
+  if (created > 0) {
+    creator = getpid();
+    setId = created;
   }
-  const auto check = [result](bool passed, const char* expression, int line) {
-    if (!passed) {
-      semctl(result, 0, IPC_RMID);
-      fail(expression, line);
-    }
-  };
-  for (int offset = 0; offset < CS_COUNT; offset++) {
-    check(0 == semctl(result, offset, GETVAL), "0 == semctl(result, offset, GETVAL)", __LINE__);
-    check(change(result, offset, 1, IPC_NOWAIT), "0 == semop (result, &operation, 1)", __LINE__);
-    check(1 == semctl(result, offset, GETVAL), "1 == semctl(result, offset, GETVAL)", __LINE__);
+  creating = 0;
+  if (awaited != 0) {
+    semaphoreEndBy(awaited);
+  }
+  if (created <= 0) {
+    fail(why);
   }
   static constinit bool registered = false;
   if (!registered) {
     registered = std::atexit(semaphoreClose) == 0;
-  }
-  return result;
-}
-
-void removeSet() {
-  if (creator == getpid()) {
-    semctl(setId, 0, IPC_RMID);
   }
 }
 
@@ -87,15 +138,12 @@ void removeSet() {
 
 int semaphoreSet(bool close) {
   if (close) {
-    if (setId >= 0) {
-      removeSet();
-    }
+    removeSet();
     if (setId >= RELEASED) {
       setId = FINISH_VALUE;
     }
   } else if (setId == NOT_CREATED || setId == RELEASED) {
-    setId = createSet();
-    creator = getpid();
+    makeSet();
   }
   return setId;
 }
@@ -111,16 +159,61 @@ void semaphoreRelease() {
   }
 }
 
+void semaphoreAdopt() {
+  if (setId >= 0) {
+    creator = getpid();
+  }
+}
+
+void semaphoreForgo() {
+  removeSet();
+  setId = FORGONE;
+}
+
+bool semaphoreTry(int& error) {
+  // No signal may end us meanwhile: nothing else would remove this set.
+  sigset_t all;
+  sigset_t given;
+  sigfillset(&all);
+  sigprocmask(SIG_BLOCK, &all, &given);
+  failure why;
+  const int set = createSet(why);
+  if (set > 0) {
+    semctl(set, 0, IPC_RMID);
+  }
+  sigprocmask(SIG_SETMASK, &given, nullptr);
+  error = why.error;
+  return set > 0;
+}
+
+void semaphoreOnFailure(semaphoreFailureHandler handler) {
+  failureHandler = handler;
+}
+
+void semaphoreEndBy(int sig) {
+  if (creating != 0) {
+    awaited = sig;
+    return;
+  }
+  removeSet();
+  std::signal(sig, SIG_DFL);
+  sigset_t own;
+  sigemptyset(&own);
+  sigaddset(&own, sig);
+  sigprocmask(SIG_UNBLOCK, &own, nullptr);
+  std::raise(sig);
+}
+
 criticalSection::criticalSection(sectionId id, bool checked) : m_id(id) {
   const int set_id = semaphoreSet(false);
-  if (set_id < 1) {
+  if (set_id < 1 && set_id != FORGONE) {
     if (set_id == FINISH_VALUE && checked) {
       return;
     }
-    fail("set_id == FINISH_VALUE && checked", __LINE__);
+    fail({"set_id == FINISH_VALUE && checked", __LINE__, 0});
   }
-  if (!change(set_id, m_id, -1, 0)) {
-    fail("0 == semop(set_id, &operation, 1)", __LINE__);
+  if (set_id != FORGONE && !change(set_id, m_id, -1, 0)) {
+    fail({"0 == semop(set_id, &operation, 1)", __LINE__, errno});
   }
   owner(static_cast<unsigned int>(m_id)) = Thread::threadId();
   m_okay = true;
@@ -132,8 +225,8 @@ criticalSection::~criticalSection() {
     return;
   }
   owner(static_cast<unsigned int>(m_id)) = 0;
-  if (!change(set_id, m_id, 1, 0)) {
-    fail("0 == semop(set_id, &operation, 1)", __LINE__);
+  if (set_id != FORGONE && !change(set_id, m_id, 1, 0)) {
+    fail({"0 == semop(set_id, &operation, 1)", __LINE__, errno});
   }
 }
 

@@ -1,0 +1,229 @@
+// What may happen around hopopen: logs that would keep it waiting, output that nobody
+// takes, memory that runs out.
+
+#include <sched.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+#include <csignal>
+
+#include "blocking_logs.h"
+#include "hopopen_runner.h"
+
+#if defined(__SANITIZE_ADDRESS__)
+#define SANITIZED 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define SANITIZED 1
+#endif
+#endif
+
+namespace {
+
+using door::Machine;
+using door::Outcome;
+using door::Strings;
+
+void expectLaunch(const Outcome& outcome) {
+  EXPECT_EQ(42, outcome.status);
+  EXPECT_EQ("", outcome.err);
+  ASSERT_TRUE(outcome.viewer);
+  EXPECT_EQ((Strings{"plain", "h"}), outcome.viewer->arguments);
+  EXPECT_EQ("0000000000000000", outcome.viewer->status.at("SigIgn"));
+}
+
+// --- The log ---------------------------------------------------------------
+
+TEST(OpeningLog, ThatIsANamedPipeWithoutAReaderIsNone) {
+  const Machine machine;
+  machine.plain();
+  ASSERT_EQ(0, mkfifo(machine.path("work/log").c_str(), 0600));
+  expectLaunch(machine.call({.arguments = {"--log=log", "vnc://h"}, .prepare = limitTheWait}));
+}
+
+TEST(OpeningLog, ThatIsANamedPipeWithAReaderIsWritten) {
+  const Machine machine;
+  machine.plain();
+  const readPipe log(machine.path("work/log"));
+  expectLaunch(machine.call({.arguments = {"--log=log", "vnc://h"}, .prepare = limitTheWait}));
+  EXPECT_TRUE(log.written().ends_with("\n\t\"plain\"\n\t\"h\"\n"));
+}
+
+TEST(OpeningLog, ThatIsAFullPipeLosesItsLines) {
+  const Machine machine;
+  machine.plain();
+  const watchedPipe full(0);
+  expectLaunch(machine.call({.arguments = {"--log=/dev/fd/9", "vnc://h"}, .prepare = [&full] {
+                               limitTheWait();
+                               full.pass(9);
+                             }}));
+  EXPECT_EQ("", full.written());
+}
+
+TEST(OpeningLog, ThatIsAStoppedTerminalStopsNothing) {
+  const Machine machine;
+  machine.plain();
+  const stoppedTerminal terminal;
+  expectLaunch(machine.call(
+      {.arguments = {"--log=" + terminal.name(), "vnc://h"}, .prepare = limitTheWait}));
+}
+
+// --- Signals and output ----------------------------------------------------
+
+// Gives hopopen the writing end of a pipe that nobody reads.
+void closedPipe(int descriptor) {
+  std::array<int, 2> ends{};
+  if (pipe(ends.data()) != 0 || dup2(ends[1], descriptor) != descriptor || close(ends[0]) != 0 ||
+      signal(SIGPIPE, SIG_DFL) == SIG_ERR) {
+    _exit(124);
+  }
+}
+
+void noFileMayGrow() {
+  const rlimit none{0, 0};
+  if (setrlimit(RLIMIT_FSIZE, &none) != 0 || signal(SIGXFSZ, SIG_DFL) == SIG_ERR) {
+    _exit(124);
+  }
+}
+
+TEST(OpeningOutput, OfALaunchMayBeLost) {
+  const Machine machine;
+  machine.plain();
+  machine.define("broken", "name =\n");  // which is told on standard error
+  const Outcome outcome = machine.call({.arguments = {"vnc://h"}, .prepare = [] {
+                                          closedPipe(1);
+                                          closedPipe(2);
+                                        }});
+  EXPECT_EQ(42, outcome.status);
+  ASSERT_TRUE(outcome.viewer);
+  EXPECT_EQ("0000000000000000", outcome.viewer->status.at("SigIgn"));
+  EXPECT_EQ("0000000000000000", outcome.viewer->status.at("SigCgt"));
+}
+
+TEST(OpeningOutput, OfARefusalMayBeLost) {
+  const Machine machine;
+  machine.plain();
+  EXPECT_EQ(2, machine.call({.arguments = {"vnc://h:0"}, .prepare = [] { closedPipe(2); }}).status);
+  EXPECT_EQ(2, machine.call({.arguments = {"vnc://h:0"}, .prepare = noFileMayGrow}).status);
+}
+
+TEST(OpeningOutput, ThatIsIgnoredStaysSoForTheViewer) {
+  const Machine machine;
+  machine.plain();
+  const Outcome outcome = machine.call({.arguments = {"--log=/dev/full", "vnc://h"}, .prepare = [] {
+                                          signal(SIGPIPE, SIG_IGN);
+                                          signal(SIGXFSZ, SIG_IGN);
+                                        }});
+  ASSERT_TRUE(outcome.viewer);
+  EXPECT_EQ("0000000001001000", outcome.viewer->status.at("SigIgn"));
+}
+
+TEST(OpeningOutput, OfAnAnswerThatIsLostIsStatusTwo) {
+  const Machine machine;
+  machine.plain();
+  const struct {
+    const char* what;
+    std::function<void()> prepare;
+    const char* error;
+  } cases[] = {
+      {"a full disk",
+       [] {
+         const int full = open("/dev/full", O_WRONLY);
+         if (full < 0 || dup2(full, 1) != 1) _exit(124);
+       },
+       "No space left on device"},
+      {"no standard output", [] { close(1); }, "Bad file descriptor"},
+      {"a closed pipe", [] { closedPipe(1); }, "Broken pipe"},
+  };
+  for (const auto& one : cases) {
+    for (const Strings& arguments :
+         {Strings{"--dry-run", "vnc://h"}, Strings{"--dry-run", "--format=json", "vnc://h"},
+          Strings{"--dry-run", "other://h"}, Strings{"--list"}, Strings{"--check"},
+          Strings{"--help"}, Strings{"--version"}}) {
+      SCOPED_TRACE(std::string(one.what) + ", " + arguments.front());
+      const Outcome outcome = machine.call({.arguments = arguments, .prepare = one.prepare});
+      EXPECT_EQ(2, outcome.status);
+      EXPECT_EQ(std::string("hopopen: The output could not be written: ") + one.error + ".\n",
+                outcome.err);
+    }
+  }
+  const Outcome limited =
+      machine.call({.arguments = {"--dry-run", "vnc://h"}, .prepare = noFileMayGrow});
+  EXPECT_EQ(2, limited.status);
+}
+
+// --- Memory ----------------------------------------------------------------
+
+constexpr char noMemory[] =
+    "hopopen: There is not enough memory. Close some programs, and try again. (start)\n";
+
+// Allows so many bytes of addresses, and no more.
+std::function<void()> withAddresses(rlim_t bytes) {
+  return [bytes] {
+    const rlimit limit{bytes, bytes};
+    const rlimit noCore{0, 0};
+    if (setrlimit(RLIMIT_CORE, &noCore) != 0 || setrlimit(RLIMIT_AS, &limit) != 0) {
+      _exit(124);
+    }
+  };
+}
+
+// A machine with large files, so that there are many places at which memory runs out.
+void fill(const Machine& machine) {
+  machine.plain();
+  std::string large = door::PLAIN;
+  for (int count = 0; count < 3000; ++count) {
+    large += "# " + std::string(100, 'x') + "\n";
+  }
+  for (int count = 0; count < 8; ++count) {
+    machine.define("large" + std::to_string(count), large);
+  }
+}
+
+TEST(OpeningMemory, ThatRunsOutIsARefusal) {
+#ifdef SANITIZED
+  GTEST_SKIP() << "sanitizers take addresses without bound";
+#endif
+  const Machine machine;
+  fill(machine);
+  int refusals = 0;
+  int launches = 0;
+  for (rlim_t size = 2U << 20; size < 40U << 20 && launches < 3; size += 16U << 10) {
+    SCOPED_TRACE(std::to_string(size) + " bytes");
+    const Outcome outcome =
+        machine.call({.arguments = {"--log=log", "vnc://h"}, .prepare = withAddresses(size)});
+    const std::string log = machine.read("work/log");
+    if (outcome.status == 3) {
+      ++refusals;
+      EXPECT_EQ(noMemory, outcome.err);
+      EXPECT_FALSE(outcome.viewer);
+      EXPECT_TRUE(log.ends_with(noMemory)) << log;
+    } else if (log.ends_with("\t\"h\"\n")) {
+      ++launches;  // of a viewer that may be too large for the limit itself
+    } else {
+      EXPECT_TRUE(refusals == 0 && outcome.status >= 127)
+          << "status " << outcome.status << ", " << outcome.err;
+    }
+  }
+  EXPECT_GE(refusals, 10);
+  EXPECT_EQ(3, launches);
+}
+
+TEST(OpeningMemory, ThatRunsOutIsQuietWhenAsked) {
+#ifdef SANITIZED
+  GTEST_SKIP() << "sanitizers take addresses without bound";
+#endif
+  const Machine machine;
+  fill(machine);
+  Outcome outcome;
+  for (rlim_t size = 2U << 20; size < 40U << 20; size += 16U << 10) {
+    outcome = machine.call({.arguments = {"--quiet", "vnc://h"}, .prepare = withAddresses(size)});
+    if (outcome.status < 127) {
+      break;
+    }
+  }
+  EXPECT_EQ(3, outcome.status);
+  EXPECT_EQ("", outcome.err);
+}
+
+}  // namespace
