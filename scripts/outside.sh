@@ -123,6 +123,22 @@ for program in cmake/hoplaunch cmake/static by_hand by_hand_static; do
 done
 check 'exports' exports_what_headers_declare
 
+# Without run-time type information each header compiles, or the first error says what is
+# needed.
+says_what_is_needed() {
+  local header error refused=0
+  for header in "$prefix"/include/hoplaunch/*.h; do
+    if error=$("$1" -std=c++20 -fno-rtti -fsyntax-only -x c++ "$header" 2>&1); then
+      continue
+    fi
+    refused=$((refused + 1))
+    grep -m 1 'error:' <<<"$error" |
+      grep -q 'hoplaunch needs run-time type information: compile without -fno-rtti' || return
+  done
+  ((refused == 5))
+}
+check 'without run-time type information' says_what_is_needed g++
+
 # As a folder of another project, with the shared library and without it.
 folder() {
   local build=$scratch/folder_$1
