@@ -5,6 +5,7 @@
 
 #include "configDB.h"
 #include "conversion.h"
+#include "explain_log.h"
 #include "stringcomp.h"
 
 explanation::explanation(const std::string& uri, const assocList& options_, const assocList& rest_)
@@ -12,7 +13,8 @@ explanation::explanation(const std::string& uri, const assocList& options_, cons
       options(options_),
       rest(rest_),
       plan(uri, rest_),
-      found(findProgram(plan.program, std::getenv("PATH"), vectorOfStrings(plan.arguments))) {}
+      found(findProgram(plan.program, std::getenv("PATH"), vectorOfStrings(plan.arguments))),
+      logError(logFault(rest["log"])) {}
 
 std::string explanation::obstacle() const {
   if (launches()) {

@@ -20,11 +20,12 @@ struct explanation {
   /// Decides and searches.  `rest` is what is left of the options once they were applied.
   explanation(const std::string& uri, const assocList& options, const assocList& rest);
 
-  std::string given;   ///< the URI as given
-  assocList options;   ///< every keyword option
-  assocList rest;      ///< those that name neither an item nor a trace flag
-  launchPlan plan;     ///< what comes of them
-  foundProgram found;  ///< the file behind the plan's program
+  std::string given;     ///< the URI as given
+  assocList options;     ///< every keyword option
+  assocList rest;        ///< those that name neither an item nor a trace flag
+  launchPlan plan;       ///< what comes of them
+  foundProgram found;    ///< the file behind the plan's program
+  std::string logError;  ///< why the log would have no lines, or not all; else empty
 
   /// True when a launch would reach an executable.
   bool launches() const { return !found.path.empty(); }
