@@ -48,9 +48,11 @@ install(FILES desktop/hoplaunch.svg
   DESTINATION ${share}/icons/hicolor/scalable/apps COMPONENT program)
 foreach(program hoplaunch hopexplain)
   install(FILES man/${program}.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT program)
-  # bash finds the completions of a command under its name.
+  # bash and fish find the completions of a command under its name.
   install(FILES completions/hoplaunch.bash RENAME ${program}
     DESTINATION ${share}/bash-completion/completions COMPONENT program)
+  install(FILES completions/hoplaunch.fish RENAME ${program}.fish
+    DESTINATION ${share}/fish/vendor_completions.d COMPONENT program)
 endforeach()
 install(FILES completions/_hoplaunch
   DESTINATION ${share}/zsh/vendor-completions COMPONENT program)
