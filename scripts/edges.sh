@@ -116,6 +116,16 @@ alone() {
   sets=$(cat sets 2>/dev/null || echo none)
 }
 
+# A pipe without a reader, as descriptor 4 of the command: broken REDIRECTION COMMAND...
+cat >broken <<'END'
+mkfifo pipe.$$
+exec 3<>pipe.$$ 4>pipe.$$ 3>&-
+rm -f pipe.$$
+redirection=$1
+shift
+eval "exec \"\$@\" $redirection"
+END
+
 # A viewer that prints its arguments, and one that prints how it finds the signals.
 mkdir bin
 cat >bin/seen <<'END'

@@ -2,15 +2,6 @@
 # shellcheck shell=bash
 # shellcheck disable=SC2154  # the variables are those of scripts/edges.sh
 
-# A pipe without a reader, as descriptor 4 of the command: broken COMMAND...
-cat >broken <<'END'
-mkfifo pipe.$$
-exec 3<>pipe.$$ 4>pipe.$$ 3>&-
-rm -f pipe.$$
-run=$1
-shift
-eval "exec \"\$@\" $run"
-END
 for ignored in --default-signal=PIPE --ignore-signal=PIPE; do
   name="a closed pipe, $ignored"
   given=0000000000000000
