@@ -6,6 +6,7 @@
 # and wrappers.  Prints a line for each check.  EDGES_RANDOM is the number of random
 # command lines in the part agreement, 400 unless set.  Runs as root, which a private
 # IPC namespace needs.
+# shellcheck disable=SC2034  # the parts use the variables
 set -uo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.." || exit 1
 # shellcheck source=scripts/packages.sh
@@ -99,18 +100,15 @@ exit "$status"
 END
 
 # alone COMMAND...: runs it in an IPC namespace of its own, for at most $patience
-# seconds.  Afterwards $status, $out, $err, $sets (how many sets are left) and $took (in
-# milliseconds) are those of the command.  $limits goes to /proc/sys/kernel/sem before.
+# seconds.  Afterwards $status, $out, $err and $sets (how many sets are left) are those of
+# the command.  $limits goes to /proc/sys/kernel/sem before.
 limits=''
 patience=20
 alone() {
-  local start
   rm -f sets
-  start=$(date +%s%N)
   status=0
   timeout -k 1 "$patience" unshare -i bash inside sets "$limits" "$@" \
     </dev/null >out 2>err || status=$?
-  took=$((($(date +%s%N) - start) / 1000000))
   out=$(tr -d '\0' <out)
   err=$(tr -d '\0' <err)
   sets=$(cat sets 2>/dev/null || echo none)

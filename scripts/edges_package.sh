@@ -51,7 +51,7 @@ built() {
   local folder=$1
   shift
   quietly cmake -S "$top" -B "$folder" -G Ninja -DCMAKE_BUILD_TYPE=Release \
-    -DHOPLAUNCH_HOPOPEN=OFF -DHOPLAUNCH_TESTS=OFF "${launcher[@]}" "$@" || return 1
+    -DHOPLAUNCH_TESTS=OFF "${launcher[@]}" "$@" || return 1
   local targets=(support)
   if [[ " $* " == *' -DHOPLAUNCH_SHARED=ON '* ]]; then
     targets+=(shared)
@@ -266,7 +266,7 @@ for shared in OFF ON; do
   outer=$scratch/outer/$shared
   configured() {
     quietly cmake -S "$scratch/outer" -B "$outer" -G Ninja "-DLIBRARY=$top" \
-      "-DHOPLAUNCH_SHARED=$shared" -DHOPLAUNCH_HOPOPEN=OFF "${launcher[@]}"
+      "-DHOPLAUNCH_SHARED=$shared" "${launcher[@]}"
   }
   check "add_subdirectory, shared $shared: both targets are there" configured
   said=$(cmake -S "$scratch/outer" -B "$outer" 2>&1)

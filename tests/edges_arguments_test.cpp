@@ -44,7 +44,9 @@ TEST(BadArguments, TheLargestDieHasAllItsSides) {
   }
 }
 
-TEST(BadArguments, NoTextHasNoDecimalNumber) { EXPECT_EQ(decimalInt(nullptr), 0); }
+TEST(BadArguments, NoTextHasNoDecimalNumber) {
+  EXPECT_EQ(decimalInt(nullptr), 0);
+}
 
 TEST(BadArguments, NoTextIsNoStampOfTheSystemLog) {
   const char* text = nullptr;

@@ -47,7 +47,8 @@ double nearest(Signed numerator, Wide denominator) {
     return 0.0;
   }
   const bool negative = numerator < 0;
-  const Wide size = negative ? Wide(0) - static_cast<Wide>(numerator) : static_cast<Wide>(numerator);
+  const Wide size =
+      negative ? Wide(0) - static_cast<Wide>(numerator) : static_cast<Wide>(numerator);
   Wide digits = size / denominator;
   Wide rest = size % denominator;
   int exponent = 0;
@@ -73,7 +74,8 @@ double nearest(Signed numerator, Wide denominator) {
   if (half && (sticky || (digits & 1) != 0)) {
     digits++;
   }
-  const double result = std::ldexp(static_cast<double>(static_cast<std::uint64_t>(digits)), exponent);
+  const double result =
+      std::ldexp(static_cast<double>(static_cast<std::uint64_t>(digits)), exponent);
   return negative ? -result : result;
 }
 
@@ -143,8 +145,8 @@ class Failures {
   int m_failed = 0;
 };
 
-const std::vector<std::uint32_t> edgeSeconds{0,          1,          2,          59,        86399,
-                                             0x7FFFFFFF, 0x80000000, 0xFFFFFFFE, 0xFFFFFFFF, 1795000000};
+const std::vector<std::uint32_t> edgeSeconds{
+    0, 1, 2, 59, 86399, 0x7FFFFFFF, 0x80000000, 0xFFFFFFFE, 0xFFFFFFFF, 1795000000};
 const std::vector<std::uint32_t> edgeMicros{0,      1,      2,      3,      499999, 500000,
                                             500001, 999997, 999998, 999999, 333333, 666667};
 
@@ -191,14 +193,16 @@ TEST(Fraction, BeyondTheLastTimeGivesABadTime) {
 
 TEST(Fraction, SumsAtTheEdgesAreThoseOfExactArithmetic) {
   Failures failures;
-  const std::vector<double> deltas{0.0,    0.5,     0.25,   1.0,    1e-6,   5e-7,   1e-7,
-                                   0.1,    0.3,     1.0 / 3, 2.0 / 3, 0.999999, 0.9999995,
-                                   1.5,    1e3,     86400,  2147483648.0, 4294967295.0,
-                                   4294967295.5, 4294967296.0, 1e10, 3e-6, 7e-6, 1.1, 2.2};
+  const std::vector<double> deltas{0.0,     0.5,          0.25,         1.0,          1e-6,
+                                   5e-7,    1e-7,         0.1,          0.3,          1.0 / 3,
+                                   2.0 / 3, 0.999999,     0.9999995,    1.5,          1e3,
+                                   86400,   2147483648.0, 4294967295.0, 4294967295.5, 4294967296.0,
+                                   1e10,    3e-6,         7e-6,         1.1,          2.2};
   for (const std::uint32_t seconds : edgeSeconds) {
     for (const std::uint32_t micros : edgeMicros) {
       for (const double delta : deltas) {
-        for (const double near : {delta, std::nextafter(delta, 1e300), std::nextafter(delta, -1e300)}) {
+        for (const double near :
+             {delta, std::nextafter(delta, 1e300), std::nextafter(delta, -1e300)}) {
           failures.compare(seconds, micros, near);
           failures.compare(seconds, micros, -near);
         }
@@ -223,7 +227,8 @@ TEST(Fraction, MillionRandomSumsAreThoseOfExactArithmetic) {
     double delta = 0;
     switch (turn % 4) {
       case 0:  // any size
-        delta = std::ldexp(static_cast<double>(random() >> 11), -53 + static_cast<int>(random() % 48) - 16);
+        delta = std::ldexp(static_cast<double>(random() >> 11),
+                           -53 + static_cast<int>(random() % 48) - 16);
         break;
       case 1:  // whole microseconds, as they are typed
         delta = static_cast<double>(random() % 2000000000) / 1e6;
@@ -246,7 +251,8 @@ TEST(Fraction, MillionRandomDifferencesAreThoseOfExactArithmetic) {
   int failed = 0;
   for (int turn = 0; turn < 1000000 && failed < 5; turn++) {
     const auto s1 = static_cast<std::uint32_t>(random() >> (32 + random() % 32));
-    const auto s2 = turn % 3 == 0 ? s1 : static_cast<std::uint32_t>(random() >> (32 + random() % 32));
+    const auto s2 =
+        turn % 3 == 0 ? s1 : static_cast<std::uint32_t>(random() >> (32 + random() % 32));
     const auto m1 = static_cast<std::uint32_t>(random() % 1000000);
     const auto m2 = static_cast<std::uint32_t>(random() % 1000000);
     const Signed exact = (Signed(s1) - Signed(s2)) * 1000000 + (Signed(m1) - Signed(m2));

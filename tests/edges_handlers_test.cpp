@@ -32,7 +32,9 @@ class busyHandler : public eventHandler {
   Work m_work;
 };
 
-bool passOn(eventReport&) { return false; }
+bool passOn(eventReport&) {
+  return false;
+}
 
 void raise(const std::string& text) {
   commonEvent(WARNING, AUD_DEVEL, EC_COMMENT, text, "test").report();

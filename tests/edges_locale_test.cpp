@@ -70,9 +70,9 @@ void expectTheUsualURIs() {
                            "Z://z/", "vnc://[ABC::F]/"}) {
     EXPECT_TRUE(URI(good).okay()) << good;
   }
-  for (const char* bad : {"\xE9x://h/", "\xC3\xA9x://h/", "\xFDx://h/", "\xDDx://h/",
-                          "vnc://\xE9/", "vnc://\xC3\xA9/", "vnc://\xFD/", "x\xE9://h/",
-                          "vnc://\xB5/", "1x://h/", "vnc://-h/"}) {
+  for (const char* bad :
+       {"\xE9x://h/", "\xC3\xA9x://h/", "\xFDx://h/", "\xDDx://h/", "vnc://\xE9/",
+        "vnc://\xC3\xA9/", "vnc://\xFD/", "x\xE9://h/", "vnc://\xB5/", "1x://h/", "vnc://-h/"}) {
     EXPECT_FALSE(URI(bad).okay()) << quote(bad);
   }
   EXPECT_EQ(URI().parse("vnc://I").stop, US_DELIMITER);

@@ -22,7 +22,9 @@ __attribute__((weak)) void semaphoreAdopt();
 
 namespace {
 
-bool exists(int set) { return semctl(set, 0, GETVAL) >= 0; }
+bool exists(int set) {
+  return semctl(set, 0, GETVAL) >= 0;
+}
 
 // Runs `work` in a child, and returns what it wrote and how it ended.
 struct Child {

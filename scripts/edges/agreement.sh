@@ -1,6 +1,6 @@
 # hopexplain says yes exactly where a launch happens, and names what is executed.
 # shellcheck shell=bash
-# shellcheck disable=SC2154  # the variables are those of scripts/edges.sh
+# shellcheck disable=SC2154,SC2034  # the variables are those of scripts/edges.sh
 
 cat >recorder.c <<'END'
 // Records how it was called: its path, whether a shell did it, and its arguments.

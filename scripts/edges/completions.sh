@@ -1,6 +1,6 @@
 # Names that a shell would run or split are completed as they are.
 # shellcheck shell=bash
-# shellcheck disable=SC2154  # the variables are those of scripts/edges.sh
+# shellcheck disable=SC2154,SC2034  # the variables are those of scripts/edges.sh
 
 mkdir completions
 python_limit=900

@@ -1,6 +1,6 @@
 # hopexplain: output that is lost, the log, JSON in ASCII, and its own options.
 # shellcheck shell=bash
-# shellcheck disable=SC2154  # the variables are those of scripts/edges.sh
+# shellcheck disable=SC2154,SC2034  # the variables are those of scripts/edges.sh
 
 good=("-program=$seen" vnc://h/)
 bad=("-program=$seen" vnc://h)
@@ -86,6 +86,7 @@ alone "$explain" -format=json -log= "${good[@]}"
 same 'an empty log: logError' null "$(json 'j["logError"]' out)"
 alone "$explain" -format=json "${good[@]}"
 same 'no log: logError' null "$(json 'j["logError"]' out)"
+# shellcheck disable=SC2016  # the inner shell expands it
 alone bash -c 'exec "$0" "$@" | cat' "$explain" -log=/dev/stdout -format=json "${good[@]}"
 like 'the log is a pipe: logError' '^"' "$(json 'j["logError"]' out)"
 if command -v setpriv >/dev/null; then

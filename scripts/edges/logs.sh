@@ -1,6 +1,6 @@
 # A log that blocks does not hold a launch up, and loses only the lines that would block.
 # shellcheck shell=bash
-# shellcheck disable=SC2154  # the variables are those of scripts/edges.sh
+# shellcheck disable=SC2154,SC2034  # the variables are those of scripts/edges.sh
 
 from_python edges_logs.py hoplaunch "$scratch/bin" "$launch"
 

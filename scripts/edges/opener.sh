@@ -1,7 +1,7 @@
 # hopopen: its log never blocks, memory that runs out is a refusal, output that is lost is
 # status 2, and it draws no semaphore set.
 # shellcheck shell=bash
-# shellcheck disable=SC2154  # the variables are those of scripts/edges.sh
+# shellcheck disable=SC2154,SC2034  # the variables are those of scripts/edges.sh
 
 mkdir -p home share/hoplaunch/viewers
 for viewer in plain seen; do
@@ -53,7 +53,7 @@ same 'hopopen without semaphore calls: the viewer' '<h::5900>' "$out"
 
 # What a link brings never becomes a pattern: it would take for ever, or too much memory.
 for hostile in "$(printf '%.0s(' {1..2600})" '(((a{1,255}){1,255}){1,255}){1,255}' \
-  "$(printf '%.0s*a' {1..1900})" '[[:alpha:' '\' '5|.*'; do
+  "$(printf '%.0s*a' {1..1900})" '[[:alpha:' "\\" '5|.*'; do
   encoded=$(printf '%s' "$hostile" | "$python" -c \
     'import sys; print("".join(c if c.isalnum() else "%%%02X" % ord(c) for c in sys.stdin.read()))')
   patience=5

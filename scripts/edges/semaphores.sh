@@ -1,6 +1,6 @@
 # No semaphore set can be had: hoplaunch says so in its log, too, and hopexplain says it.
 # shellcheck shell=bash
-# shellcheck disable=SC2154  # the variables are those of scripts/edges.sh
+# shellcheck disable=SC2154,SC2034  # the variables are those of scripts/edges.sh
 
 no_sets='32000 1024000000 500 0' # no set at all
 too_small='5 1024000000 500 32000' # no set of six semaphores

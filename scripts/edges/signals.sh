@@ -1,6 +1,6 @@
 # Signals end the tools, or do not, and no set is left.
 # shellcheck shell=bash
-# shellcheck disable=SC2154  # the variables are those of scripts/edges.sh
+# shellcheck disable=SC2154,SC2034  # the variables are those of scripts/edges.sh
 
 for ignored in --default-signal=PIPE --ignore-signal=PIPE; do
   name="a closed pipe, $ignored"

@@ -1,6 +1,6 @@
 # The wrappers that are examples take an address and nothing else.
 # shellcheck shell=bash
-# shellcheck disable=SC2154  # the variables are those of scripts/edges.sh
+# shellcheck disable=SC2154,SC2034  # the variables are those of scripts/edges.sh
 
 mkdir wrapped
 for program in x-terminal-emulator xdg-terminal-exec remmina vncviewer ssh; do
@@ -57,6 +57,7 @@ takes vnc-address-only '[2001:db8::1]' '^<vncviewer>.*<\[2001:db8::1\]>$'
 
 for name in ssh-in-terminal vnc-in-remmina vnc-address-only; do
   refuses "$name"
+  # shellcheck disable=SC2016  # no shell is to expand them
   for address in '' - -h --via=x -oProxyCommand=x host: host:0 host:00 host:65536 host:99999 \
     host:18446744073709551638 host:4294967318 host:-1 host:+1 'host: 1' 'host:1 ' host:1x host:0x16 \
     host::1 host:1:2 :22 '[]' '[]:22' '[::1' '::1]' '::1' '[::1]22' '[::1]:' '[::1]:0' '[::1]:65536' \
