@@ -9,6 +9,7 @@ import ctypes
 import fcntl
 import os
 import random
+import re
 import signal
 import subprocess
 import sys
@@ -16,6 +17,8 @@ import time
 
 LAUNCH, EXPLAIN, VIEWERS = sys.argv[1:4]
 NEW_IPC = 0x08000000
+SETVAL = 16
+LOG = os.path.join(VIEWERS, "log")
 
 
 def check(name, expected, found):
@@ -124,6 +127,89 @@ def try_ignored(number):
     remove_sets()
 
 
+def stuck(ignored=()):
+    """A launcher with a log that stands still at a full pipe, the pipe, and its set."""
+    if os.path.exists(LOG):
+        os.remove(LOG)
+    reader, writer = full_pipe()
+    command = [LAUNCH, "-refcount=1", f"-log={LOG}", f"-program={VIEWERS}/seen", "vnc://h/"]
+    child = started(command, ignored, stderr=writer, stdout=subprocess.DEVNULL)
+    os.close(writer)
+    with open("/proc/sysvipc/sem", encoding="ascii") as table:
+        return child, reader, int(table.readlines()[-1].split()[1])
+
+
+def failed_call(child, reader, name, text):
+    """It ends by SIGABRT, with a line on standard error that is in the log with `text`."""
+    said = drain(reader).decode("latin-1").rstrip("\n").rsplit("\n", 1)[-1]
+    os.close(reader)
+    check(f"{name}: ends by SIGABRT", -signal.SIGABRT, ended(child))
+    stop(child)
+    fits = re.fullmatch(r"0 == semop\(set_id, &operation, 1\) in \S+@\d+", said)
+    check(f"{name}: standard error's line", True, fits is not None or said[-200:])
+    log = ""
+    if os.path.exists(LOG):
+        with open(LOG, encoding="latin-1") as file:
+            log = file.read()
+    check(f"{name}: the log", f"{said}: {text}\n", log)
+    check(f"{name}: no set is left", 0, sets())
+    remove_sets()
+
+
+def take_all_sections(found):
+    libc = ctypes.CDLL(None, use_errno=True)
+    for section in range(6):
+        libc.semctl(found, section, SETVAL, 0)
+
+
+def wait_for_section(child):
+    limit = time.monotonic() + 3
+    while time.monotonic() < limit:
+        with open(f"/proc/{child.pid}/syscall", encoding="ascii") as call:
+            if call.read().split()[0] in ("65", "220", "192", "193"):
+                return
+        time.sleep(0.01)
+
+
+def try_lost_set():
+    child, reader, found = stuck()
+    subprocess.run(["ipcrm", "-s", str(found)], check=False)
+    failed_call(child, reader, "somebody removed the set", "Invalid argument")
+
+
+def try_stopped():
+    """It waits for a section, is stopped and goes on: the call fails."""
+    child, reader, found = stuck()
+    take_all_sections(found)
+    os.set_blocking(reader, False)
+    taken = os.read(reader, 1 << 20)
+    wait_for_section(child)
+    while True:
+        try:
+            taken += os.read(reader, 65536)
+        except BlockingIOError:
+            break
+    child.send_signal(signal.SIGSTOP)
+    time.sleep(0.1)
+    child.send_signal(signal.SIGCONT)
+    failed_call(child, reader, "stopped and continued while it waits", "Interrupted system call")
+
+
+def try_waiting(number):
+    name = f"hoplaunch gets {signal.Signals(number).name} while it waits for a section"
+    child, reader, found = stuck()
+    take_all_sections(found)
+    os.set_blocking(reader, False)
+    os.read(reader, 1 << 20)
+    wait_for_section(child)
+    child.send_signal(number)
+    check(f"{name}: ends by it", -number, ended(child))
+    stop(child)
+    os.close(reader)
+    check(f"{name}: no set is left", 0, sets())
+    remove_sets()
+
+
 def try_random(tool, command):
     chance = random.Random(14)
     bad = []
@@ -154,6 +240,9 @@ def main():
         traced[0] = EXPLAIN
         try_signal("hopexplain with a trace", traced, "stderr", number)
         try_ignored(number)
+        try_waiting(number)
+    try_lost_set()
+    try_stopped()
     try_random("hoplaunch", quiet)
     try_random("hopexplain", explained)
     print("end")
