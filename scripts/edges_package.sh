@@ -51,18 +51,8 @@ built() {
   local folder=$1
   shift
   quietly cmake -S "$top" -B "$folder" -G Ninja -DCMAKE_BUILD_TYPE=Release \
-    -DHOPLAUNCH_TESTS=OFF "${launcher[@]}" "$@" || return 1
-  local targets=(support)
-  if [[ " $* " == *' -DHOPLAUNCH_SHARED=ON '* ]]; then
-    targets+=(shared)
-  fi
-  # The names of the targets may have the project's in front.
-  local all target found=()
-  all=$(cmake --build "$folder" --target help)
-  for target in "${targets[@]}"; do
-    found+=("$(grep -oE "^(hoplaunch[-_])?$target:" <<<"$all" | head -n 1 | tr -d :)")
-  done
-  quietly cmake --build "$folder" -j "$jobs" --target "${found[@]}" || return 1
+    -DHOPLAUNCH_TESTS=OFF -DHOPLAUNCH_HOPOPEN=OFF "${launcher[@]}" "$@" || return 1
+  quietly cmake --build "$folder" -j "$jobs" || return 1
   local component
   for component in library development; do
     quietly cmake --install "$folder" --component "$component" || return 1
@@ -86,12 +76,15 @@ cat >"$scratch/canonical.cpp" <<'END'
 #include <hoplaunch/configDB.h>
 #include <hoplaunch/refcount.h>
 #include <hoplaunch/threading.h>
+#include <hoplaunch/uri.h>
 
 #include <iostream>
 
 int main() {
   ThreadData::instance(false);
+  { editableConfigDB editor; }
   threadedConfigDB::refresh();
+  if (URI_SCHEME.value(true) != "VNC") return 1;
   const configDB database(RT_READ);
   std::cout << configDB::getCanonical().null() << (database.ptr() == configDB::getCanonical().ptr())
             << (&database.find("none") == &configDB::dummy()) << '\n';
