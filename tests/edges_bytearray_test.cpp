@@ -132,14 +132,6 @@ TEST(LongByteArray, RefusesBase64WhoseCountIsSmallModulo32Bits) {
   expectNoBytes(text.text(), 64);
 }
 
-TEST(LongByteArray, RefusesALongTextWhoseRadixIsDetected) {
-  if (!wide) GTEST_SKIP() << "no such texts with 32 bits";
-  const LongText text("", 'Q', 5726623064, "");  // 4294967298 bytes
-  ByteArray array(3, "abc");
-  EXPECT_FALSE(array.set(text.text(), 0));
-  EXPECT_TRUE(array.empty());
-}
-
 TEST(LongByteArray, IgnoresWhatFollowsARunHoweverLong) {
   if (!wide) GTEST_SKIP() << "no such texts with 32 bits";
   const LongText text("QUJD!", 'Q', 8 * GIB + 3, "");
