@@ -160,7 +160,7 @@ def compare(arguments, environment, stack=0):
         return f"file {said['file']}, but {path}"
     expected = [os.fsencode(word) for word in said["arguments"]][0 if how == "itself" else 1 :]
     found = [os.fsencode(word) for word in found]
-    if how == "script":  # with what the line behind "#!" adds, and the script
+    if how == "script":  # with what the line after "#!" adds, and the script
         found = found[len(found) - len(expected) :]
     if expected != found:
         return f"arguments {expected[:5]}, but {found[:5]}"
