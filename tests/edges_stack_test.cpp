@@ -1,0 +1,153 @@
+// The trace of a crash where little works any more: on an overflown stack, and inside the
+// allocator.
+
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+
+#include "stack.h"
+
+#if defined(__SANITIZE_ADDRESS__)
+#define HAS_OWN_ALLOCATOR 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define HAS_OWN_ALLOCATOR 1
+#endif
+#endif
+
+namespace {
+
+const char* const traced = "Stack trace:(.|\n)*End of stack trace";
+
+// Uses up the stack; `depth` keeps the compiler from making a loop of it.
+__attribute__((noinline)) int overflow(volatile char* above, int depth) {
+  volatile char piece[4096];
+  piece[0] = static_cast<char>(depth);
+  piece[4095] = *above;
+  const int result = depth == 0x7FFFFFFF ? 0 : overflow(piece, depth + 1);
+  return result + piece[4095];
+}
+
+__attribute__((noinline)) int crash() {
+  int* volatile nowhere = nullptr;
+  return *nowhere;
+}
+
+// The next allocation of this size reads a list that leads nowhere.
+__attribute__((noinline)) void crashInTheAllocator() {
+  auto** volatile chunk = static_cast<void**>(std::malloc(4096));
+  void* volatile guard = std::malloc(64);
+  std::free(const_cast<void**>(chunk));
+  chunk[1] = reinterpret_cast<void*>(std::uintptr_t{0x10});
+  void* volatile other = std::malloc(65536);
+  std::free(other);
+  std::free(guard);
+}
+
+void begin() {
+  alarm(20);
+  stack::installHandler();
+}
+
+void byAbort(int) {}
+
+}  // namespace
+
+TEST(CrashTrace, IsWrittenForAnOverflownStack) {
+  EXPECT_EXIT(
+      {
+        begin();
+        volatile char start = 0;
+        std::exit(overflow(&start, 0));
+      },
+      testing::KilledBySignal(SIGABRT), traced);
+}
+
+TEST(CrashTrace, NamesTheSignalOfAnOverflownStack) {
+  EXPECT_EXIT(
+      {
+        begin();
+        volatile char start = 0;
+        std::exit(overflow(&start, 0));
+      },
+      testing::KilledBySignal(SIGABRT), "11");
+}
+
+TEST(CrashTrace, IsWrittenForAFaultInsideTheAllocator) {
+#ifdef HAS_OWN_ALLOCATOR
+  GTEST_SKIP() << "the allocator is the sanitizer's";
+#else
+  EXPECT_EXIT(
+      {
+        begin();
+        crashInTheAllocator();
+        std::exit(0);
+      },
+      testing::KilledBySignal(SIGABRT), traced);
+#endif
+}
+
+TEST(CrashTrace, IsWrittenForAFaultElsewhereAsBefore) {
+  EXPECT_EXIT(
+      {
+        begin();
+        std::exit(crash());
+      },
+      testing::KilledBySignal(SIGABRT), traced);
+}
+
+TEST(CrashTrace, HandlersAreThoseThatSignalInstalls) {
+  begin();
+  for (const int number : {SIGILL, SIGTRAP, SIGBUS, SIGFPE, SIGSEGV}) {
+    struct sigaction found {};
+    ASSERT_EQ(sigaction(number, nullptr, &found), 0);
+    EXPECT_EQ(found.sa_handler, signalHandler) << number;
+    EXPECT_NE(found.sa_flags & SA_ONSTACK, 0) << number;
+    EXPECT_NE(found.sa_flags & SA_RESTART, 0) << number;
+  }
+  struct sigaction found {};
+  ASSERT_EQ(sigaction(SIGABRT, nullptr, &found), 0);
+  EXPECT_EQ(found.sa_handler, SIGABRThandler);
+}
+
+TEST(CrashTrace, HasAStackOfItsOwn) {
+  begin();
+  stack_t found{};
+  ASSERT_EQ(sigaltstack(nullptr, &found), 0);
+  EXPECT_EQ(found.ss_flags & SS_DISABLE, 0);
+  EXPECT_GE(found.ss_size, static_cast<std::size_t>(MINSIGSTKSZ));
+}
+
+TEST(CrashTrace, HandlerOfTheProgramIsCalledOnAnOverflownStack) {
+  EXPECT_EXIT(
+      {
+        alarm(20);
+        sigHandler = [](int) {
+          const char text[] = "the program's own\n";
+          if (write(2, text, sizeof text - 1) > 0) {
+            _exit(3);
+          }
+        };
+        stack::installHandler();
+        volatile char start = 0;
+        std::exit(overflow(&start, 0));
+      },
+      testing::ExitedWithCode(3), "the program's own");
+}
+
+TEST(CrashTrace, MayBeInstalledTwice) {
+  EXPECT_EXIT(
+      {
+        begin();
+        std::signal(SIGUSR1, byAbort);
+        stack::installHandler();
+        volatile char start = 0;
+        std::exit(overflow(&start, 0));
+      },
+      testing::KilledBySignal(SIGABRT), traced);
+}
