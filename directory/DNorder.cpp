@@ -358,7 +358,7 @@ DistName DistName::newName(const criterion& acceptable, int limit, unsigned int 
 }
 
 bool DistName::nameOkay(const std::string& text) {
-  return validUTF8(text.data(), static_cast<int>(text.size()), true);
+  return validUTF8(text, true);
 }
 
 // --- Escaping --------------------------------------------------------------

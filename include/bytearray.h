@@ -28,7 +28,8 @@ class ByteArray {
   ~ByteArray();
 
   /// Decodes `text` into this array and returns whether that worked.  On failure
-  /// the content is unspecified but valid.  Null never decodes.
+  /// the content is unspecified but valid.  Null never decodes.  A run of more than
+  /// 4294967295 bytes fails, and the array is empty then.
   ///
   /// - Radix 16 reads the leading run of hexadecimal digits, either case.  In a
   ///   run of odd length the first digit is a byte of its own.
@@ -37,7 +38,7 @@ class ByteArray {
   ///   at most two "=".
   /// - Radix 0 detects: the text must be even in length and hold only base64
   ///   characters and "="; if all are hexadecimal digits it is radix 16, else 64.
-  /// - What follows the run is ignored.  Any other radix fails.
+  /// - What follows the run is ignored, however long it is.  Any other radix fails.
   ///
   ///     set("QUJD", 64)   // ABC
   ///     set("abc", 16)    // 0x0A 0xBC

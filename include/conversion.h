@@ -110,6 +110,9 @@ int putUTF8(unsigned long character, unsigned char* text);
 ///   too.  ("~", 126, not DEL, 127: stored names rely on that.)
 bool validUTF8(const char* text, int length, bool rejectNonPrintingASCII);
 
+/// The same for a string of any length; a zero byte in it gives false.
+bool validUTF8(const std::string& text, bool rejectNonPrintingASCII);
+
 /// The number of characters of a UTF-8 string.  A malformed byte counts as one.
 unsigned int UTF8size(const std::string& text);
 

@@ -153,7 +153,9 @@ class DateTime {
   ///     timezone("-05:00")   // -300
   static int timezone(const std::string& zone);
 
-  /// Moves the time by `seconds`, to the microsecond below.  Before `MIN_TIME` or
+  /// Moves the time by `seconds`, to the microsecond below.  The sum is the double nearest to
+  /// the exact one, and its fraction times 1,000,000 is rounded to a double, too, on every
+  /// machine.  Before `MIN_TIME` or
   /// past 4294967295.999998 seconds, just short of `MAX_TIME`, it becomes invalid; an
   /// invalid time stays as it is.
   DateTime& operator+=(double seconds);
@@ -164,7 +166,8 @@ class DateTime {
   /// One microsecond later; the step past `MAX_TIME` makes the time invalid.
   DateTime& operator++();
 
-  /// The difference in seconds, 0.0 when either time is invalid.
+  /// The difference in seconds, the double nearest to the exact one on every machine; 0.0
+  /// when either time is invalid.
   double operator-(const DateTime& other) const;
 
   /// By seconds, then microseconds.  There is no equality.

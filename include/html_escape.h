@@ -1,7 +1,7 @@
 // Escaping of texts for other syntaxes, and the reverse.
 //
 // Each function takes its input as a pointer and a number of bytes, or as a
-// string, and returns a new string.  Escaping never fails.  NUL bytes are bytes
+// string of any length, and returns a new string.  Escaping never fails.  NUL bytes are bytes
 // like any other.  Hexadecimal digits are written in upper case and read in
 // either.  Everything here is stateless and may be used before `main`, in a
 // forked child and at exit.

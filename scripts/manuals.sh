@@ -165,8 +165,12 @@ check 'the keys of JSON' diff <(written_keys) <(listed_keys)
 for status in 0 255 'that of the viewer'; do
   check "the status $status" grep -q "^\.It $status\$" man/hoplaunch.1
 done
-for status in 0 1 255; do
+for status in 0 1 2 255; do
   check "the status $status" grep -q "^\.It $status\$" man/hopexplain.1
+done
+for option in help version; do
+  check "the option --$option" grep -q "^\.It Fl Fl $option\$" man/hopexplain.1
+  check "$option" grep -q . <("$build/hopexplain" "--$option")
 done
 check 'the format' grep -q '^\.It Fl format Ns' man/hopexplain.1
 

@@ -212,6 +212,11 @@ def copy_to(tree):
         source, copy = TOP / name, tree / name
         if not name or not source.is_file():
             continue
+        if source.is_symlink():
+            copy.parent.mkdir(parents=True, exist_ok=True)
+            copy.unlink(missing_ok=True)
+            copy.symlink_to(source.readlink())
+            continue
         content = source.read_bytes()
         if not copy.exists() or copy.read_bytes() != content:
             copy.parent.mkdir(parents=True, exist_ok=True)

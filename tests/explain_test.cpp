@@ -110,7 +110,7 @@ std::string searched(const searchCase& one) {
   return runChild([&] {
            becomeNobody();
            const foundProgram found =
-               findProgram(one.program, one.path ? one.path->c_str() : nullptr);
+               findProgram(one.program, one.path ? one.path->c_str() : nullptr, {one.program});
            std::printf("%s %d", found.path.c_str(), found.error);
            return 0;
          })
@@ -234,12 +234,12 @@ TEST(FindProgram, GoesOnBehindARemoteFolderThatIsGone) {
   makePrograms();
   for (const int error : {ESTALE, ENODEV, ETIMEDOUT}) {
     remoteError = error;
-    EXPECT_EQ(findProgram("tool", "remote:first").path, "first/tool");
-    EXPECT_EQ(findProgram("tool", "remote").error, error);
+    EXPECT_EQ(findProgram("tool", "remote:first", {"tool"}).path, "first/tool");
+    EXPECT_EQ(findProgram("tool", "remote", {"tool"}).error, error);
   }
   remoteError = EIO;
-  EXPECT_EQ(findProgram("tool", "remote:first").path, "");
-  EXPECT_EQ(findProgram("tool", "remote:first").error, EIO);
+  EXPECT_EQ(findProgram("tool", "remote:first", {"tool"}).path, "");
+  EXPECT_EQ(findProgram("tool", "remote:first", {"tool"}).error, EIO);
 }
 
 TEST(FindProgram, LeavesThePathAloneForANameWithASlashLikeExecvp) {
@@ -268,18 +268,6 @@ TEST(FindProgram, FindsAFileOfAnySize) {
   writeFile("large", "#!/bin/sh\nexit 207\n", 0755);
   ASSERT_EQ(0, truncate64("large", 3000000000)) << "no room for a sparse file";
   check({"./large", "", "./large", 207});
-}
-
-// This is where it says yes and a launch fails or goes on searching.
-TEST(FindProgram, DoesNotLookInsideTheFile) {
-  const Folder folder;
-  makePrograms();
-  writeFile("orphan", "#!/no/such/interpreter\n", 0755);
-  EXPECT_EQ(searched({"./orphan", "", "", 0}), "./orphan 0");
-  EXPECT_EQ(executed({"./orphan", "", "", 0}), "exit " + std::to_string(ENOENT));
-  // A file of no known form is run by the shell: it is reached.
-  writeFile("formless", "exit 208\n", 0755);
-  check({"./formless", "", "./formless", 208});
 }
 
 // --- Words of a shell -------------------------------------------------------
@@ -358,7 +346,7 @@ class Launch {
   Launch() {
     std::filesystem::create_directory("bin");
     for (const char* const name : {"bin/vncviewer", "bin/putty"}) {
-      writeFile(name, "", 0755);
+      writeFile(name, "#!/bin/sh\n", 0755);
     }
     setenv("PATH", "bin", 1);
     ThreadData::instance(false);  // so that the configuration is published
@@ -382,6 +370,39 @@ TEST(ExplainText, HasALineForEachFact) {
             "style       equals\n"
             "arguments   vncviewer --autoreconnect=0 h\n"
             "launch      yes\n");
+}
+
+TEST(ExplainText, NamesTheShellThatExecutesAFile) {
+  const Launch launch;
+  writeFile("bin/vncviewer", "", 0755);
+  const std::string text = asText(launch.of("vnc://h/"));
+  EXPECT_NE(text.find("\nfile        bin/vncviewer\n"
+                      "shell       /bin/sh, as the file is not a program that Linux knows\n"
+                      "style       equals\n"
+                      "arguments   vncviewer --autoreconnect=0 h\n"
+                      "launch      yes\n"),
+            std::string::npos)
+      << text;
+  EXPECT_NE(asJSON(launch.of("vnc://h/")).find("  \"shell\": \"/bin/sh\",\n"), std::string::npos);
+}
+
+TEST(ExplainText, SaysThatAFolderOfThePathIsSkipped) {
+  const Launch launch;
+  writeFile("vncviewer", "#!/bin/sh\n", 0755);
+  const std::string longFolder(4096, 'x');
+  setenv("PATH", (longFolder + ":bin").c_str(), 1);
+  const std::string text = asText(launch.of("vnc://h/"));
+  EXPECT_NE(text.find("\nPATH        has a folder of 4096 bytes or more, which is skipped; the "
+                      "current folder is searched in its place\n"
+                      "file        vncviewer\n"),
+            std::string::npos)
+      << text;
+  setenv("PATH", ("nowhere:" + longFolder).c_str(), 1);
+  const std::string last = asText(launch.of("vnc://h/"));
+  EXPECT_NE(last.find("\nPATH        has a folder of 4096 bytes or more, which is skipped\n"
+                      "file        none\n"),
+            std::string::npos)
+      << last;
 }
 
 TEST(ExplainText, ShowsEveryPieceOfAURI) {
@@ -569,6 +590,7 @@ TEST(ExplainJSON, HasTheSameKeysForEveryLaunch) {
   EXPECT_EQ(bad,
             "{\n"
             "  \"uri\": \"vnc://h\\\"\",\n"
+            "  \"uriBytes\": \"766e633a2f2f6822\",\n"
             "  \"decoded\": \"vnc://h\\\"\",\n"
             "  \"parses\": false,\n"
             "  \"error\": {\"offset\": 8, \"expected\": \"\\\"/\\\" behind the addresses\"},\n"
@@ -582,15 +604,18 @@ TEST(ExplainJSON, HasTheSameKeysForEveryLaunch) {
             "  \"program\": null,\n"
             "  \"rule\": null,\n"
             "  \"file\": null,\n"
+            "  \"shell\": null,\n"
             "  \"style\": \"equals\",\n"
             "  \"portArg\": null,\n"
             "  \"arguments\": null,\n"
+            "  \"argumentsBytes\": null,\n"
             "  \"launches\": false,\n"
             "  \"obstacle\": \"the URI does not parse\"\n"
             "}\n");
   EXPECT_EQ(asJSON(launch.of("ftp://h/?%2541=%2541")),
             "{\n"
             "  \"uri\": \"ftp://h/?%2541=%2541\",\n"
+            "  \"uriBytes\": \"6674703a2f2f682f3f25323534313d2532353431\",\n"
             "  \"decoded\": \"ftp://h/?%41=%41\",\n"
             "  \"parses\": true,\n"
             "  \"error\": null,\n"
@@ -604,9 +629,11 @@ TEST(ExplainJSON, HasTheSameKeysForEveryLaunch) {
             "  \"program\": null,\n"
             "  \"rule\": null,\n"
             "  \"file\": null,\n"
+            "  \"shell\": null,\n"
             "  \"style\": \"equals\",\n"
             "  \"portArg\": null,\n"
             "  \"arguments\": null,\n"
+            "  \"argumentsBytes\": null,\n"
             "  \"launches\": false,\n"
             "  \"obstacle\": \"no program is registered for the scheme ftp\"\n"
             "}\n");
@@ -618,6 +645,7 @@ TEST(ExplainJSON, HasTheSameKeysForEveryLaunch) {
   EXPECT_EQ(asJSON(explanation("SSH://h:22,b/0,QUJD", options, rest)),
             "{\n"
             "  \"uri\": \"SSH://h:22,b/0,QUJD\",\n"
+            "  \"uriBytes\": \"5353483a2f2f683a32322c622f302c51554a44\",\n"
             "  \"decoded\": \"SSH://h:22,b/0,QUJD\",\n"
             "  \"parses\": true,\n"
             "  \"error\": null,\n"
@@ -637,9 +665,12 @@ TEST(ExplainJSON, HasTheSameKeysForEveryLaunch) {
             "  \"program\": \"./none\",\n"
             "  \"rule\": \"option\",\n"
             "  \"file\": null,\n"
+            "  \"shell\": null,\n"
             "  \"style\": \"separate\",\n"
             "  \"portArg\": \"P\",\n"
             "  \"arguments\": [\"none\", \"-ticket\", \"414243\", \"-P\", \"22\", \"h\"],\n"
+            "  \"argumentsBytes\": [\"6e6f6e65\", \"2d7469636b6574\", \"343134323433\", \"2d50\", "
+            "\"3232\", \"68\"],\n"
             "  \"launches\": false,\n"
             "  \"obstacle\": \"./none cannot be executed: No such file or directory\"\n"
             "}\n");
@@ -648,20 +679,24 @@ TEST(ExplainJSON, HasTheSameKeysForEveryLaunch) {
 TEST(ExplainJSON, NamesTheFileAndTheRuleOfALaunch) {
   const Launch launch;
   const std::string json = asJSON(launch.of("vnc://h/?b=2&a=1"));
-  EXPECT_NE(json.find("\n  \"parameters\": {\"a\": \"1\", \"b\": \"2\"},\n"
-                      "  \"options\": [],\n"
-                      "  \"log\": null,\n"
-                      "  \"program\": \"vncviewer\",\n"
-                      "  \"rule\": \"scheme\",\n"
-                      "  \"file\": \"bin/vncviewer\",\n"
-                      "  \"style\": \"equals\",\n"
-                      "  \"portArg\": null,\n"
-                      "  \"arguments\": [\"vncviewer\", \"--autoreconnect=0\", \"-a=1\", \"-b=2\", "
-                      "\"h\"],\n"
-                      "  \"launches\": true,\n"
-                      "  \"obstacle\": null\n"
-                      "}\n"),
-            std::string::npos)
+  EXPECT_NE(
+      json.find("\n  \"parameters\": {\"a\": \"1\", \"b\": \"2\"},\n"
+                "  \"options\": [],\n"
+                "  \"log\": null,\n"
+                "  \"program\": \"vncviewer\",\n"
+                "  \"rule\": \"scheme\",\n"
+                "  \"file\": \"bin/vncviewer\",\n"
+                "  \"shell\": null,\n"
+                "  \"style\": \"equals\",\n"
+                "  \"portArg\": null,\n"
+                "  \"arguments\": [\"vncviewer\", \"--autoreconnect=0\", \"-a=1\", \"-b=2\", "
+                "\"h\"],\n"
+                "  \"argumentsBytes\": [\"766e63766965776572\", "
+                "\"2d2d6175746f7265636f6e6e6563743d30\", \"2d613d31\", \"2d623d32\", \"68\"],\n"
+                "  \"launches\": true,\n"
+                "  \"obstacle\": null\n"
+                "}\n"),
+      std::string::npos)
       << json;
 }
 
@@ -680,19 +715,39 @@ TEST(ExplainJSON, EscapesControlBytesQuotesAndBackslashes) {
             std::string::npos);
 }
 
-TEST(ExplainJSON, KeepsUTF8AndWritesOtherBytesAsLoneSurrogates) {
+TEST(ExplainJSON, IsPureASCII) {
   const Launch launch;
-  EXPECT_EQ(written("\xc3\xa9"), "\"\xc3\xa9\"");
-  EXPECT_EQ(written("\xe2\x82\xac"), "\"\xe2\x82\xac\"");
-  EXPECT_EQ(written("\xf0\x9f\x96\xa5"), "\"\xf0\x9f\x96\xa5\"");
-  EXPECT_EQ(written("\xf4\x8f\xbf\xbf"), "\"\xf4\x8f\xbf\xbf\"");
-  EXPECT_EQ(written("\x80\xff"), "\"\\uDC80\\uDCFF\"");
-  EXPECT_EQ(written("\xc3"), "\"\\uDCC3\"");
-  EXPECT_EQ(written("\xc3("), "\"\\uDCC3(\"");
-  EXPECT_EQ(written("\xe2\x82"), "\"\\uDCE2\\uDC82\"");
-  EXPECT_EQ(written("\xc0\xaf"), "\"\\uDCC0\\uDCAF\"");
-  EXPECT_EQ(written("\xed\xa0\x80"), "\"\\uDCED\\uDCA0\\uDC80\"");
-  EXPECT_EQ(written("\xf4\x90\x80\x80"), "\"\\uDCF4\\uDC90\\uDC80\\uDC80\"");
+  EXPECT_EQ(written("\xc2\x80"), "\"\\u0080\"");
+  EXPECT_EQ(written("\xc3\xa9"), "\"\\u00E9\"");
+  EXPECT_EQ(written("\xe2\x82\xac"), "\"\\u20AC\"");
+  EXPECT_EQ(written("\xef\xbf\xbf"), "\"\\uFFFF\"");
+  EXPECT_EQ(written("\xf0\x90\x80\x80"), "\"\\uD800\\uDC00\"");
+  EXPECT_EQ(written("\xf0\x9f\x96\xa5"), "\"\\uD83D\\uDDA5\"");
+  EXPECT_EQ(written("\xf4\x8f\xbf\xbf"), "\"\\uDBFF\\uDFFF\"");
+}
+
+TEST(ExplainJSON, WritesEachByteThatIsNotUTF8AsTheReplacementCharacter) {
+  const Launch launch;
+  EXPECT_EQ(written("\x80\xff"), "\"\\uFFFD\\uFFFD\"");
+  EXPECT_EQ(written("\xc3"), "\"\\uFFFD\"");
+  EXPECT_EQ(written("\xc3("), "\"\\uFFFD(\"");
+  EXPECT_EQ(written("\xe2\x82"), "\"\\uFFFD\\uFFFD\"");
+  EXPECT_EQ(written("\xc0\xaf"), "\"\\uFFFD\\uFFFD\"");
+  EXPECT_EQ(written("\xed\xa0\x80"), "\"\\uFFFD\\uFFFD\\uFFFD\"");
+  EXPECT_EQ(written("\xf4\x90\x80\x80"), "\"\\uFFFD\\uFFFD\\uFFFD\\uFFFD\"");
+}
+
+TEST(ExplainJSON, HasTheExactBytesOfTheURIAndTheArguments) {
+  const Launch launch;
+  const std::string json = asJSON(launch.of("vnc://h/?\xff=%25fe\xc3\xa9"));
+  EXPECT_NE(json.find("  \"uriBytes\": \"766e633a2f2f682f3fff3d2532356665c3a9\",\n"),
+            std::string::npos)
+      << json;
+  EXPECT_NE(json.find("\"-\\uFFFD=\\uFFFD\\u00E9\", \"--autoreconnect=0\", \"h\"],\n"
+                      "  \"argumentsBytes\": [\"766e63766965776572\", \"2dff3dfec3a9\", "
+                      "\"2d2d6175746f7265636f6e6e6563743d30\", \"68\"],\n"),
+            std::string::npos)
+      << json;
 }
 
 }  // namespace

@@ -1,8 +1,13 @@
 // hopexplain as its users see it, side by side with the launcher: what it says of a
 // command line is what the launcher does with it.
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
+#include <algorithm>
+#include <csignal>
 #include <filesystem>
 #include <string>
 
@@ -115,13 +120,155 @@ TEST(Hopexplain, LeavesAnExistingLogAlone) {
   EXPECT_EQ("kept", shop.log());
 }
 
-TEST(Hopexplain, TakesTheFormatInAnyLetterCaseAndNoOther) {
+TEST(Hopexplain, TakesTheFormatInAnyLetterCase) {
   Workshop shop;
   EXPECT_EQ('{', explain(shop, {.arguments = {"-FORMAT=Json", "vnc://h/"}}).out[0]);
   const std::string text = explain(shop, {.arguments = {"vnc://h/"}}).out;
   EXPECT_EQ('U', text[0]);
-  EXPECT_EQ(text, explain(shop, {.arguments = {"-format=xml", "vnc://h/"}}).out);
+  EXPECT_EQ(text, explain(shop, {.arguments = {"-format=TEXT", "vnc://h/"}}).out);
   EXPECT_EQ(text, explain(shop, {.arguments = {"vnc://h/", "-format", ""}}).out);
+}
+
+TEST(Hopexplain, RefusesAnUnknownFormat) {
+  Workshop shop;
+  for (const Strings& arguments : {Strings{"-format=xml", "vnc://h/"},
+                                   Strings{"vnc", "-Format", "xml"}, Strings{"-format=xml"}}) {
+    const Outcome outcome = explain(shop, {.arguments = arguments});
+    EXPECT_EQ("hopexplain: There is no format \"xml\". Give text or json.\n", outcome.err);
+    EXPECT_EQ("", outcome.out);
+    EXPECT_EQ(255, outcome.status);
+  }
+  EXPECT_EQ("hopexplain: There is no format \"\\033json\". Give text or json.\n",
+            explain(shop, {.arguments = {"-format=\033json", "vnc://h/"}}).err);
+}
+
+TEST(Hopexplain, PrintsHelpAndVersionForTheOnlyArgument) {
+  Workshop shop;
+  const Outcome help = explain(shop, {.arguments = {"--help"}});
+  EXPECT_TRUE(help.out.starts_with(
+      "Usage: hopexplain [-format=text|json] [-KEY=VALUE | -KEY VALUE]... URI\n"))
+      << help.out;
+  EXPECT_EQ("", help.err);
+  EXPECT_EQ(0, help.status);
+  const Outcome version = explain(shop, {.arguments = {"--version"}});
+  EXPECT_EQ("hopexplain 0.1.0\n", version.out);
+  EXPECT_EQ("", version.err);
+  EXPECT_EQ(0, version.status);
+  // Elsewhere they are keywords as before.
+  for (const std::string option : {"--help", "--version"}) {
+    const Outcome last = explain(shop, {.arguments = {"vnc://h/", option}});
+    EXPECT_EQ("Keyword " + option + " has no value\n", last.err);
+    EXPECT_EQ(255, last.status);
+    EXPECT_EQ(0, explain(shop, {.arguments = {option, "x", "vnc://h/"}}).status);
+  }
+}
+
+TEST(Hopexplain, SaysUsageAndKeywordsInTextWhateverTheFormat) {
+  Workshop shop;
+  EXPECT_EQ("Usage: tools/hopexplain <uri> \n",
+            explain(shop, {.arguments = {"-format=json"}, .command = "tools/hopexplain"}).err);
+  EXPECT_EQ("Keyword -x has no value\n",
+            explain(shop, {.arguments = {"-format=json", "vnc://h/", "-x"}}).err);
+}
+
+// --- Output that is lost -------------------------------------------------------
+
+// Makes standard output something that takes nothing.
+void toFullDisk() {
+  dup2(open("/dev/full", O_WRONLY), STDOUT_FILENO);
+}
+void toNowhere() {
+  close(STDOUT_FILENO);
+}
+void toPipeWithoutReader() {
+  std::signal(SIGPIPE, SIG_IGN);
+  int ends[2] = {-1, -1};
+  if (pipe(ends) == 0) {
+    dup2(ends[1], STDOUT_FILENO);
+    close(ends[0]);
+    close(ends[1]);
+  }
+}
+void toFileAtItsLimit() {
+  std::signal(SIGXFSZ, SIG_IGN);
+  const rlimit none = {0, 0};
+  setrlimit(RLIMIT_FSIZE, &none);
+}
+
+const struct {
+  const char* name;
+  void (*prepare)();
+  const char* error;
+} lostOutputs[] = {{"full", toFullDisk, "No space left on device"},
+                   {"closed", toNowhere, "Bad file descriptor"},
+                   {"pipe", toPipeWithoutReader, "Broken pipe"}};
+
+TEST(Hopexplain, EndsWithTwoWhereItsOutputIsLost) {
+  Workshop shop;
+  for (const auto& lost : lostOutputs) {
+    for (const Strings& arguments :
+         {Strings{"vnc://h/"}, Strings{"vnc"}, Strings{"-format=json", "vnc://h/"},
+          Strings{"--help"}, Strings{"--version"}}) {
+      SCOPED_TRACE(lost.name + testing::PrintToString(arguments));
+      const Outcome outcome = explain(shop, {.arguments = arguments, .prepare = lost.prepare});
+      EXPECT_EQ(std::string("hopexplain: Cannot write to standard output: ") + lost.error + "\n",
+                outcome.err);
+      EXPECT_EQ(2, outcome.status);
+    }
+    const Outcome wrong = explain(shop, {.arguments = {"-x"}, .prepare = lost.prepare});
+    EXPECT_EQ("Keyword -x has no value\n", wrong.err);
+    EXPECT_EQ(255, wrong.status);
+    const Outcome form =
+        explain(shop, {.arguments = {"-format=x", "vnc"}, .prepare = lost.prepare});
+    EXPECT_EQ(255, form.status);
+    // Nothing is written to standard output, so nothing is lost.
+    EXPECT_EQ(1, explain(shop, {.arguments = {}, .prepare = lost.prepare}).status);
+  }
+}
+
+TEST(Hopexplain, EndsWithTwoWhereItsFileMayNotGrow) {
+  Workshop shop;
+  // The message is a file that may not grow, too.
+  EXPECT_EQ(2, explain(shop, {.arguments = {"vnc://h/"}, .prepare = toFileAtItsLimit}).status);
+}
+
+TEST(Hopexplain, EndsWithTwoWhereOnlyTheEndOfItsOutputIsLost) {
+  Workshop shop;
+  const auto prepare = [] {
+    std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit some = {100, 100};
+    setrlimit(RLIMIT_FSIZE, &some);
+  };
+  const Outcome outcome = explain(shop, {.arguments = {"vnc://h/"}, .prepare = prepare});
+  EXPECT_EQ(100U, outcome.out.size());
+  EXPECT_EQ("hopexplain: Cannot write to standard output: File too large\n", outcome.err);
+  EXPECT_EQ(2, outcome.status);
+}
+
+TEST(Hopexplain, LosesNothingInAPipeThatDoesNotBlock) {
+  Workshop shop;
+  int ends[2] = {-1, -1};
+  ASSERT_EQ(0, pipe2(ends, O_CLOEXEC | O_NONBLOCK));
+  // More than a pipe takes at once.
+  const std::string host(100000, 'h');
+  launcher::Command command{.arguments = {"-format=json", "vnc://" + host + "/"},
+                            .prepare = [&] { dup2(ends[1], STDOUT_FILENO); },
+                            .binary = HOPEXPLAIN_BINARY};
+  shop.start(command);
+  close(ends[1]);
+  usleep(100000);
+  std::string found;
+  fcntl(ends[0], F_SETFL, 0);
+  char buffer[65536];
+  for (ssize_t count = 1; count > 0;) {
+    count = read(ends[0], buffer, sizeof buffer);
+    found.append(buffer, static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+  }
+  close(ends[0]);
+  const Outcome outcome = shop.finish();
+  EXPECT_EQ(0, outcome.status);
+  EXPECT_EQ("", outcome.err);
+  EXPECT_EQ(host, JsonReader::read(found)["addresses"].elements.at(0).text);
 }
 
 TEST(Hopexplain, TellsWhatTheOptionsTouched) {
@@ -146,40 +293,61 @@ TEST(Hopexplain, KeepsEveryByteOfItsArgumentsInJSON) {
   }
   const Json json = explainJSON(
       shop, {.arguments = {"-program=" + all, "-log=" + all, "-x" + all + "=" + all, all}});
-  EXPECT_EQ(all, json["uri"].text);
-  EXPECT_EQ(all, json["log"].text);
+  EXPECT_EQ(all, json["uriBytes"].binary());
+  // As a text, what is not UTF-8 is lost.
+  const std::string ascii = all.substr(0, 0x7f);
+  EXPECT_EQ(ascii, json["uri"].text.substr(0, 0x7f));
+  EXPECT_EQ(ascii, json["log"].text.substr(0, 0x7f));
+  EXPECT_EQ("\xef\xbf\xbd\xef\xbf\xbd", json["log"].text.substr(0x7f, 6));
   EXPECT_EQ("x\x01\x02", json["options"].elements.at(2)["key"].text.substr(0, 3));
   // The key ends at the first "=".
-  EXPECT_EQ(">" + all.substr(0x3e) + "=" + all, json["options"].elements.at(2)["value"].text);
+  EXPECT_EQ(">" + ascii.substr(0x3e) + "\xef\xbf\xbd",
+            json["options"].elements.at(2)["value"].text.substr(0, 1 + 0x7f - 0x3e + 3));
 }
 
-// Where it says yes although the launcher fails: it looks neither into the file nor at
-// what the kernel allows in arguments.
-
-TEST(Hopexplain, DoesNotSeeThatAScriptsInterpreterIsMissing) {
+TEST(Hopexplain, SeesThatAScriptsInterpreterIsMissing) {
   Workshop shop;
   launcher::writeFile(shop.work() / "bin" / "orphan", "#!/no/such/interpreter\n");
   std::filesystem::permissions(shop.work() / "bin" / "orphan", std::filesystem::perms::owner_all);
   const Strings arguments{"-program=orphan", "-log=log", "vnc://h/"};
   const Outcome outcome = explain(shop, {.arguments = arguments});
-  EXPECT_EQ("bin/orphan", labelled(outcome.out, "file"));
-  EXPECT_EQ(0, outcome.status);
+  EXPECT_EQ("none", labelled(outcome.out, "file"));
+  EXPECT_EQ("no: orphan cannot be executed: No such file or directory",
+            labelled(outcome.out, "launch"));
+  EXPECT_EQ(1, outcome.status);
   EXPECT_EQ(0, shop.run({.arguments = arguments}).status);
   EXPECT_TRUE(
       shop.log().ends_with("_execv() failed; path = orphan errno = 2 No such file or directory\n"))
       << shop.log();
 }
 
-TEST(Hopexplain, DoesNotSeeThatAnArgumentIsTooLong) {
+TEST(Hopexplain, SeesThatAnArgumentIsTooLong) {
   Workshop shop;
   // 131072 bytes are too many, and a ticket's text grows by a half.
   const Strings arguments{"-log=log", "vnc://h/" + std::string(100000, 'Q')};
-  EXPECT_EQ(0, explain(shop, {.arguments = arguments}).status);
+  const Outcome told = explain(shop, {.arguments = arguments});
+  EXPECT_EQ("no: vncviewer cannot be executed: Argument list too long",
+            labelled(told.out, "launch"));
+  EXPECT_EQ(1, told.status);
   const Outcome outcome = shop.run({.arguments = arguments});
   EXPECT_EQ(0, outcome.status);
   EXPECT_FALSE(outcome.viewer.has_value());
   EXPECT_TRUE(
       shop.log().ends_with("_execv() failed; path = vncviewer errno = 7 Argument list too long\n"));
+}
+
+TEST(Hopexplain, SaysThatTheShellExecutesWhatIsNoProgram) {
+  Workshop shop;
+  launcher::writeFile(shop.work() / "bin" / "formless", "exit 7\n");
+  std::filesystem::permissions(shop.work() / "bin" / "formless", std::filesystem::perms::owner_all);
+  const Strings arguments{"-program=formless", "vnc://h/"};
+  const Json json = explainJSON(shop, {.arguments = arguments});
+  EXPECT_EQ("/bin/sh", json["shell"].text);
+  EXPECT_EQ("bin/formless", json["file"].text);
+  EXPECT_EQ("true", json["launches"].text);
+  EXPECT_EQ("formless", json["arguments"].elements.at(0).text);
+  EXPECT_EQ(7, shop.run({.arguments = arguments}).status);
+  EXPECT_EQ("null", explainJSON(shop, {.arguments = {"vnc://h/"}})["shell"].text);
 }
 
 }  // namespace

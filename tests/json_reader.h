@@ -1,5 +1,5 @@
-// A strict reader of JSON (RFC 8259) as hopexplain writes it: whatever it does not
-// expect is an exception.
+// A strict reader of JSON (RFC 8259) as hopexplain writes it, in pure ASCII: whatever it
+// does not expect is an exception.
 #pragma once
 
 #include <cstddef>
@@ -24,6 +24,28 @@ struct Json {
       }
     }
     throw std::runtime_error("no member " + std::string(key));
+  }
+  /// The bytes of a text of two lower-case hexadecimal digits a byte.
+  std::string binary() const {
+    const std::string digits = "0123456789abcdef";
+    std::string result;
+    for (std::size_t i = 0; i < text.size(); i += 2) {
+      const std::size_t high = digits.find(text[i]);
+      const std::size_t low = digits.find(text.at(i + 1));
+      if (kind != '"' || high > 15 || low > 15) {
+        throw std::runtime_error("no bytes: " + text);
+      }
+      result += static_cast<char>(high * 16 + low);
+    }
+    return result;
+  }
+  /// The same of an array's elements.
+  std::vector<std::string> bytes() const {
+    std::vector<std::string> result;
+    for (const Json& element : elements) {
+      result.push_back(element.binary());
+    }
+    return result;
   }
   /// The texts of an array's elements.
   std::vector<std::string> texts() const {
@@ -110,53 +132,49 @@ class JsonReader {
     std::string result;
     expect('"');
     for (char c = next(); c != '"'; c = next()) {
-      require(static_cast<unsigned char>(c) >= 0x20);
-      if (c == '\\') {
-        result += escaped();
-      } else if (static_cast<unsigned char>(c) >= 0x80) {
-        result += utf8(c);
-      } else {
-        result += c;
-      }
+      require(c >= 0x20 && c <= 0x7e);
+      result += c == '\\' ? escaped() : std::string(1, c);
     }
     return result;
   }
 
-  // Bytes that are not UTF-8 stand as U+DC80 to U+DCFF; everything else beyond ASCII
-  // stands as itself.
-  char escaped() {
+  std::string escaped() {
     const char c = next();
     if (c == '"' || c == '\\') {
-      return c;
+      return std::string(1, c);
     }
     require(c == 'u');
-    const std::string digits{next(), next(), next(), next()};
-    require(digits.find_first_not_of("0123456789ABCDEFabcdef") == std::string::npos);
-    const unsigned long unit = std::stoul(digits, nullptr, 16);
-    require(unit < 0x80 || (unit >= 0xDC80 && unit <= 0xDCFF));
-    return static_cast<char>(unit & 0xFF);
+    const unsigned long first = unit();
+    require(first < 0xDC00 || first > 0xDFFF);
+    if (first < 0xD800 || first > 0xDBFF) {
+      return utf8(first);
+    }
+    expect('\\');
+    expect('u');
+    const unsigned long second = unit();
+    require(second >= 0xDC00 && second <= 0xDFFF);
+    return utf8(0x10000 + ((first - 0xD800) << 10) + (second - 0xDC00));
   }
 
-  // The well-formed sequences of RFC 3629, by the range of their second byte.
-  std::string utf8(char lead) {
-    const auto first = static_cast<unsigned char>(lead);
-    require(first >= 0xC2 && first <= 0xF4);
-    const int more = first < 0xE0 ? 1 : first < 0xF0 ? 2 : 3;
-    std::string result(1, lead);
-    for (int i = 0; i < more; i++) {
-      const char c = next();
-      const auto byte = static_cast<unsigned char>(c);
-      const bool second = i == 0;
-      const unsigned char lowest = second && first == 0xE0   ? 0xA0
-                                   : second && first == 0xF0 ? 0x90
-                                                             : 0x80;
-      const unsigned char highest = second && first == 0xED   ? 0x9F
-                                    : second && first == 0xF4 ? 0x8F
-                                                              : 0xBF;
-      require(byte >= lowest && byte <= highest);
-      result += c;
+  unsigned long unit() {
+    const std::string digits{next(), next(), next(), next()};
+    require(digits.find_first_not_of("0123456789ABCDEFabcdef") == std::string::npos);
+    return std::stoul(digits, nullptr, 16);
+  }
+
+  static std::string utf8(unsigned long character) {
+    const auto byte = [](unsigned long value) { return static_cast<char>(value); };
+    const auto more = [&](int shift) { return byte(0x80 | ((character >> shift) & 0x3F)); };
+    if (character < 0x80) {
+      return {byte(character)};
     }
-    return result;
+    if (character < 0x800) {
+      return {byte(0xC0 | (character >> 6)), more(0)};
+    }
+    if (character < 0x10000) {
+      return {byte(0xE0 | (character >> 12)), more(6), more(0)};
+    }
+    return {byte(0xF0 | (character >> 18)), more(12), more(6), more(0)};
   }
 
   const std::string& m_text;

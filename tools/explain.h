@@ -4,18 +4,8 @@
 #include <string>
 
 #include "assoclist.h"
+#include "explain_search.h"
 #include "plan.h"
-
-/// The file that `execvp` would execute.
-struct foundProgram {
-  std::string path;  ///< empty when there is none
-  int error = 0;     ///< then why: the error number that `execvp` would set
-};
-
-/// Searches like `execvp`: on `searchPath`, the value of PATH (null when it is unset),
-/// unless `program` has a "/".  Finds regular files that this process may execute; does
-/// not look inside them.
-foundProgram findProgram(const std::string& program, const char* searchPath);
 
 /// What an option did.
 enum optionUse : int {
@@ -54,8 +44,8 @@ struct explanation {
 /// is not printable ASCII is escaped.
 std::string asText(const explanation& launch);
 
-/// For programs: one JSON object (RFC 8259).  Bytes that are not UTF-8 are written as
-/// the lone surrogates U+DC80 to U+DCFF.
+/// For programs: one JSON object (RFC 8259), of which every byte is ASCII.  Each byte that
+/// is not UTF-8 is U+FFFD; the URI and the arguments are there in hexadecimal, too.
 std::string asJSON(const explanation& launch);
 
 /// `text` as one word for a shell: as it is, in single quotes, or, where it holds what

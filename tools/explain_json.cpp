@@ -9,28 +9,52 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-void escape(std::string& out, unsigned int unit) {
+void escape(std::string& out, std::int32_t unit) {
   out += "\\u";
-  out += int2hex(static_cast<int>(unit), 4);
+  out += int2hex(unit, 4);
+}
+
+// A character beyond ASCII; those above U+FFFF are a pair.
+void escapeCharacter(std::string& out, std::int32_t character) {
+  constexpr std::int32_t pairs = 0x10000;
+  if (character < pairs) {
+    escape(out, character);
+  } else {
+    escape(out, 0xD800 + ((character - pairs) >> 10));
+    escape(out, 0xDC00 + ((character - pairs) & 0x3FF));
+  }
 }
 
 std::string json(const std::string& text) {
+  constexpr std::int32_t noCharacter = 0xFFFD;
   std::string out = "\"";
   const auto* p = reinterpret_cast<const unsigned char*>(text.data());
   const auto* const end = p + text.size();
   for (; p < end; p++) {
-    const auto* const first = p;
     const std::int32_t character = getUTF8(p, static_cast<unsigned int>(end - p), true);
     if (character < 0) {
-      escape(out, 0xDC00U + *p);
-    } else if (character < 32 || character == 127) {
-      escape(out, static_cast<unsigned int>(character));
+      escape(out, noCharacter);
+    } else if (character < ' ' || character > '~') {
+      escapeCharacter(out, character);
     } else {
       if (character == '"' || character == '\\') {
         out += '\\';
       }
-      out.append(first, p + 1);
+      out += static_cast<char>(character);
     }
+  }
+  out += '"';
+  return out;
+}
+
+// The bytes of a text, two digits each.
+std::string bytes(const std::string& text) {
+  constexpr const char* digits = "0123456789abcdef";
+  std::string out = "\"";
+  for (const char c : text) {
+    const auto byte = static_cast<unsigned char>(c);
+    out += digits[byte / 16];
+    out += digits[byte % 16];
   }
   out += '"';
   return out;
@@ -66,12 +90,17 @@ std::string object(const Texts& members) {
   return list("{", members, ", ", "}");
 }
 
-std::string strings(const Texts& texts) {
+// An array of the texts, each as `element` writes it.
+std::string arrayOf(const Texts& texts, std::string (*element)(const std::string&)) {
   Texts result;
   for (const std::string& text : texts) {
-    result.push_back(json(text));
+    result.push_back(element(text));
   }
   return array(result);
+}
+
+std::string strings(const Texts& texts) {
+  return arrayOf(texts, json);
 }
 
 std::string strings(const assocList& texts) {
@@ -118,8 +147,10 @@ std::string asJSON(const explanation& launch) {
   const URI& uri = plan.uri.okay() ? plan.uri : nothing;
   const bool hasVector = plan.arguments != nullptr;
   const std::string null = "null";
+  const Texts arguments = vectorOfStrings(plan.arguments);
   const Texts members = {
       member("uri", json(launch.given)),
+      member("uriBytes", bytes(launch.given)),
       member("decoded", json(plan.text)),
       member("parses", json(plan.uri.okay())),
       member("error", plan.uri.okay() ? null : error(launch.stop())),
@@ -135,9 +166,11 @@ std::string asJSON(const explanation& launch) {
                      : launch.rest["program"].empty() ? json(std::string("scheme"))
                                                       : json(std::string("option"))),
       member("file", jsonOrNull(launch.found.path)),
+      member("shell", jsonOrNull(launch.found.shell)),
       member("style", json(std::string(text(plan.style)))),
       member("portArg", jsonOrNull(launch.rest["portArg"])),
-      member("arguments", hasVector ? strings(vectorOfStrings(plan.arguments)) : null),
+      member("arguments", hasVector ? strings(arguments) : null),
+      member("argumentsBytes", hasVector ? arrayOf(arguments, bytes) : null),
       member("launches", json(launch.launches())),
       member("obstacle", jsonOrNull(launch.obstacle())),
   };

@@ -100,7 +100,15 @@ std::string asText(const explanation& launch) {
          shellWord(plan.program) + (launch.rest["program"].empty()
                                         ? ", registered for the scheme in PROGRAMS"
                                         : ", named by the option program"));
+    if (launch.found.skipsFolder) {
+      line(out, "PATH",
+           std::string("has a folder of 4096 bytes or more, which is skipped") +
+               (launch.found.searchesHere ? "; the current folder is searched in its place" : ""));
+    }
     line(out, "file", launch.found.path.empty() ? "none" : shellWord(launch.found.path));
+    if (!launch.found.shell.empty()) {
+      line(out, "shell", launch.found.shell + ", as the file is not a program that Linux knows");
+    }
     line(out, "style", text(plan.style));
     line(out, "arguments", words(plan.arguments));
   }

@@ -4,7 +4,6 @@
 
 #include <cstddef>
 #include <cstring>
-#include <iostream>
 #include <new>
 #include <string>
 #include <string_view>
@@ -13,14 +12,13 @@
 #include "assoclist.h"
 #include "commandline.h"
 #include "explain.h"
+#include "explain_options.h"
+#include "explain_output.h"
 #include "launch.h"
 #include "output_signals.h"
-#include "stringcomp.h"
 #include "threading.h"
 
 namespace {
-
-enum exitStatus : int { LAUNCHES = 0, LAUNCHES_NOT = 1 };
 
 // Nothing could be done about an exception: even to unwind may take memory.
 [[noreturn]] void endWithoutMemory() {
@@ -46,21 +44,27 @@ std::string semaphoreError() {
 
 int main(int count, char** args) {
   ignoreOutputSignals();
+  const std::string_view only = count == 2 ? args[1] : "";
+  if (only == "--help" || only == "--version") {
+    return printed(only == "--help" ? helpText() : versionText(), 0);
+  }
   std::vector<std::string> arguments;
   assocList options;
   if (!split(count, args, arguments, options)) {
-    return -1;
+    return WRONG_COMMAND_LINE;
+  }
+  const explainForm form = takeForm(options);
+  if (form == EF_UNKNOWN) {
+    return WRONG_COMMAND_LINE;
   }
   if (arguments.size() < static_cast<std::size_t>(minimumArguments())) {
     help(count > 0 ? args[0] : "");
     return LAUNCHES_NOT;
   }
-  const bool asksForJSON = caseInsensitive::same(options["format"], "json");
-  options.erase("format");  // the one option that is not the launcher's
   const std::string noSet = semaphoreError();
   return process(options, [&](const assocList& rest) {
     const explanation launch(arguments.front(), options, rest, noSet);
-    std::cout << (asksForJSON ? asJSON(launch) : asText(launch)) << std::flush;
-    return launch.launches() ? LAUNCHES : LAUNCHES_NOT;
+    return printed(form == EF_JSON ? asJSON(launch) : asText(launch),
+                   launch.launches() ? LAUNCHES : LAUNCHES_NOT);
   });
 }

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 #include <cstring>
+#include <limits>
 #include <new>
 #include <string_view>
 
@@ -67,6 +68,10 @@ constexpr unsigned int hexValue(char c) {
   return hexValues[static_cast<unsigned char>(c)];
 }
 
+constexpr bool isHexDigit(char c) {
+  return hexValue(c) < 16;
+}
+
 // Without a table, so that a compiler can work on many at once.
 constexpr char hexChar(unsigned int value) {
   return static_cast<char>(value + (value < 10 ? '0' : 'a' - 10));
@@ -108,10 +113,39 @@ const char* decodePairs(const char* text, const char* end, unsigned char*& out) 
 
 // The radix that a text is written in, 0 when it is neither.
 unsigned int detectRadix(std::string_view text) {
-  if (text.size() % 2 != 0 || text.find_first_not_of(radix64Digits) != std::string_view::npos) {
+  if (text.size() % 2 != 0) {
     return 0;
   }
-  return text.find_first_not_of(hexDigits) == std::string_view::npos ? 16 : 64;
+  bool isHex = true;
+  for (const char c : text) {
+    if (!isRadix64Digit(c) && c != '=') {
+      return 0;
+    }
+    isHex = isHex && isHexDigit(c);
+  }
+  return isHex ? 16 : 64;
+}
+
+// Texts up to this length are given room as if they were a run of digits to their end,
+// which saves looking for the end of the run.
+constexpr std::size_t ROOM_FOR_ALL = std::size_t{1} << 22;
+
+// The end of the text, or of the run of digits at its beginning when the text is long.
+const char* runEnd(const char* text, bool (&isOfTheRun)(char)) {
+  if (!isOfTheRun(*text)) {
+    return text;
+  }
+  const char* end = text + std::strlen(text);
+  if (static_cast<std::size_t>(end - text) > ROOM_FOR_ALL) {
+    for (end = text; isOfTheRun(*end); end++) {
+    }
+  }
+  return end;
+}
+
+// A number of bytes that an array can hold.
+bool holdable(std::size_t bytes) {
+  return bytes <= std::numeric_limits<unsigned int>::max();
 }
 
 }  // namespace
@@ -172,13 +206,19 @@ bool ByteArray::set(const char* text, unsigned int radix) {
 }
 
 bool ByteArray::setHex(const char* text) {
-  const char* const end = hexValue(*text) < 16 ? text + std::strlen(text) : text;
-  if (!reserve(static_cast<unsigned int>(end - text + 1) / 2)) {
+  const char* const end = runEnd(text, isHexDigit);
+  const auto digits = static_cast<std::size_t>(end - text);
+  const std::size_t room = digits / 2 + digits % 2;
+  if (!holdable(room)) {
+    length = 0;
+    return false;
+  }
+  if (!reserve(static_cast<unsigned int>(room))) {
     return false;
   }
   unsigned char* out = content;
   const char* rest = decodePairs(text, end, out);
-  if (hexValue(*rest) < 16) {  // an odd number of digits: the first is a byte of its own
+  if (isHexDigit(*rest)) {  // an odd number of digits: the first is a byte of its own
     out = content;
     *out++ = static_cast<unsigned char>(hexValue(*text));
     decodePairs(text + 1, end, out);
@@ -187,9 +227,14 @@ bool ByteArray::setHex(const char* text) {
 }
 
 bool ByteArray::setRadix64(const char* text) {
-  const char* const end = isRadix64Digit(*text) ? text + std::strlen(text) : text;
-  const auto most = static_cast<unsigned int>(end - text);
-  if (!reserve(most / 4 * 3 + most % 4 * 3 / 4)) {
+  const char* const end = runEnd(text, isRadix64Digit);
+  const auto most = static_cast<std::size_t>(end - text);
+  const std::size_t room = most / 4 * 3 + most % 4 * 3 / 4;
+  if (!holdable(room)) {
+    length = 0;
+    return false;
+  }
+  if (!reserve(static_cast<unsigned int>(room))) {
     return false;
   }
   unsigned char* out = content;

@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <bit>
+#include <cstddef>
 #include <cstring>
+#include <string_view>
 
 namespace {
 
@@ -35,6 +37,11 @@ constexpr leadByte lead(unsigned char c) {
           static_cast<unsigned char>(c == 244 ? 143 : 191)};
 }
 
+// The number of bytes that a character at `p` can have.
+unsigned int remaining(const unsigned char* p, const unsigned char* end) {
+  return static_cast<unsigned int>(std::min<std::ptrdiff_t>(end - p, 4));
+}
+
 // Calls `use` with each code point of a text, malformed bytes standing for
 // themselves, until it returns false.
 template <class Use>
@@ -42,7 +49,7 @@ bool eachCharacter(const std::string& text, const Use& use) {
   const auto* p = reinterpret_cast<const unsigned char*>(text.data());
   const unsigned char* const end = p + text.size();
   for (; p < end; p++) {
-    if (!use(getUTF8(p, static_cast<unsigned int>(end - p), false))) {
+    if (!use(getUTF8(p, remaining(p, end), false))) {
       return false;
     }
   }
@@ -159,22 +166,20 @@ std::size_t plainBytes(const unsigned char* p, std::size_t size) {
 
 }  // namespace
 
-bool validUTF8(const char* text, int length, bool rejectNonPrintingASCII) {
-  const bool terminated = length < 0;
-  const std::size_t size = terminated ? strnlen(text, 999999) : static_cast<std::size_t>(length);
-  const auto* p = reinterpret_cast<const unsigned char*>(text);
-  for (const unsigned char* const end = p + size; p < end; p++) {
+namespace {
+
+// A zero byte gives false.
+bool valid(std::string_view text, bool rejectNonPrintingASCII) {
+  const auto* p = reinterpret_cast<const unsigned char*>(text.data());
+  for (const unsigned char* const end = p + text.size(); p < end; p++) {
     if (!rejectNonPrintingASCII) {
       p += plainBytes(p, static_cast<std::size_t>(end - p));
       if (p == end) {
         break;
       }
     }
-    if (*p == 0) {
-      return terminated;
-    }
-    const std::int32_t character = getUTF8(p, static_cast<unsigned int>(end - p), true);
-    if (character < 0) {
+    const std::int32_t character = getUTF8(p, remaining(p, end), true);
+    if (character <= 0) {
       return false;
     }
     // 126, not 127: stored names rely on "~" being refused and DEL accepted.
@@ -183,6 +188,17 @@ bool validUTF8(const char* text, int length, bool rejectNonPrintingASCII) {
     }
   }
   return true;
+}
+
+}  // namespace
+
+bool validUTF8(const char* text, int length, bool rejectNonPrintingASCII) {
+  const std::size_t size = length < 0 ? strnlen(text, 999999) : static_cast<std::size_t>(length);
+  return valid({text, size}, rejectNonPrintingASCII);
+}
+
+bool validUTF8(const std::string& text, bool rejectNonPrintingASCII) {
+  return valid(text, rejectNonPrintingASCII);
 }
 
 unsigned int UTF8size(const std::string& text) {

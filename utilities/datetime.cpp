@@ -1,12 +1,14 @@
 #include "datetime.h"
 
 #include <array>
+#include <cmath>
 #include <cstring>
 #include <ostream>
 
 #include "ascii.h"
 #include "bytearray.h"
 #include "conversion.h"
+#include "rounding.h"
 
 constinit const DateTime DateTime::BAD_TIME(0, INVALID);
 constinit const DateTime DateTime::MIN_TIME(0, 0);
@@ -17,6 +19,7 @@ constinit const DateTime DateTime::MAX_TIME(0xFFFFFFFF, 999999);
 namespace {
 
 constexpr std::uint32_t SECONDS_PER_DAY = 86400;
+constexpr std::int64_t MILLION = 1000000;        // microseconds a second
 constexpr std::uint32_t NTP_DATUM = 2208988800;  // 1970-01-01 in seconds since 1900
 
 // Index 0 is the weekday of 1970-01-01.
@@ -333,15 +336,16 @@ DateTime& DateTime::operator+=(double seconds) {
   if (!okay()) {
     return *this;
   }
-  // Summed wider than a double and rounded once, as 32-bit machines do.
-  const auto total =
-      static_cast<double>(static_cast<long double>(m_seconds) +
-                          static_cast<long double>(m_microseconds) * 1e-6L + seconds);
+  constexpr double BEYOND = 0x1p33;  // moves every time out of the range
+  const double total =
+      std::abs(seconds) <= BEYOND
+          ? rounding::sum(std::int64_t{m_seconds} * MILLION + m_microseconds, seconds)
+          : seconds;
   if (total > 4294967295.999998) {
     *this = DateTime(0xFFFFFFFF, INVALID);
   } else if (total >= 0) {
     m_seconds = static_cast<std::uint32_t>(total);
-    m_microseconds = static_cast<std::uint32_t>((total - m_seconds) * 1e6);
+    m_microseconds = static_cast<std::uint32_t>(rounding::millionTimes(total - m_seconds));
   } else {
     *this = BAD_TIME;  // too early, or not a number
   }
@@ -383,8 +387,7 @@ double DateTime::operator-(const DateTime& other) const {
   }
   const std::int64_t seconds = std::int64_t{m_seconds} - other.m_seconds;
   const std::int64_t microseconds = std::int64_t{m_microseconds} - other.m_microseconds;
-  return static_cast<double>(static_cast<long double>(seconds) +
-                             static_cast<long double>(microseconds) * 1e-6L);
+  return rounding::sum(seconds * MILLION + microseconds, 0.0);
 }
 
 bool DateTime::operator<(const DateTime& other) const {

@@ -1,6 +1,8 @@
 #include "html_escape.h"
 
+#include <algorithm>
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 
@@ -102,7 +104,8 @@ char hexByte(int high, int low) {
 // Decodes the character that starts at `p` and moves `p` to its last byte.
 std::int32_t characterAt(const char*& p, const char* end) {
   const auto* bytes = reinterpret_cast<const unsigned char*>(p);
-  const std::int32_t character = getUTF8(bytes, static_cast<unsigned int>(end - p), false);
+  const auto left = static_cast<unsigned int>(std::min<std::ptrdiff_t>(end - p, 4));
+  const std::int32_t character = getUTF8(bytes, left, false);
   p = reinterpret_cast<const char*>(bytes);
   return character;
 }
@@ -111,21 +114,13 @@ bool printable(char c) {
   return index(c) >= 32 && index(c) <= 126;
 }
 
-}  // namespace
+// Each function below has two forms, whose work is done by one of these.
 
-std::string URIescape(const char* text, unsigned int length) {
-  return percentEscape({text, length}, URIspecial, 2);
-}
-
-std::string URIescape(const std::string& text) {
-  return percentEscape(text, URIspecial, 2);
-}
-
-std::string URIunEscape(const char* text, unsigned int length) {
-  std::string result(length, '\0');
+std::string percentUnEscape(std::string_view text) {
+  std::string result(text.size(), '\0');
   char* out = result.data();
-  const char* const end = text + length;
-  for (const char* p = text; p < end; p++) {
+  const char* const end = text.data() + text.size();
+  for (const char* p = text.data(); p < end; p++) {
     if (*p != '%') {
       *out++ = *p;
       continue;
@@ -153,30 +148,10 @@ std::string URIunEscape(const char* text, unsigned int length) {
   return result;
 }
 
-std::string URIunEscape(const std::string& text) {
-  return URIunEscape(text.data(), static_cast<unsigned int>(text.size()));
-}
-
-std::string cookieEscape(const char* text, unsigned int length) {
-  return percentEscape({text, length}, cookieSpecial, 1);
-}
-
-std::string cookieEscape(const std::string& text) {
-  return percentEscape(text, cookieSpecial, 1);
-}
-
-std::string cookieUnEscape(const char* text, unsigned int length) {
-  return URIunEscape(text, length);
-}
-
-std::string cookieUnEscape(const std::string& text) {
-  return URIunEscape(text);
-}
-
-std::string LDAPescape(const char* text, unsigned int length) {
+std::string nameEscape(std::string_view text) {
   std::string result;
-  result.reserve(length);
-  for (const char c : std::string_view(text, length)) {
+  result.reserve(text.size());
+  for (const char c : text) {
     if (signedControls[index(c)]) {
       result += '\\';
       result += int2hex(static_cast<unsigned char>(c), 2);
@@ -190,15 +165,11 @@ std::string LDAPescape(const char* text, unsigned int length) {
   return result;
 }
 
-std::string LDAPescape(const std::string& text) {
-  return LDAPescape(text.data(), static_cast<unsigned int>(text.size()));
-}
-
-std::string LDAPunEscape(const char* text, unsigned int length) {
+std::string nameUnEscape(std::string_view text) {
   std::string result;
-  result.reserve(length);
-  const char* const end = text + length;
-  for (const char* p = text; p < end; p++) {
+  result.reserve(text.size());
+  const char* const end = text.data() + text.size();
+  for (const char* p = text.data(); p < end; p++) {
     if (*p != '\\') {
       result += *p;
       continue;
@@ -221,23 +192,11 @@ std::string LDAPunEscape(const char* text, unsigned int length) {
   return result;
 }
 
-std::string LDAPunEscape(const std::string& text) {
-  return LDAPunEscape(text.data(), static_cast<unsigned int>(text.size()));
-}
-
-std::string QMXescape(const char* text, unsigned int length) {
-  return percentEscape({text, length}, QMXspecial, 2);
-}
-
-std::string QMXescape(const std::string& text) {
-  return percentEscape(text, QMXspecial, 2);
-}
-
-std::string javaScriptEscape(const char* text, unsigned int length) {
+std::string scriptEscape(std::string_view text) {
   std::string result;
-  result.reserve(length);
-  const char* const end = text + length;
-  for (const char* p = text; p < end; p++) {
+  result.reserve(text.size());
+  const char* const end = text.data() + text.size();
+  for (const char* p = text.data(); p < end; p++) {
     if (!printable(*p)) {
       const std::int32_t character = characterAt(p, end);
       // Not always four digits: readers rely on \u00A for a line feed.
@@ -259,15 +218,11 @@ std::string javaScriptEscape(const char* text, unsigned int length) {
   return result;
 }
 
-std::string javaScriptEscape(const std::string& text) {
-  return javaScriptEscape(text.data(), static_cast<unsigned int>(text.size()));
-}
-
-std::string HTMLescape(const char* text, unsigned int length, bool nbsp) {
+std::string markupEscape(std::string_view text, bool nbsp) {
   std::string result;
-  result.reserve(length);
-  const char* const end = text + length;
-  for (const char* p = text; p < end; p++) {
+  result.reserve(text.size());
+  const char* const end = text.data() + text.size();
+  for (const char* p = text.data(); p < end; p++) {
     if (*p == '\n') {
       result += "<br>";
     } else if (!printable(*p)) {
@@ -292,8 +247,78 @@ std::string HTMLescape(const char* text, unsigned int length, bool nbsp) {
   return result;
 }
 
+}  // namespace
+
+std::string URIescape(const char* text, unsigned int length) {
+  return percentEscape({text, length}, URIspecial, 2);
+}
+
+std::string URIescape(const std::string& text) {
+  return percentEscape(text, URIspecial, 2);
+}
+
+std::string URIunEscape(const char* text, unsigned int length) {
+  return percentUnEscape({text, length});
+}
+
+std::string URIunEscape(const std::string& text) {
+  return percentUnEscape(text);
+}
+
+std::string cookieEscape(const char* text, unsigned int length) {
+  return percentEscape({text, length}, cookieSpecial, 1);
+}
+
+std::string cookieEscape(const std::string& text) {
+  return percentEscape(text, cookieSpecial, 1);
+}
+
+std::string cookieUnEscape(const char* text, unsigned int length) {
+  return URIunEscape(text, length);
+}
+
+std::string cookieUnEscape(const std::string& text) {
+  return URIunEscape(text);
+}
+
+std::string LDAPescape(const char* text, unsigned int length) {
+  return nameEscape({text, length});
+}
+
+std::string LDAPescape(const std::string& text) {
+  return nameEscape(text);
+}
+
+std::string LDAPunEscape(const char* text, unsigned int length) {
+  return nameUnEscape({text, length});
+}
+
+std::string LDAPunEscape(const std::string& text) {
+  return nameUnEscape(text);
+}
+
+std::string QMXescape(const char* text, unsigned int length) {
+  return percentEscape({text, length}, QMXspecial, 2);
+}
+
+std::string QMXescape(const std::string& text) {
+  return percentEscape(text, QMXspecial, 2);
+}
+
+std::string javaScriptEscape(const char* text, unsigned int length) {
+  return scriptEscape({text, length});
+}
+
+std::string javaScriptEscape(const std::string& text) {
+  return scriptEscape(text);
+}
+
+std::string HTMLescape(const char* text, unsigned int length, bool nbsp) {
+  return markupEscape({text, length}, nbsp);
+}
+
 std::string HTMLescape(const std::string& text, bool nbsp) {
-  return HTMLescape(text.data(), static_cast<unsigned int>(text.size()), nbsp);
+  return markupEscape(text, nbsp);
 }
 
 namespace {

@@ -1,5 +1,6 @@
 #include "uri.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "ascii.h"
@@ -197,7 +198,9 @@ uriParse URI::parse(const std::string& wholeText) {
   const RegExpr machine_RE(MACHINE, false);
   ASSERT(REGEXPR_OKAY == scheme_RE.CompileError());
   ASSERT(REGEXPR_OKAY == machine_RE.CompileError());
-  const RegExpr::Match schemeMatch = scheme_RE.match(text);
+  // No scheme has a colon.  The text may be longer than what can be searched.
+  const std::size_t colon = std::min(text.find(':'), text.size());
+  const RegExpr::Match schemeMatch = scheme_RE.match(text.substr(0, colon + 3));
   if (schemeMatch.length == 0 || schemeMatch.start != 0) {
     return badScheme(text.c_str());
   }
@@ -272,7 +275,7 @@ uriStop URI::parseParameters(const char*& ptr) {
     }
     const char* const value = equals + 1;
     const std::size_t length = std::strcspn(value, "&");
-    parameters[std::string(ptr, equals)] = URIunEscape(value, static_cast<unsigned int>(length));
+    parameters[std::string(ptr, equals)] = URIunEscape(std::string(value, length));
     ptr = value + length;
   } while (*ptr == '&');
   return US_COMPLETE;

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdint>
 #include <cstring>
+#include <limits>
 
 #include "regexpr.h"
 
@@ -28,6 +29,12 @@ RegExprError mapped(int code) {
     default:
       return REGEXPR_OTHER;
   }
+}
+
+// The C library counts in `int`, and searches nothing longer.
+bool searchable(const std::string& text) {
+  constexpr std::size_t LONGEST = std::numeric_limits<regoff_t>::max() - 1;
+  return text.size() <= LONGEST || std::strlen(text.c_str()) <= LONGEST;
 }
 
 }  // namespace
@@ -65,7 +72,7 @@ void RegExpr::clear() {
 }
 
 bool RegExpr::matchs(const std::string& text) const {
-  if (matcher == nullptr) {
+  if (matcher == nullptr || !searchable(text)) {
     return false;
   }
   exec_return = regexec(matcher, text.c_str(), 0, nullptr, 0) == 0 ? 0 : 1;
@@ -74,7 +81,7 @@ bool RegExpr::matchs(const std::string& text) const {
 
 bool RegExpr::matchsAt(const std::string& text, unsigned int start) const {
   const std::size_t length = std::strlen(text.c_str());
-  if (matcher == nullptr || start > length) {
+  if (matcher == nullptr || start > length || !searchable(text)) {
     return false;
   }
   // POSIX has no such match; the GNU C library's own interface to the same expression has.
@@ -85,7 +92,7 @@ bool RegExpr::matchsAt(const std::string& text, unsigned int start) const {
 }
 
 RegExpr::Match RegExpr::match(const std::string& text) const {
-  if (matcher == nullptr) {
+  if (matcher == nullptr || !searchable(text)) {
     return Match(0, 0);
   }
   regmatch_t found;

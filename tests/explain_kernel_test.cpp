@@ -1,0 +1,388 @@
+// What hopexplain says of the kernel: files that are no programs, interpreters, room for
+// arguments.  Each case is also really executed.
+
+#include "explain_kernel.h"
+
+#include <elf.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "explain_search.h"
+#include "fresh_process.h"
+
+namespace {
+
+using namespace std::string_literals;
+using Strings = std::vector<std::string>;
+
+void writeFile(const std::string& name, const std::string& text, mode_t mode = 0755) {
+  std::ofstream(name) << text;
+  ASSERT_EQ(0, chmod(name.c_str(), mode)) << name;
+}
+
+// A working folder that goes with the test.
+class Folder {
+ public:
+  Folder() {
+    std::string pattern = std::filesystem::temp_directory_path() / "explain-kernel-XXXXXX";
+    EXPECT_NE(nullptr, mkdtemp(pattern.data()));
+    m_path = pattern;
+    std::filesystem::current_path(m_path);
+    std::filesystem::create_directory("first");
+    std::filesystem::create_directory("second");
+    writeFile("second/tool", "#!/bin/sh\nexit 202\n");
+    writeFile("tool", "#!/bin/sh\nexit 200\n");
+  }
+  Folder(const Folder&) = delete;
+  Folder& operator=(const Folder&) = delete;
+  ~Folder() {
+    std::filesystem::current_path("/");
+    std::error_code ignored;
+    std::filesystem::remove_all(m_path, ignored);
+  }
+
+ private:
+  std::filesystem::path m_path;
+};
+
+// How a process ends that really executes the program.
+std::string executed(const std::string& program, Strings arguments, const std::string& path) {
+  return runChild([&] {
+           setenv("PATH", path.c_str(), 1);
+           std::vector<char*> vector;
+           for (std::string& argument : arguments) {
+             vector.push_back(argument.data());
+           }
+           vector.push_back(nullptr);
+           if (std::freopen("/dev/null", "w", stderr) == nullptr) {
+             return 98;
+           }
+           errno = ENOENT;
+           execvp(program.c_str(), vector.data());
+           std::_Exit(errno);
+           return 0;
+         })
+      .ending;
+}
+
+// The path, the shell and the error that are told.
+std::string told(const std::string& program, const Strings& arguments, const std::string& path) {
+  return runChild([&] {
+           setenv("PATH", path.c_str(), 1);
+           const foundProgram found = findProgram(program, path.c_str(), arguments);
+           std::printf("%s|%s|%d", found.path.c_str(), found.shell.c_str(), found.error);
+           return 0;
+         })
+      .output;
+}
+
+struct kernelCase {
+  std::string text;  // of first/tool
+  std::string told;
+  int status;  // of what is executed, or the error number
+};
+
+// Each with second/tool behind it on the path.
+template <std::size_t size>
+void check(const kernelCase (&cases)[size]) {
+  const Folder folder;
+  for (const kernelCase& one : cases) {
+    SCOPED_TRACE(testing::PrintToString(one.text.substr(0, 80)));
+    writeFile("first/tool", one.text);
+    EXPECT_EQ(told("tool", {"tool"}, "first:second"), one.told);
+    EXPECT_EQ(executed("tool", {"tool"}, "first:second"), "exit " + std::to_string(one.status));
+  }
+}
+
+TEST(Kernel, PassesOverAScriptWhoseInterpreterIsMissingOrMayNotBeExecuted) {
+  const kernelCase cases[] = {
+      {"#!/bin/sh\nexit 201\n", "first/tool||0", 201},
+      {"#!/no/such/interpreter\nexit 201\n", "second/tool||0", 202},
+      {"#!/no/such/interpreter", "second/tool||0", 202},
+      {"#! \t/no/such/interpreter -x\n", "second/tool||0", 202},
+      {"#!/etc/passwd\n", "second/tool||0", 202},
+      {"#!/etc\n", "second/tool||0", 202},
+      {"#!/etc/passwd/x\n", "second/tool||0", 202},
+      {"#!first/none\n", "second/tool||0", 202},
+      {"#!first/tool\n", "||40", ELOOP},
+  };
+  check(cases);
+}
+
+TEST(Kernel, TellsTheLastErrorOfScriptsWithoutAnInterpreter) {
+  const Folder folder;
+  writeFile("first/orphan", "#!/no/such/interpreter\n");
+  writeFile("second/orphan", "#!/etc\n");
+  EXPECT_EQ(told("orphan", {"orphan"}, "first"), "||2");
+  EXPECT_EQ(told("orphan", {"orphan"}, "second"), "||13");
+  EXPECT_EQ(told("orphan", {"orphan"}, "second:first"), "||13");
+  EXPECT_EQ(told("./first/orphan", {"orphan"}, "second"), "||2");
+  EXPECT_EQ(executed("orphan", {"orphan"}, "first"), "exit 2");
+  EXPECT_EQ(executed("orphan", {"orphan"}, "second"), "exit 13");
+  EXPECT_EQ(executed("orphan", {"orphan"}, "second:first"), "exit 13");
+  EXPECT_EQ(executed("./first/orphan", {"orphan"}, "second"), "exit 2");
+}
+
+TEST(Kernel, LeavesWhatIsNoProgramToTheShell) {
+  const kernelCase cases[] = {
+      {"", "first/tool|/bin/sh|0", 0},
+      {"exit 201\n", "first/tool|/bin/sh|0", 201},
+      {"#\nexit 201\n", "first/tool|/bin/sh|0", 201},
+      {"#!\nexit 201\n", "first/tool|/bin/sh|0", 201},
+      {"#! \t \nexit 201\n", "first/tool|/bin/sh|0", 201},
+      {"# !/bin/sh\nexit 201\n", "first/tool|/bin/sh|0", 201},
+      {" #!/bin/sh\nexit 201\n", "first/tool|/bin/sh|0", 201},
+      // Longer than what the kernel looks at.
+      {"#!" + std::string(254, ' ') + "\nexit 201\n", "first/tool|/bin/sh|0", 201},
+      {"#!/" + std::string(260, 'x') + "\nexit 201\n", "first/tool|/bin/sh|0", 201},
+      {"#!" + std::string(247, ' ') + "/bin/sh\nexit 201\n", "first/tool|/bin/sh|0", 201},
+      {"#!" + std::string(246, ' ') + "/bin/sh\nexit 201\n", "first/tool||0", 201},
+      {"#!/" + std::string(246, '/') + "bin/s h\n", "second/tool||0", 202},
+      {"#!/bin/sh " + std::string(300, 'x') + "\n", "first/tool||0", 2},
+  };
+  check(cases);
+}
+
+TEST(Kernel, LeavesAScriptToTheShellWhoseInterpreterIsNoProgram) {
+  const Folder folder;
+  writeFile("text", "exit 209\n");
+  writeFile("first/tool", "#!text\nexit 201\n");
+  EXPECT_EQ(told("tool", {"tool"}, "first"), "first/tool|/bin/sh|0");
+  EXPECT_EQ(executed("tool", {"tool"}, "first"), "exit 201");
+}
+
+TEST(Kernel, FollowsFiveInterpretersThatAreScripts) {
+  const Folder folder;
+  writeFile("s1", "#!/bin/true\n");
+  for (int i = 2; i <= 6; i++) {
+    writeFile("s" + std::to_string(i), "#!s" + std::to_string(i - 1) + "\n");
+  }
+  EXPECT_EQ(told("./s5", {"s"}, ""), "./s5||0");
+  EXPECT_EQ(executed("./s5", {"s"}, ""), "exit 0");
+  EXPECT_EQ(told("./s6", {"s"}, ""), "||40");
+  EXPECT_EQ(executed("./s6", {"s"}, ""), "exit 40");
+}
+
+// --- Programs ------------------------------------------------------------------
+
+// A program that is nothing but its headers, with the lines of a script after them.
+std::string program(int machine, const std::string& loader, int type = ET_EXEC) {
+  Elf64_Ehdr header = {};
+  const unsigned char start[] = {ELFMAG0,    ELFMAG1,     ELFMAG2,   ELFMAG3,
+                                 ELFCLASS64, ELFDATA2LSB, EV_CURRENT};
+  std::copy(std::begin(start), std::end(start), header.e_ident);
+  header.e_type = static_cast<Elf64_Half>(type);
+  header.e_machine = static_cast<Elf64_Half>(machine);
+  header.e_version = EV_CURRENT;
+  header.e_phoff = sizeof header;
+  header.e_phentsize = sizeof(Elf64_Phdr);
+  header.e_phnum = 1;
+  Elf64_Phdr segment = {};
+  segment.p_type = PT_INTERP;
+  segment.p_offset = sizeof header + sizeof segment;
+  segment.p_filesz = loader.size();
+  return std::string(reinterpret_cast<const char*>(&header), sizeof header) +
+         std::string(reinterpret_cast<const char*>(&segment), sizeof segment) + loader +
+         "\nexit 201\n";
+}
+
+TEST(Kernel, LeavesAProgramForAnotherMachineToTheShell) {
+  const std::string missing = "/no/such/loader\0"s;
+  const kernelCase cases[] = {
+      {program(EM_PPC64, missing), "first/tool|/bin/sh|0", 201},
+      {program(EM_S390, missing), "first/tool|/bin/sh|0", 201},
+      {program(EM_NONE, missing), "first/tool|/bin/sh|0", 201},
+  };
+  check(cases);
+}
+
+#ifdef __x86_64__
+
+TEST(Kernel, PassesOverAProgramWhoseLoaderIsMissingOrMayNotBeExecuted) {
+  const kernelCase cases[] = {
+      {program(EM_X86_64, "/no/such/loader\0"s), "second/tool||0", 202},
+      {program(EM_X86_64, "/no/such/loader\0"s, ET_DYN), "second/tool||0", 202},
+      {program(EM_X86_64, "/etc/passwd\0"s), "second/tool||0", 202},
+      {program(EM_X86_64, "/etc\0"s), "second/tool||0", 202},
+      // No program itself, or one with a name that does not end.
+      {program(EM_X86_64, "/no/such/loader\0"s, ET_REL), "first/tool|/bin/sh|0", 201},
+      {program(EM_X86_64, "/no/such/loader"), "first/tool|/bin/sh|0", 201},
+      {program(EM_X86_64, "\0"s), "first/tool|/bin/sh|0", 201},
+      // A loader that is no program is another error, at which the search ends.
+      {program(EM_X86_64, "first/../text\0"s), "||80", ELIBBAD},
+      {program(EM_X86_64, "first/../short\0"s), "||5", EIO},
+  };
+  const Folder folder;
+  writeFile("text", std::string(100, '\n') + "exit 1\n");
+  writeFile("short", "exit 1\n");
+  for (const kernelCase& one : cases) {
+    SCOPED_TRACE(testing::PrintToString(one.text));
+    writeFile("first/tool", one.text);
+    EXPECT_EQ(told("tool", {"tool"}, "first:second"), one.told);
+    EXPECT_EQ(executed("tool", {"tool"}, "first:second"), "exit " + std::to_string(one.status));
+  }
+}
+
+TEST(Kernel, LooksNoFurtherThanTheHeadersOfAProgram) {
+  const Folder folder;
+  std::filesystem::copy_file("/bin/true", "first/tool");
+  EXPECT_EQ(told("tool", {"tool"}, "first:second"), "first/tool||0");
+  EXPECT_EQ(executed("tool", {"tool"}, "first:second"), "exit 0");
+}
+
+#endif
+
+// --- Room --------------------------------------------------------------------
+
+// 0 when the vector is executed, else the error number; and what is told of it.
+void checkRoom(const Strings& arguments, int error, rlim_t stack = 0) {
+  SCOPED_TRACE(testing::Message() << arguments.size() << " arguments, the last of "
+                                  << arguments.back().size() << " bytes, stack " << stack);
+  const auto limited = [&](auto body) {
+    return runChild([&] {
+      clearenv();
+      setenv("A", "bc", 1);
+      if (stack != 0) {
+        rlimit limit = {};
+        getrlimit(RLIMIT_STACK, &limit);
+        limit.rlim_cur = stack;
+        setrlimit(RLIMIT_STACK, &limit);
+      }
+      std::exit(body());
+      return 0;
+    });
+  };
+  EXPECT_EQ(limited([&] { return executionError("/bin/true", arguments); }).ending,
+            "exit " + std::to_string(error));
+  const auto end = limited([&] {
+    std::vector<char*> vector;
+    for (const std::string& argument : arguments) {
+      vector.push_back(const_cast<char*>(argument.c_str()));
+    }
+    vector.push_back(nullptr);
+    execv("/bin/true", vector.data());
+    return errno;
+  });
+  EXPECT_EQ(end.ending, "exit " + std::to_string(error));
+}
+
+TEST(Kernel, TakesNoArgumentOf131072Bytes) {
+  checkRoom({"t", std::string(131071, 'x')}, 0);
+  checkRoom({"t", std::string(131072, 'x')}, E2BIG);
+  checkRoom({std::string(131072, 'x'), "t"}, E2BIG);
+}
+
+// Arguments that take `size` bytes with "/bin/true", "A=bc" and all pointers.
+Strings argumentsOf(std::size_t size) {
+  const std::size_t rest = sizeof "/bin/true" + sizeof "A=bc" + sizeof(void*);
+  constexpr std::size_t piece = 100000;
+  Strings result;
+  for (std::size_t left = size - rest; left > 0;) {
+    // What is left after a piece must have room for a pointer, a byte and its end.
+    std::size_t length = std::min(left - sizeof(void*) - 1, piece);
+    const std::size_t after = left - (length + 1 + sizeof(void*));
+    length -= after > 0 && after < sizeof(void*) + 2 ? sizeof(void*) + 2 : 0;
+    result.emplace_back(length, 'x');
+    left -= length + 1 + sizeof(void*);
+  }
+  return result;
+}
+
+TEST(Kernel, HasAQuarterOfTheStackForStringsAndPointers) {
+  if (sizeof(void*) != 8) {
+    GTEST_SKIP() << "the pointers are those of the kernel";
+  }
+  constexpr std::size_t KiB = 1024;
+  constexpr std::size_t MiB = 1024 * KiB;
+  const struct {
+    std::size_t stack;
+    std::size_t room;
+  } cases[] = {
+      {8 * MiB, 2 * MiB},     {4 * MiB, MiB},         {24 * MiB, 6 * MiB},    {64 * MiB, 6 * MiB},
+      {512 * KiB, 128 * KiB}, {256 * KiB, 128 * KiB}, {640 * KiB, 160 * KiB},
+  };
+  for (const auto& one : cases) {
+    checkRoom(argumentsOf(one.room), 0, one.stack);
+    checkRoom(argumentsOf(one.room + 1), E2BIG, one.stack);
+  }
+  checkRoom(argumentsOf(6 * MiB + 1), E2BIG, RLIM_INFINITY);
+  checkRoom(argumentsOf(6 * MiB), 0, RLIM_INFINITY);
+}
+
+TEST(Kernel, CountsWhatAScriptAddsToItsArguments) {
+  const Folder folder;
+  writeFile("script", "#!/bin/true  an argument \n");
+  // In the place of the first argument there is the interpreter, its argument, the script.
+  const std::size_t added = sizeof "/bin/true" + sizeof "an argument" + sizeof "./script";
+  for (const int more : {0, 1}) {
+    SCOPED_TRACE(more);
+    const auto arguments = [&] {
+      Strings result = argumentsOf(1024 * 1024 + sizeof "/bin/true" - sizeof "./script" - added +
+                                   static_cast<std::size_t>(more));
+      result.insert(result.begin(), "");
+      result.back().resize(result.back().size() - sizeof(void*));
+      return result;
+    }();
+    const auto end = runChild([&] {
+      clearenv();
+      setenv("A", "bc", 1);
+      rlimit limit = {};
+      getrlimit(RLIMIT_STACK, &limit);
+      limit.rlim_cur = 4 * 1024 * 1024;
+      setrlimit(RLIMIT_STACK, &limit);
+      std::vector<char*> vector;
+      for (const std::string& argument : arguments) {
+        vector.push_back(const_cast<char*>(argument.c_str()));
+      }
+      vector.push_back(nullptr);
+      std::printf("%d ", executionError("./script", arguments));
+      std::fflush(stdout);
+      execv("./script", vector.data());
+      return errno;
+    });
+    EXPECT_EQ(end.output, more == 0 ? "0 " : "7 ");
+    EXPECT_EQ(end.ending, more == 0 ? "exit 0" : "exit 7");
+  }
+}
+
+// --- Folders of PATH that are too long --------------------------------------------
+
+TEST(Search, SkipsAFolderOf4096BytesAndLooksIntoTheCurrentOne) {
+  const Folder folder;
+  const std::string tooLong(4096, 'x');
+  const std::string longest(4095, 'x');
+  const struct {
+    std::string path;
+    std::string told;
+    int status;
+    bool skips;
+    bool here;
+  } cases[] = {
+      {tooLong + ":second", "tool||0", 200, true, true},
+      {"second:" + tooLong, "second/tool||0", 202, false, false},
+      {"nowhere:" + tooLong + ":second", "tool||0", 200, true, true},
+      {tooLong, "||2", ENOENT, true, false},
+      {"nowhere:" + tooLong, "||2", ENOENT, true, false},
+      {longest + ":second", "||36", ENAMETOOLONG, false, false},
+  };
+  for (const auto& one : cases) {
+    SCOPED_TRACE(one.path.substr(0, 20));
+    EXPECT_EQ(told("tool", {"tool"}, one.path), one.told);
+    EXPECT_EQ(executed("tool", {"tool"}, one.path), "exit " + std::to_string(one.status));
+    const foundProgram found = findProgram("tool", one.path.c_str(), {"tool"});
+    EXPECT_EQ(found.skipsFolder, one.skips);
+    EXPECT_EQ(found.searchesHere, one.here);
+  }
+}
+
+}  // namespace

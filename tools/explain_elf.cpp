@@ -1,0 +1,136 @@
+#include "explain_elf.h"
+
+#include <elf.h>
+#include <limits.h>
+#include <sys/stat.h>
+#include <sys/utsname.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <string_view>
+#include <vector>
+
+namespace {
+
+struct narrow {
+  using header = Elf32_Ehdr;
+  using segment = Elf32_Phdr;
+};
+struct wide {
+  using header = Elf64_Ehdr;
+  using segment = Elf64_Phdr;
+};
+
+using machineList = std::vector<unsigned int>;
+
+// The machine of this very program.
+unsigned int ownMachine() {
+  Elf32_Ehdr header = {};  // up to the machine the same as the wide one
+  const sourceFile self("/proc/self/exe");
+  return self.okay() && self.read(&header, sizeof header, 0) ? header.e_machine : EM_NONE;
+}
+
+// The machines whose programs this kernel executes, by the width of their headers.
+machineList machinesOf(narrow /*unused*/) {
+  constexpr unsigned int oldIntel = 6;
+  utsname system = {};
+  const std::string_view machine = uname(&system) == 0 ? system.machine : "";
+  if (machine == "x86_64") {
+    // A setting of the part that executes 32-bit programs, which may be left out.
+    const bool executes = access("/proc/sys/abi/vsyscall32", F_OK) == 0 || sizeof(void*) == 4;
+    return executes ? machineList{EM_386, oldIntel} : machineList{};
+  }
+  if (machine == "aarch64") {
+    return {EM_ARM};
+  }
+  return sizeof(void*) == 4 ? machineList{ownMachine()} : machineList{};
+}
+
+machineList machinesOf(wide /*unused*/) {
+  utsname system = {};
+  const std::string_view machine = uname(&system) == 0 ? system.machine : "";
+  if (machine == "x86_64") {
+    return {EM_X86_64};
+  }
+  if (machine == "aarch64") {
+    return {EM_AARCH64};
+  }
+  return sizeof(void*) == 8 ? machineList{ownMachine()} : machineList{};
+}
+
+// The kernel goes by the machine and does not look at the width that a file claims.
+template <class Width>
+bool isMadeFor(const typename Width::header& header, Width width) {
+  const machineList machines = machinesOf(width);
+  return std::memcmp(header.e_ident, ELFMAG, SELFMAG) == 0 &&
+         std::find(machines.begin(), machines.end(), header.e_machine) != machines.end();
+}
+
+template <class Width>
+bool readSegments(const sourceFile& file, const typename Width::header& header,
+                  std::vector<typename Width::segment>& segments) {
+  constexpr std::size_t sizeLimit = 65536;
+  constexpr std::size_t size = sizeof(typename Width::segment);
+  if (header.e_phentsize != size || header.e_phnum == 0 || header.e_phnum * size > sizeLimit) {
+    return false;
+  }
+  segments.resize(header.e_phnum);
+  return file.read(segments.data(), segments.size() * size, header.e_phoff);
+}
+
+template <class Width>
+int loaderError(const std::string& path, Width width) {
+  const int denied = permissionError(path);
+  const sourceFile loader(path);
+  if (denied != 0 || !loader.okay()) {
+    return denied;
+  }
+  typename Width::header header = {};
+  if (!loader.read(&header, sizeof header, 0)) {
+    return EIO;
+  }
+  std::vector<typename Width::segment> segments;
+  const bool fits = isMadeFor(header, width) && readSegments<Width>(loader, header, segments);
+  return fits ? 0 : ELIBBAD;
+}
+
+template <class Width>
+int programErrorOf(const sourceFile& program, Width width) {
+  typename Width::header header = {};
+  program.read(&header, sizeof header, 0);
+  std::vector<typename Width::segment> segments;
+  if ((header.e_type != ET_EXEC && header.e_type != ET_DYN) || !isMadeFor(header, width) ||
+      !readSegments<Width>(program, header, segments)) {
+    return ENOEXEC;
+  }
+  for (const auto& segment : segments) {
+    if (segment.p_type == PT_INTERP) {
+      if (segment.p_filesz < 2 || segment.p_filesz > PATH_MAX) {
+        return ENOEXEC;
+      }
+      std::string name(segment.p_filesz, '\0');
+      if (!program.read(name.data(), name.size(), segment.p_offset)) {
+        return EIO;
+      }
+      return name.back() == '\0' ? loaderError(name.c_str(), width) : ENOEXEC;
+    }
+  }
+  return 0;
+}
+
+}  // namespace
+
+int programError(const sourceFile& program) {
+  const int error = programErrorOf(program, wide());
+  return error == ENOEXEC ? programErrorOf(program, narrow()) : error;
+}
+
+int permissionError(const std::string& path) {
+  struct stat64 status = {};  // a 32-bit program finds large files, too
+  if (stat64(path.c_str(), &status) != 0 ||
+      faccessat(AT_FDCWD, path.c_str(), X_OK, AT_EACCESS) != 0) {
+    return errno;
+  }
+  return S_ISREG(status.st_mode) ? 0 : EACCES;
+}

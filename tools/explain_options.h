@@ -1,0 +1,13 @@
+// The options that hopexplain has beside those of the launcher.
+#pragma once
+
+#include <string>
+
+#include "assoclist.h"
+
+/// The forms of the explanation.
+enum explainForm : int { EF_TEXT, EF_JSON, EF_UNKNOWN };
+
+/// Takes the option "format" out of the options, and returns what it asks for: text when it
+/// is missing or empty.  For an unknown one it writes a message to standard error.
+explainForm takeForm(assocList& options);

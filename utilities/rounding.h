@@ -1,0 +1,23 @@
+// Arithmetic with millionths that is rounded once, to the nearest double.
+//
+// A double cannot hold a millionth, so floating-point arithmetic rounds at each step, and
+// how far it gets differs: `long double` has 53, 64 or 113 bits, and some processors
+// calculate wider than a double.  Whole numbers give the same everywhere.
+#pragma once
+
+#include <cstdint>
+
+namespace rounding {
+
+/// The double nearest to `millionths` / 1,000,000 + `addend`, of two that are equally near
+/// the even one.
+///
+/// REQUIRES: `addend` is between -2^33 and 2^33.
+double sum(std::int64_t millionths, double addend);
+
+/// The double nearest to 1,000,000 times `value`, of two that are equally near the even one.
+///
+/// REQUIRES: `value` is at least 0 and less than 1.
+double millionTimes(double value);
+
+}  // namespace rounding
