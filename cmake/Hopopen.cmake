@@ -2,15 +2,15 @@
 # shows that nothing of them is in the other programs and the library.
 
 foreach(header CLI/CLI.hpp toml++/toml.h nlohmann/json.hpp)
-  find_file(header_${header} ${header})
-  mark_as_advanced(header_${header})
-  if(NOT header_${header})
+  find_file(hoplaunch_header_${header} ${header})
+  mark_as_advanced(hoplaunch_header_${header})
+  if(NOT hoplaunch_header_${header})
     message(FATAL_ERROR "<${header}> is missing.  hopopen needs Debian's packages libcli11-dev, "
       "libtomlplusplus-dev and nlohmann-json3-dev; -DHOPLAUNCH_HOPOPEN=OFF builds the rest.")
   endif()
 endforeach()
 
-add_library(opening STATIC
+add_library(hoplaunch_opening STATIC
   hopopen/catalog.cpp
   hopopen/catalog_file.cpp
   hopopen/check.cpp
@@ -47,11 +47,11 @@ add_library(opening STATIC
   hopopen/toml_text.cpp
   hopopen/trusted.cpp
   hopopen/wishes.cpp)
-target_include_directories(opening PUBLIC hopopen)
-target_link_libraries(opening PUBLIC launch_log support PRIVATE build_options)
-target_compile_definitions(opening PRIVATE HOPOPEN_VERSION="${PROJECT_VERSION}")
+target_include_directories(hoplaunch_opening PUBLIC hopopen)
+target_link_libraries(hoplaunch_opening PUBLIC hoplaunch_log hoplaunch_support PRIVATE hoplaunch_options)
+target_compile_definitions(hoplaunch_opening PRIVATE HOPOPEN_VERSION="${PROJECT_VERSION}")
 add_executable(hopopen hopopen/main.cpp)
-target_link_libraries(hopopen PRIVATE opening build_options quick_start)
+target_link_libraries(hopopen PRIVATE hoplaunch_opening hoplaunch_options hoplaunch_quick_start)
 if(HOPLAUNCH_STATIC)
   set_target_properties(hopopen PROPERTIES STATIC_PIE ON
     LINK_DEPENDS "${CMAKE_CURRENT_LIST_DIR}/click.ld")

@@ -1,28 +1,10 @@
-# The shared library, and what `cmake --install` puts where.  Three components:
+# What `cmake --install` puts where.  Three components:
 # "program", "library" (the shared library alone) and "development".
 
 include(CMakePackageConfigHelpers)
 include(GNUInstallDirs)
 
 # --- The library -------------------------------------------------------------
-
-# The programs of the project link the static library, as it starts faster.
-set_target_properties(support PROPERTIES EXPORT_NAME static)
-set(libraries support)
-if(HOPLAUNCH_SHARED)
-  get_target_property(sources support SOURCES)
-  add_library(shared SHARED ${sources})
-  set(exports ${PROJECT_SOURCE_DIR}/cmake/libhoplaunch.map)
-  # The SONAME stands for the binary interface.  It goes up when a program that was
-  # linked with the version before could not run with the new one.
-  set_target_properties(shared PROPERTIES
-    OUTPUT_NAME hoplaunch SOVERSION 1 EXPORT_NAME hoplaunch LINK_DEPENDS ${exports})
-  target_include_directories(shared PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>)
-  target_compile_features(shared PUBLIC cxx_std_20)
-  target_link_libraries(shared PRIVATE $<BUILD_INTERFACE:build_options>)
-  target_link_options(shared PRIVATE "LINKER:--version-script=${exports}" LINKER:--no-undefined)
-  list(APPEND libraries shared)
-endif()
 
 install(TARGETS ${libraries} EXPORT hoplaunch
   LIBRARY COMPONENT library NAMELINK_COMPONENT development
@@ -37,9 +19,21 @@ set(config ${CMAKE_INSTALL_LIBDIR}/cmake/hoplaunch)
 install(EXPORT hoplaunch NAMESPACE hoplaunch:: FILE hoplaunchConfig.cmake
   DESTINATION ${config} COMPONENT development)
 write_basic_package_version_file(hoplaunchConfigVersion.cmake COMPATIBILITY SameMinorVersion)
-# The pkg-config file names the prefix from where it stands itself.
-file(RELATIVE_PATH up /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
-string(REGEX REPLACE "/$" "" up "${up}")
+# The pkg-config file names the prefix from where it is itself, unless that is a place of
+# its own.
+if(IS_ABSOLUTE "${CMAKE_INSTALL_LIBDIR}")
+  set(prefix ${CMAKE_INSTALL_PREFIX})
+else()
+  file(RELATIVE_PATH up /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+  string(REGEX REPLACE "/$" "" up "${up}")
+  set(prefix "\${pcfiledir}/${up}")
+endif()
+foreach(folder LIBDIR INCLUDEDIR)
+  set(${folder} ${CMAKE_INSTALL_${folder}})
+  if(NOT IS_ABSOLUTE "${${folder}}")
+    string(PREPEND ${folder} "\${prefix}/")
+  endif()
+endforeach()
 configure_file(cmake/hoplaunch.pc.in hoplaunch.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/hoplaunchConfigVersion.cmake
   DESTINATION ${config} COMPONENT development)
@@ -54,9 +48,11 @@ install(FILES desktop/hoplaunch.svg
   DESTINATION ${share}/icons/hicolor/scalable/apps COMPONENT program)
 foreach(program hoplaunch hopexplain)
   install(FILES man/${program}.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT program)
-  # bash finds the completions of a command under its name.
+  # bash and fish find the completions of a command under its name.
   install(FILES completions/hoplaunch.bash RENAME ${program}
     DESTINATION ${share}/bash-completion/completions COMPONENT program)
+  install(FILES completions/hoplaunch.fish RENAME ${program}.fish
+    DESTINATION ${share}/fish/vendor_completions.d COMPONENT program)
 endforeach()
 install(FILES completions/_hoplaunch
   DESTINATION ${share}/zsh/vendor-completions COMPONENT program)

@@ -1,43 +1,44 @@
-# What every target of the project is compiled with.
+# What every target of the project is compiled with, and what those of other projects are.
 
-if(NOT CMAKE_BUILD_TYPE)
+if(PROJECT_IS_TOP_LEVEL AND NOT CMAKE_BUILD_TYPE)
   set(CMAKE_BUILD_TYPE Release)
 endif()
 
-add_library(build_options INTERFACE)
-target_compile_features(build_options INTERFACE cxx_std_20)
-target_compile_options(build_options INTERFACE
+add_library(hoplaunch_options INTERFACE)
+target_include_directories(hoplaunch_options INTERFACE ${PROJECT_SOURCE_DIR}/include)
+target_compile_features(hoplaunch_options INTERFACE cxx_std_20)
+target_compile_options(hoplaunch_options INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion
   # Assertions name their source from the top folder on: "../utilities/uri".
   "-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=../"
   # A program takes out of the library what it uses, not whole sources.
   -ffunction-sections -fdata-sections)
 if(HOPLAUNCH_WERROR)
-  target_compile_options(build_options INTERFACE -Werror)
+  target_compile_options(hoplaunch_options INTERFACE -Werror)
 endif()
 
 # What is shipped makes a fault hard to turn into an attack: it lies at addresses that
 # nobody knows, notices a broken stack, checks the sizes that the compiler knows, and
 # has its tables read-only before `main`.  scripts/hardening.sh looks at the result.
-option(HOPLAUNCH_HARDENING "Harden release builds" ON)
+option(HOPLAUNCH_HARDENING "Harden release builds" ${PROJECT_IS_TOP_LEVEL})
 if(HOPLAUNCH_HARDENING AND CMAKE_BUILD_TYPE STREQUAL "Release" AND NOT HOPLAUNCH_SANITIZE)
   set(type $<TARGET_PROPERTY:TYPE>)
-  target_compile_options(build_options INTERFACE
+  target_compile_options(hoplaunch_options INTERFACE
     -fstack-protector-strong -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2
     $<$<NOT:$<STREQUAL:${type},SHARED_LIBRARY>>:-fPIE>)
-  target_link_options(build_options INTERFACE
+  target_link_options(hoplaunch_options INTERFACE
     LINKER:-z,relro LINKER:-z,now LINKER:-z,noexecstack
     $<$<AND:$<STREQUAL:${type},EXECUTABLE>,$<NOT:$<BOOL:$<TARGET_PROPERTY:STATIC_PIE>>>>:-pie>)
 endif()
 
 # The standard library's own checks of what it is asked for.
-target_compile_definitions(build_options INTERFACE
+target_compile_definitions(hoplaunch_options INTERFACE
   $<$<CONFIG:Debug>:_GLIBCXX_ASSERTIONS>)
 
 # How a program is linked that brings the C++ library along.  (Sanitizers bring theirs.)
-add_library(own_library INTERFACE)
+add_library(hoplaunch_own_library INTERFACE)
 if(NOT HOPLAUNCH_SANITIZE)
-  target_link_options(own_library INTERFACE
+  target_link_options(hoplaunch_own_library INTERFACE
     -static-libstdc++ -static-libgcc LINKER:--gc-sections
     # Symbols of the C++ library are of no use to anybody else, and take relocations.
     LINKER:--exclude-libs=libstdc++.a:libgcc.a:libgcc_eh.a
@@ -48,32 +49,40 @@ endif()
 if(HOPLAUNCH_SANITIZE)
   set(HOPLAUNCH_STATIC OFF)  # sanitizers replace functions of the C library
 endif()
-add_library(quick_start INTERFACE)
+add_library(hoplaunch_quick_start INTERFACE)
 if(HOPLAUNCH_STATIC)
-  target_link_options(quick_start INTERFACE
+  target_link_options(hoplaunch_quick_start INTERFACE
     -static-pie LINKER:--gc-sections LINKER:-z,pack-relative-relocs
     # What is exported is for stack traces, which read the older form of the table.
     LINKER:--exclude-libs=libstdc++.a:libgcc.a:libgcc_eh.a LINKER:--hash-style=sysv
     LINKER:--dynamic-list=${CMAKE_CURRENT_LIST_DIR}/traced.list
     LINKER:-T,${CMAKE_CURRENT_LIST_DIR}/launch.ld)
-  set_target_properties(quick_start PROPERTIES INTERFACE_LINK_DEPENDS
+  set_target_properties(hoplaunch_quick_start PROPERTIES INTERFACE_LINK_DEPENDS
     "${CMAKE_CURRENT_LIST_DIR}/traced.list;${CMAKE_CURRENT_LIST_DIR}/launch.ld")
 else()
-  target_link_libraries(quick_start INTERFACE own_library)
+  target_link_libraries(hoplaunch_quick_start INTERFACE hoplaunch_own_library)
 endif()
 
 if(HOPLAUNCH_SANITIZE)
-  target_compile_options(build_options INTERFACE
+  target_compile_options(hoplaunch_options INTERFACE
     "-fsanitize=${HOPLAUNCH_SANITIZE}" -fno-sanitize-recover=all -fno-omit-frame-pointer)
-  target_link_options(build_options INTERFACE "-fsanitize=${HOPLAUNCH_SANITIZE}")
+  target_link_options(hoplaunch_options INTERFACE "-fsanitize=${HOPLAUNCH_SANITIZE}")
 endif()
 
 if(HOPLAUNCH_COVERAGE)
-  target_compile_options(build_options INTERFACE --coverage -fprofile-update=atomic)
-  target_link_options(build_options INTERFACE --coverage)
+  target_compile_options(hoplaunch_options INTERFACE --coverage -fprofile-update=atomic)
+  target_link_options(hoplaunch_options INTERFACE --coverage)
 endif()
 
 # The fuzzers themselves are linked with libFuzzer.
 if(HOPLAUNCH_FUZZ)
-  target_compile_options(build_options INTERFACE -fsanitize=fuzzer-no-link)
+  target_compile_options(hoplaunch_options INTERFACE -fsanitize=fuzzer-no-link)
 endif()
+
+# Other projects that build this one as a folder include the headers as they are installed,
+# <hoplaunch/uri.h>, and see none of the short names.
+set(includes ${PROJECT_BINARY_DIR}/include)
+file(MAKE_DIRECTORY ${includes})
+file(CREATE_LINK ${PROJECT_SOURCE_DIR}/include ${includes}/hoplaunch SYMBOLIC)
+add_library(hoplaunch_headers INTERFACE)
+target_include_directories(hoplaunch_headers SYSTEM INTERFACE ${includes})

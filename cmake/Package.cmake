@@ -79,7 +79,7 @@ add_custom_command(OUTPUT ${icon}
   COMMAND ${rsvg_convert} --width=48 --height=48 --output=${icon}
     ${PROJECT_SOURCE_DIR}/desktop/hoplaunch.svg
   DEPENDS desktop/hoplaunch.svg VERBATIM)
-add_custom_target(package_files ALL DEPENDS ${changelog} ${icon})
+add_custom_target(hoplaunch_package_files ALL DEPENDS ${changelog} ${icon})
 
 install(FILES ${icon} DESTINATION ${share}/icons/hicolor/48x48/apps COMPONENT program)
 foreach(component ${CPACK_COMPONENTS_ALL})

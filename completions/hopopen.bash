@@ -12,6 +12,19 @@ _hopopen_schemes() {
     grep -oE '"schemes":\[[^]]*\]' | sed 's/^"schemes"://' | grep -oE '[a-z][a-z0-9+.-]*' | sort -u
 }
 
+# Files, but no pieces of a name with a line feed.
+_hopopen_files() {
+  local file
+  local -a found
+  _filedir
+  for file in "${COMPREPLY[@]}"; do
+    if [[ $file == \~* || -e $file || -L $file ]]; then
+      found+=("$file")
+    fi
+  done
+  COMPREPLY=("${found[@]}")
+}
+
 _hopopen() {
   # shellcheck disable=SC2034  # the library sets prev
   local cur prev words cword
@@ -63,7 +76,7 @@ _hopopen() {
     --forget) mapfile -t COMPREPLY < <(compgen -W "$(_hopopen_schemes)" -- "$cur") ;;
     --trust | --distrust) ;;
     --format) mapfile -t COMPREPLY < <(compgen -W 'text json' -- "$cur") ;;
-    --log) _filedir ;;
+    --log) _hopopen_files ;;
     *)
       mapfile -t COMPREPLY < <(compgen -S :// -W "$(_hopopen_schemes)" -- "$cur")
       __ltrim_colon_completions "$cur"

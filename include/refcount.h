@@ -22,6 +22,10 @@
 // own copies of all instances and shares only the section.
 #pragma once
 
+#if !defined(__GXX_RTTI) && !defined(__cpp_rtti)
+#error "hoplaunch needs run-time type information: compile without -fno-rtti"
+#endif
+
 #include <cstdint>
 #include <typeinfo>
 

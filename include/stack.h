@@ -3,7 +3,7 @@
 // A `stack` is a value without content: the trace is taken when it is written,
 // of the thread that writes it.  Traces may be written before `main`, in a forked child
 // and at exit.  The signal handler does more than a handler is promised to be able to
-// (it allocates and writes to a stream): it is the last thing that a broken process does.
+// (it writes to a stream): it is the last thing that a broken process does.
 #pragma once
 
 #include <iosfwd>
@@ -25,7 +25,9 @@ class stack {
 
   /// Installs `sigHandler` for SIGILL, SIGTRAP, SIGBUS, SIGFPE and SIGSEGV, and
   /// `SIGABRThandler` for SIGABRT.  For programs that want a trace of their
-  /// crashes; the library never calls it.
+  /// crashes; the library never calls it.  The handlers have a stack of their own, so that an
+  /// overflown one has its trace, too: that of the program if `sigaltstack` was called before,
+  /// which is then to be of 64 KiB or more.
   static void installHandler();
 
   /// Records the source position that the fatal-signal handler names.  `file` is
@@ -48,7 +50,8 @@ extern void (*sigHandler)(int);
 
 /// Writes the signal, the recorded position and a stack trace to standard error,
 /// begins the shutdown and returns, so that the fault happens again; the second
-/// call in a process aborts.
+/// call in a process aborts.  It allocates nothing, since the fault may be one of the
+/// allocator.  (Without `installHandler`, the first trace of a process may load a library.)
 void signalHandler(int sig);
 /// Begins the shutdown and lets the abort go on.
 void SIGABRThandler(int sig);

@@ -12,7 +12,7 @@ build=$(realpath "${1:-build/release}")
 top=$PWD
 made=("$build"/{hoplaunch,hopexplain,libhoplaunch.a,libhoplaunch.so})
 # What these are made of, by the targets of the build.
-targets='support|shared|launch_log|driver|explain|hoplaunch|hoplaunch_shared|hopexplain'
+targets='hoplaunch(|_support|_support_shared|_log|_driver|_explain|_shared)|hopexplain'
 
 passed=0
 failed=0
@@ -91,7 +91,7 @@ done
 # What is looked for would be found.
 check 'hopopen has something of other libraries' has_foreign "$build/hopopen"
 check 'the headers of the C and C++ libraries alone' only_the_languages "$targets"
-check 'hopopen includes more' includes_more 'opening|hopopen'
+check 'hopopen includes more' includes_more 'hoplaunch_opening|hopopen'
 check 'the folders of headers' only_own_folders
 
 printf '%d passed, %d failed\n' "$passed" "$failed"

@@ -154,14 +154,15 @@ test_wrappers() {
   tells ssh-in-terminal user@host.example:22 '-e ssh -p 22 -- user@host.example'
   tells ssh-in-terminal '[::1]:22' '-e ssh -p 22 -- ::1'
   tells vnc-address-only '[::1]:5901' '-ReconnectOnError=0 -Shared [::1]:5901'
-  tells vnc-in-remmina host '--connect=vnc://host'
+  tells vnc-in-remmina host '--connect=vnc://host?'
+  tells vnc-in-remmina '[::1]' '--connect=vnc://[::1]?'
 }
 
 # refuses SCRIPT: the wrapper starts nothing for what is no address.
 refuses() {
   local address
   for address in -oProxyCommand=x '-via=x;[::1]' "x;touch $scratch/harmed" 'x y' \
-    "\$(touch $scratch/harmed)" $'x\ny' x/y x:y x@-y -x@y ''; do
+    "\$(touch $scratch/harmed)" $'x\ny' x/y x:y x@-y -x@y x:0 x:65536 x:022 '[x]' ''; do
     if PATH=$scratch/told:$PATH "$examples/$1" "$address" 2>/dev/null; then
       printf 'accepted: %q\n' "$address"
       return 1

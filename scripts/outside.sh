@@ -17,7 +17,7 @@ prefix=${1:-}
 if [[ -z $prefix ]]; then
   prefix=$scratch/installed
   cmake --preset release >/dev/null
-  cmake --build --preset release --target support shared
+  cmake --build --preset release --target hoplaunch_support hoplaunch_support_shared
   for component in library development; do
     cmake --install build/release --prefix "$prefix" --component "$component" >/dev/null
   done
@@ -25,6 +25,10 @@ fi
 file() { find "$prefix/lib" -name "$1" -print -quit; } # in its folder for the machine, too
 library=$(file libhoplaunch.so.1)
 
+launcher=()
+if command -v ccache >/dev/null; then
+  launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
+fi
 passed=0
 failed=0
 # check NAME COMMAND...
@@ -118,6 +122,73 @@ for program in cmake/hoplaunch cmake/static by_hand by_hand_static; do
     prints "$scratch/${program}_named" 'host,DC=example,DC=org'
 done
 check 'exports' exports_what_headers_declare
+
+# Without run-time type information each header compiles, or the first error says what is
+# needed.
+says_what_is_needed() {
+  local header error refused=0
+  for header in "$prefix"/include/hoplaunch/*.h; do
+    if error=$("$1" -std=c++20 -fno-rtti -fsyntax-only -x c++ "$header" 2>&1); then
+      continue
+    fi
+    refused=$((refused + 1))
+    grep -m 1 'error:' <<<"$error" |
+      grep -q 'hoplaunch needs run-time type information: compile without -fno-rtti' || return
+  done
+  ((refused == 5))
+}
+check 'without run-time type information' says_what_is_needed g++
+
+# As a folder of another project, with the shared library and without it.
+folder() {
+  local build=$scratch/folder_$1
+  cmake -S tests/outside/folder -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release \
+    "${launcher[@]}" "-DHOPLAUNCH_SHARED=$1" >"$scratch/said" 2>&1 &&
+    cmake --build "$build" --target with_hoplaunch with_static >"$scratch/said" 2>&1 &&
+    return
+  cat "$scratch/said"
+  return 1
+}
+for is_shared in ON OFF; do
+  check "a folder of another project, HOPLAUNCH_SHARED=$is_shared" folder "$is_shared"
+  for program in with_hoplaunch with_static; do
+    check "$program prints what is expected" prints "$scratch/folder_$is_shared/$program" ''
+  done
+done
+check 'with_hoplaunch is linked with the shared library' \
+  shared "$scratch/folder_ON/with_hoplaunch"
+
+# Installed without the shared library, and into folders with full paths: both of them, or
+# one and the other below the prefix.
+# installed NAME OPTION...: the programs are built with it and run.
+installed() {
+  local build=$scratch/installing place=$scratch/$1 library flags program
+  cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release "${launcher[@]}" \
+    -DHOPLAUNCH_TESTS=OFF -DHOPLAUNCH_HOPOPEN=OFF "-DCMAKE_INSTALL_PREFIX=$place/prefix" \
+    "${@:2}" >/dev/null && cmake --build "$build" >/dev/null || return
+  for component in library development; do
+    cmake --install "$build" --component "$component" >/dev/null || return
+  done
+  library=$(dirname "$(dirname "$(find "$place" -name hoplaunch.pc)")")/libhoplaunch.so.1
+  read -ra flags <<<"$(PKG_CONFIG_PATH=${library%/*}/pkgconfig pkg-config --cflags --libs hoplaunch)"
+  compile "$1/by_hand" "${flags[@]}" &&
+    cmake -S tests/outside -B "$place/outside" -G Ninja -DCMAKE_BUILD_TYPE=Release \
+      "-Dhoplaunch_DIR=${library%/*}/cmake/hoplaunch" >/dev/null &&
+    cmake --build "$place/outside" >/dev/null || return
+  for program in "$place/by_hand" "$place/outside/"{hoplaunch,static}; do
+    prints "$program" '' || return
+  done
+}
+check 'installed without the shared library' installed static_only -DHOPLAUNCH_SHARED=OFF
+check 'hoplaunch::hoplaunch is then the static library' \
+  not_shared "$scratch/static_only/outside/hoplaunch"
+full_lib="-DCMAKE_INSTALL_LIBDIR=$scratch/full/lib"
+full_include="-DCMAKE_INSTALL_INCLUDEDIR=$scratch/full/include"
+check 'full paths' installed full -DHOPLAUNCH_SHARED=ON "$full_lib" "$full_include"
+check 'a full path of the library' installed full_lib \
+  "${full_lib/full/full_lib}" -DCMAKE_INSTALL_INCLUDEDIR=headers
+check 'a full path of the headers' installed full_include \
+  -DCMAKE_INSTALL_LIBDIR=lib/here "${full_include/full/full_include}"
 
 printf '%d passed, %d failed\n' "$passed" "$failed"
 ((failed == 0))

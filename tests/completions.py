@@ -1,7 +1,7 @@
-"""Types command lines into bash and zsh on a terminal, and checks what comes of them.
+"""Types command lines into bash, zsh and fish on a terminal, and checks what comes of them.
 
-A function stands in for each program and shows the arguments that it is given.  fish is
-asked for its completions instead.  What hopopen knows comes from the program itself, in a
+A function stands in for each program and writes down the arguments that it is given.  fish
+is also asked for its completions.  What hopopen knows comes from the program itself, in a
 home with two viewers.
 
     completions.py SCRATCH-FOLDER HOPOPEN
@@ -10,6 +10,7 @@ home with two viewers.
 import os
 import subprocess
 import sys
+import time
 
 import pexpect
 
@@ -28,6 +29,26 @@ SHELLS = {
         " unsetopt BEEP; unsetopt PROMPT_SP; unset zle_bracketed_paste",
     ),
 }
+
+FISH_SETUP = (
+    f"source {TOP}/completions/hoplaunch.fish; source {TOP}/completions/hopopen.fish;"
+    " set -g fish_autosuggestion_enabled 0"
+)
+
+# Names of programs and of files that a shell must not read, each after a mark of its own.
+NAMES = [
+    "q1 blank",
+    "q2$(touch pwned)",
+    "q3;touch pwned",
+    "q4'single",
+    'q5"double',
+    "q6`touch pwned`",
+    "q7&touch pwned",
+    "q8\\back",
+    "q9>pwned",
+]
+# One that no line can hold as it is: quoted, or not offered.
+TWO_LINES = "r1\ntouch pwned"
 
 # What is typed, where "\t" asks for a completion, and the arguments that come of it.
 CASES = [
@@ -123,19 +144,55 @@ programs = ["beta"]
 arguments = []
 """,
 }
-# A flag is completed with its value in bash, and in two steps in zsh.
+# A flag is completed with its value in bash and fish, and in two steps in zsh.
 FLAGS = ["refcount", "hoplaunch", "configDB", "reportThread", "reportStack"]
+
+# Keys in another case.  How the completed part is written is the shell's choice.
+CASE_CASES = [
+    ("hoplaunch -STYLE=se\tvnc://h/", ["-style=separate", "vnc://h/"]),
+    ("hoplaunch -Style e\tvnc://h/", ["-style", "equals", "vnc://h/"]),
+    ("hoplaunch -STY\tse\tvnc://h/", ["-style=separate", "vnc://h/"]),
+    ("hoplaunch -LOG=launch_logs/a_\tvnc://h/", ["-log=launch_logs/a_log", "vnc://h/"]),
+    ("hoplaunch -pROGRAM=launch_this_v\tvnc://h/", ["-program=launch_this_viewer", "vnc://h/"]),
+    ("hopexplain -FORM\tj\tvnc://h/", ["-format=json", "vnc://h/"]),
+    ("hopexplain -FORMAT=j\tvnc://h/", ["-format=json", "vnc://h/"]),
+]
 
 
 def flag_cases(shell):
     for flag in FLAGS:
-        steps = "\t" if shell == "bash" else "\t\t"
+        steps = "\t\t" if shell == "zsh" else "\t"
         yield f"hopexplain -{flag}{steps}vnc://h/", [f"-{flag}=1", "vnc://h/"]
+    if shell != "fish":  # which writes the flag as it should be
+        yield "hopexplain -REFC\tx", ["-REFCx"]
+    yield "hopexplain --he\t", ["--help"]
+    yield "hopexplain --ver\t", ["--version"]
+
+
+def name_cases():
+    for name in NAMES:
+        mark = name[:2]
+        for program in ["hoplaunch", "hopexplain"]:
+            yield f"{program} -program={mark}\tvnc://h/", [f"-program={name}", "vnc://h/"]
+            yield f"{program} -program {mark}\tvnc://h/", ["-program", name, "vnc://h/"]
+            yield f"{program} -log=files/{mark}\tvnc://h/", [f"-log=files/{name}", "vnc://h/"]
+        yield f"hopopen --log files/{mark}\tvnc://h", ["--log", f"files/{name}", "vnc://h"]
+        yield f"hopopen --log=files/{mark}\tvnc://h", [f"--log=files/{name}", "vnc://h"]
+    # Where something special was typed already.
+    yield "hoplaunch -program=q1\\ b\tvnc://h/", ["-program=q1 blank", "vnc://h/"]
+    yield "hoplaunch -program=q2\\$\tvnc://h/", ["-program=q2$(touch pwned)", "vnc://h/"]
+
+
+def two_line_cases():
+    mark = TWO_LINES[:2]
+    for front in ["hoplaunch -program=", "hopexplain -program ", "hoplaunch -log=files/"]:
+        yield front + mark, front.split(" ", 1)[1] + mark
+    yield f"hopopen --log files/{mark}", f"--log files/{mark}"
 
 
 def environment(folder):
     return {
-        "PATH": f"{folder}:/usr/bin:/bin",
+        "PATH": f"{folder}:{folder}/bin:/usr/bin:/bin",
         "TERM": "dumb",
         "HOME": folder,
         "LC_ALL": "C",
@@ -145,27 +202,55 @@ def environment(folder):
 
 
 def start(shell, folder):
-    options, setup = SHELLS[shell]
+    options, setup = SHELLS.get(shell, (["--no-config", "-i"], FISH_SETUP))
     child = pexpect.spawn(
         shell, options, cwd=folder, env=environment(folder), timeout=20, encoding="utf-8"
     )
     child.setwinsize(50, 200)
-    child.sendline("PS1='read''y>'; PS2=")
+    if shell == "fish":
+        child.sendline("function fish_prompt; echo rea''dy'>'; end; function fish_title; end")
+        function = "function %s; printf '%%s\\0' $argv >shown; end"
+    else:
+        child.sendline("PS1='read''y>'; PS2=")
+        function = "%s() { printf '%%s\\0' \"$@\" >shown; }"
     child.expect("ready>")
-    child.sendline(setup + "; show() { printf '\\n'; printf '<%s>' \"$@\"; printf '<end>'; }")
+    child.sendline(setup)
     child.expect("ready>")
-    programs = ["hoplaunch", "hopexplain", "hopopen"]
-    child.sendline("; ".join(f'{program}() {{ show "$@"; }}' for program in programs))
-    child.expect("ready>")
+    for program in ["hoplaunch", "hopexplain", "hopopen"]:
+        child.sendline(function % program)
+        child.expect("ready>")
     return child
 
 
-def arguments(child, typed):
-    child.send(typed + "\n")
-    child.expect(r"\n((<[^\n]*>)?)<end>")
-    shown = child.match.group(1)
+def arguments(child, typed, folder):
+    shown = f"{folder}/shown"
+    if os.path.exists(shown):
+        os.unlink(shown)
+    child.send(typed + "\r")
+    for _ in range(100):
+        if os.path.exists(shown) and os.path.getsize(shown) > 0:
+            break
+        time.sleep(0.02)
+    # The prompt after the command, and not one that was drawn again while typing.
+    if not os.path.exists(shown):
+        child.sendcontrol("c")
+        child.sendcontrol("c")
+    child.sendline("echo again''again")
+    child.expect("againagain\r?\n")
     child.expect("ready>")
-    return shown[1:-1].split("><") if shown else []
+    if not os.path.exists(shown):
+        return ["nothing"]
+    with open(shown, encoding="utf-8") as found:
+        return found.read().split("\0")[:-1]
+
+
+def separated(words):
+    """Long options with their values as arguments of their own, as fish writes them."""
+    return [part for word in words for part in (word.split("=", 1) if word[:2] == "--" else [word])]
+
+
+def without_case(words):
+    return [word.lower() for word in words]
 
 
 def fish_completions(folder, line):
@@ -194,16 +279,37 @@ def main():
         viewer.write("#!/bin/sh\n")
     os.chmod(f"{folder}/launch_this_viewer", 0o755)
 
+    for name in [*NAMES, TWO_LINES]:
+        for place in ["bin", "files"]:
+            os.makedirs(f"{folder}/{place}", exist_ok=True)
+            with open(f"{folder}/{place}/{name}", "w", encoding="utf-8") as file:
+                file.write("#!/bin/sh\n")
+            os.chmod(f"{folder}/{place}/{name}", 0o755)
+
     passed = failed = 0
-    for shell in SHELLS:
+
+    def check(shell, typed, found, okay, expected):
+        nonlocal passed, failed
+        if okay:
+            passed += 1
+        else:
+            failed += 1
+            print(f"FAILED: {shell}: {typed!r} gives {found}, not {expected}")
+
+    for shell in [*SHELLS, "fish"]:
         child = start(shell, folder)
-        for typed, expected in [*CASES, *flag_cases(shell)]:
-            found = arguments(child, typed)
-            if found == expected:
-                passed += 1
-            else:
-                failed += 1
-                print(f"FAILED: {shell}: {typed!r} gives {found}, not {expected}")
+        for typed, expected in [*CASES, *flag_cases(shell), *name_cases()]:
+            found = arguments(child, typed, folder)
+            same = separated if shell == "fish" else list
+            check(shell, typed, found, same(found) == same(expected), expected)
+        for typed, expected in CASE_CASES:
+            found = arguments(child, typed, folder)
+            check(shell, typed, found, without_case(found) == expected, expected)
+        for typed, front in two_line_cases():
+            found = arguments(child, typed + "\t", folder)
+            expected = [front.split(), (front[:-2] + TWO_LINES.replace(" ", "\t")).split(" ")]
+            expected[1] = [word.replace("\t", " ") for word in expected[1]]
+            check(shell, typed, found, found in expected, expected)
         child.close(force=True)
     for typed, expected in FISH_CASES:
         found, said = fish_completions(folder, typed)
@@ -214,7 +320,7 @@ def main():
             print(f"FAILED: fish: {typed!r} gives {found}, not {expected}; {said}")
     if os.path.exists(f"{folder}/pwned"):
         failed += 1
-        print("FAILED: a text of a definition was run")
+        print("FAILED: a text of a definition or a name was run")
     print(f"{passed} passed, {failed} failed")
     return 1 if failed else 0
 

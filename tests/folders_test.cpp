@@ -159,7 +159,7 @@ std::vector<symbol> symbols() {
   if (pipe == nullptr) return result;
   std::array<char, 65536> line;
   while (std::fgets(line.data(), line.size(), pipe) != nullptr) {
-    std::istringstream fields(line.data());  // FOLDER/.../support.dir/SOURCE.o: NAME TYPE ...
+    std::istringstream fields(line.data());  // FOLDER/.../LIBRARY.dir/SOURCE.o: NAME TYPE ...
     std::string object;
     symbol found{};
     fields >> object >> found.name >> found.type;

@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -169,6 +170,37 @@ TEST(Hopexplain, SaysUsageAndKeywordsInTextWhateverTheFormat) {
             explain(shop, {.arguments = {"-format=json"}, .command = "tools/hopexplain"}).err);
   EXPECT_EQ("Keyword -x has no value\n",
             explain(shop, {.arguments = {"-format=json", "vnc://h/", "-x"}}).err);
+}
+
+TEST(Hopexplain, SaysWhyALogHasNoLinesWithoutTouchingIt) {
+  Workshop shop;
+  ASSERT_EQ(0, mkfifo((shop.work() / "bin" / "fifo").c_str(), 0666));
+  const struct {
+    std::string log;
+    std::string error;
+  } cases[] = {
+      {"nowhere/log", "cannot be opened: No such file or directory"},
+      {"bin", "cannot be opened: Is a directory"},
+      {"bin/fifo", "is a pipe: lines are lost while nobody reads it or it is full"},
+      {"/dev/fd/77", "cannot be opened: No such file or directory"},
+  };
+  for (const auto& one : cases) {
+    for (const std::string uri : {"vnc://h/", "vnc"}) {
+      const Strings arguments{"-log=" + one.log, uri};
+      const Outcome outcome = explain(shop, {.arguments = arguments});
+      EXPECT_EQ(one.log + " " + one.error, labelled(outcome.out, "log"));
+      EXPECT_EQ(uri == "vnc" ? 1 : 0, outcome.status);
+      EXPECT_EQ("", outcome.err);
+      const Json json = explainJSON(shop, {.arguments = arguments});
+      EXPECT_EQ(one.error, json["logError"].text);
+      EXPECT_EQ(uri == "vnc" ? "false" : "true", json["launches"].text);
+    }
+  }
+  const Strings fine{"-log=log", "vnc://h/"};
+  EXPECT_EQ("", labelled(explain(shop, {.arguments = fine}).out, "log"));
+  EXPECT_EQ('w', explainJSON(shop, {.arguments = fine})["logError"].kind);
+  EXPECT_EQ("null", explainJSON(shop, {.arguments = fine})["logError"].text);
+  EXPECT_EQ(Strings(), shop.files());
 }
 
 // --- Output that is lost -------------------------------------------------------

@@ -407,7 +407,9 @@ TEST(TheWrapperOfTheDocument, HandsNothingButAnAddressToTheViewer) {
     SCOPED_TRACE(testing::PrintToString(uri));
     const Outcome outcome = shop.run({.arguments = {"-program=wrapper", uri}});
     EXPECT_EQ(Strings(), shop.files());
-    EXPECT_EQ("", outcome.out + outcome.err);
+    EXPECT_EQ("", outcome.out);
+    EXPECT_EQ(outcome.status == 1 ? "vnc-address-only: the link has no plain address\n" : "",
+              outcome.err);
     refused += outcome.status == 1 ? 1U : 0U;
     if (outcome.viewer) {
       const Strings& arguments = outcome.viewer->arguments;
@@ -420,8 +422,15 @@ TEST(TheWrapperOfTheDocument, HandsNothingButAnAddressToTheViewer) {
     }
   }
   EXPECT_GT(refused, 10U);
+  for (const std::string address : {"h:0", "h:65536", "h:022", "h:1:2", "h:", "[]", "[:]", "[::1]x",
+                                    "[::1]:", "[::1]:[::1]", "::1", "x[::1]", "[h]", "", "-h"}) {
+    const Outcome outcome =
+        shop.run({.arguments = {address}, .command = "wrapper", .binary = wrapper.c_str()});
+    EXPECT_FALSE(outcome.viewer.has_value()) << address;
+    EXPECT_EQ(1, outcome.status) << address;
+  }
   for (const std::string address :
-       {"h", "h:5900", "[::1]", "[fe80::1]:1", "a-b.example", "1.2.3.4"}) {
+       {"h", "h:5900", "h:65535", "[::1]", "[fe80::1]:1", "a-b.example", "1.2.3.4"}) {
     const Outcome outcome =
         shop.run({.arguments = {"-program=wrapper", "vnc://" + address + ",b/?via=x&-y=z"}});
     ASSERT_TRUE(outcome.viewer) << address;

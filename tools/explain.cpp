@@ -5,6 +5,7 @@
 
 #include "configDB.h"
 #include "conversion.h"
+#include "explain_log.h"
 #include "stringcomp.h"
 
 explanation::explanation(const std::string& uri, const assocList& options_, const assocList& rest_,
@@ -14,7 +15,8 @@ explanation::explanation(const std::string& uri, const assocList& options_, cons
       rest(rest_),
       plan(uri, rest_),
       found(findProgram(plan.program, std::getenv("PATH"), vectorOfStrings(plan.arguments))),
-      noSet(noSet_) {}
+      noSet(noSet_),
+      logError(logFault(rest["log"])) {}
 
 std::string explanation::obstacle() const {
   if (launches()) {

@@ -22,12 +22,13 @@ struct explanation {
   explanation(const std::string& uri, const assocList& options, const assocList& rest,
               const std::string& noSet = "");
 
-  std::string given;   ///< the URI as given
-  assocList options;   ///< every keyword option
-  assocList rest;      ///< those that name neither an item nor a trace flag
-  launchPlan plan;     ///< what comes of them
-  foundProgram found;  ///< the file behind the plan's program
-  std::string noSet;   ///< why there is no semaphore set, which ends a launch at once
+  std::string given;     ///< the URI as given
+  assocList options;     ///< every keyword option
+  assocList rest;        ///< those that name neither an item nor a trace flag
+  launchPlan plan;       ///< what comes of them
+  foundProgram found;    ///< the file behind the plan's program
+  std::string noSet;     ///< why there is no semaphore set, which ends a launch at once
+  std::string logError;  ///< why the log would have no lines, or not all; else empty
 
   /// True when a launch would reach an executable.
   bool launches() const { return noSet.empty() && !found.path.empty(); }

@@ -161,6 +161,7 @@ std::string asJSON(const explanation& launch) {
       member("parameters", strings(uri.parameters)),
       member("options", options(launch)),
       member("log", jsonOrNull(launch.rest["log"])),
+      member("logError", jsonOrNull(launch.logError)),
       member("program", jsonOrNull(plan.program)),
       member("rule", !hasVector                       ? null
                      : launch.rest["program"].empty() ? json(std::string("scheme"))

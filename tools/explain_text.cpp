@@ -112,6 +112,9 @@ std::string asText(const explanation& launch) {
     line(out, "style", text(plan.style));
     line(out, "arguments", words(plan.arguments));
   }
+  if (!launch.logError.empty()) {
+    line(out, "log", shellWord(launch.rest["log"]) + " " + launch.logError);
+  }
   line(out, "launch", launch.launches() ? "yes" : "no: " + launch.obstacle());
   return out;
 }

@@ -1,0 +1,31 @@
+# The shared library, and the name by which other projects link the library: built within
+# this project, as a folder of theirs or installed, hoplaunch::hoplaunch is the shared
+# library if there is one, and hoplaunch::static the other.
+
+# The programs of the project link the static library, as it starts faster.
+set_target_properties(hoplaunch_support PROPERTIES EXPORT_NAME static)
+set(libraries hoplaunch_support)
+if(HOPLAUNCH_SHARED)
+  get_target_property(sources hoplaunch_support SOURCES)
+  add_library(hoplaunch_support_shared SHARED ${sources})
+  set(exports ${PROJECT_SOURCE_DIR}/cmake/libhoplaunch.map)
+  # The SONAME stands for the binary interface.  It goes up when a program that was
+  # linked with the version before could not run with the new one.  What is exported is
+  # said by the map alone, whatever a project around this one hides of its own.
+  set_target_properties(hoplaunch_support_shared PROPERTIES
+    OUTPUT_NAME hoplaunch SOVERSION 1 EXPORT_NAME hoplaunch LINK_DEPENDS ${exports}
+    CXX_VISIBILITY_PRESET default VISIBILITY_INLINES_HIDDEN OFF)
+  target_compile_features(hoplaunch_support_shared PUBLIC cxx_std_20)
+  target_link_libraries(hoplaunch_support_shared PUBLIC $<BUILD_INTERFACE:hoplaunch_headers>
+    PRIVATE $<BUILD_INTERFACE:hoplaunch_options>)
+  target_link_options(hoplaunch_support_shared PRIVATE
+    "LINKER:--version-script=${exports}" LINKER:--no-undefined)
+  add_library(hoplaunch::hoplaunch ALIAS hoplaunch_support_shared)
+  list(APPEND libraries hoplaunch_support_shared)
+else()
+  add_library(hoplaunch_default INTERFACE)
+  set_target_properties(hoplaunch_default PROPERTIES EXPORT_NAME hoplaunch)
+  target_link_libraries(hoplaunch_default INTERFACE hoplaunch_support)
+  add_library(hoplaunch::hoplaunch ALIAS hoplaunch_default)
+  list(APPEND libraries hoplaunch_default)
+endif()
