@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/utsname.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -244,6 +245,14 @@ TEST(Kernel, LooksNoFurtherThanTheHeadersOfAProgram) {
 
 // --- Room --------------------------------------------------------------------
 
+// The pointers that count are those of the kernel.
+constexpr std::size_t pointer = 8;
+
+bool isWideKernel() {
+  utsname system = {};
+  return uname(&system) == 0 && std::string(system.machine).find("64") != std::string::npos;
+}
+
 // 0 when the vector is executed, else the error number; and what is told of it.
 void checkRoom(const Strings& arguments, int error, rlim_t stack = 0) {
   SCOPED_TRACE(testing::Message() << arguments.size() << " arguments, the last of "
@@ -284,23 +293,23 @@ TEST(Kernel, TakesNoArgumentOf131072Bytes) {
 
 // Arguments that take `size` bytes with "/bin/true", "A=bc" and all pointers.
 Strings argumentsOf(std::size_t size) {
-  const std::size_t rest = sizeof "/bin/true" + sizeof "A=bc" + sizeof(void*);
+  const std::size_t rest = sizeof "/bin/true" + sizeof "A=bc" + pointer;
   constexpr std::size_t piece = 100000;
   Strings result;
   for (std::size_t left = size - rest; left > 0;) {
     // What is left after a piece must have room for a pointer, a byte and its end.
-    std::size_t length = std::min(left - sizeof(void*) - 1, piece);
-    const std::size_t after = left - (length + 1 + sizeof(void*));
-    length -= after > 0 && after < sizeof(void*) + 2 ? sizeof(void*) + 2 : 0;
+    std::size_t length = std::min(left - pointer - 1, piece);
+    const std::size_t after = left - (length + 1 + pointer);
+    length -= after > 0 && after < pointer + 2 ? pointer + 2 : 0;
     result.emplace_back(length, 'x');
-    left -= length + 1 + sizeof(void*);
+    left -= length + 1 + pointer;
   }
   return result;
 }
 
 TEST(Kernel, HasAQuarterOfTheStackForStringsAndPointers) {
-  if (sizeof(void*) != 8) {
-    GTEST_SKIP() << "the pointers are those of the kernel";
+  if (!isWideKernel()) {
+    GTEST_SKIP() << "the kernel's pointers are not those of the test";
   }
   constexpr std::size_t KiB = 1024;
   constexpr std::size_t MiB = 1024 * KiB;
@@ -320,6 +329,9 @@ TEST(Kernel, HasAQuarterOfTheStackForStringsAndPointers) {
 }
 
 TEST(Kernel, CountsWhatAScriptAddsToItsArguments) {
+  if (!isWideKernel()) {
+    GTEST_SKIP() << "the kernel's pointers are not those of the test";
+  }
   const Folder folder;
   writeFile("script", "#!/bin/true  an argument \n");
   // In the place of the first argument there is the interpreter, its argument, the script.
@@ -330,7 +342,7 @@ TEST(Kernel, CountsWhatAScriptAddsToItsArguments) {
       Strings result = argumentsOf(1024 * 1024 + sizeof "/bin/true" - sizeof "./script" - added +
                                    static_cast<std::size_t>(more));
       result.insert(result.begin(), "");
-      result.back().resize(result.back().size() - sizeof(void*));
+      result.back().resize(result.back().size() - pointer);
       return result;
     }();
     const auto end = runChild([&] {

@@ -1,9 +1,9 @@
 #include "explain_elf.h"
 
 #include <elf.h>
-#include <limits.h>
 #include <sys/stat.h>
 #include <sys/utsname.h>
+#include <climits>
 
 #include <algorithm>
 #include <cerrno>
@@ -109,11 +109,11 @@ int programErrorOf(const sourceFile& program, Width width) {
       if (segment.p_filesz < 2 || segment.p_filesz > PATH_MAX) {
         return ENOEXEC;
       }
-      std::string name(segment.p_filesz, '\0');
+      std::string name(static_cast<std::size_t>(segment.p_filesz), '\0');
       if (!program.read(name.data(), name.size(), segment.p_offset)) {
         return EIO;
       }
-      return name.back() == '\0' ? loaderError(name.c_str(), width) : ENOEXEC;
+      return name.back() == '\0' ? loaderError(name.substr(0, name.find('\0')), width) : ENOEXEC;
     }
   }
   return 0;

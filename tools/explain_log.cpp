@@ -1,11 +1,11 @@
 #include "explain_log.h"
 
 #include <fcntl.h>
-#include <limits.h>
 #include <linux/magic.h>
 #include <sys/stat.h>
 #include <sys/statfs.h>
 #include <unistd.h>
+#include <climits>
 
 #include <array>
 #include <cerrno>
@@ -61,7 +61,7 @@ std::string endOfLinks(std::string path) {
       return path;
     }
     const std::string name(target.data(), static_cast<std::size_t>(length));
-    path = name.front() == '/' ? name : folderOf(path) + "/" + name;
+    path = name.front() == '/' ? name : folderOf(path).append("/").append(name);
   }
   return "";
 }

@@ -9,8 +9,8 @@
 
 namespace {
 
-constexpr std::uint64_t leastRoom = 128 * 1024;
-constexpr std::uint64_t mostRoom = 6 * 1024 * 1024;
+constexpr std::uint64_t leastRoom = std::uint64_t{128} << 10;
+constexpr std::uint64_t mostRoom = std::uint64_t{6} << 20;
 constexpr std::uint64_t pagesOfAString = 32;
 
 std::uint64_t pageSize() {

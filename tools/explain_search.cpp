@@ -1,6 +1,6 @@
 #include "explain_search.h"
 
-#include <limits.h>
+#include <climits>
 
 #include <algorithm>
 #include <cerrno>
