@@ -18,6 +18,8 @@
 
 #include "stringcomp.h"
 
+#pragma GCC visibility push(default)
+
 /// A distinguished name.
 class DistName {
  public:
@@ -196,3 +198,5 @@ class numericOrder : public stringComparator {
   /// The one shared comparator, constant-initialised.
   static const numericOrder instance;
 };
+
+#pragma GCC visibility pop

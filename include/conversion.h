@@ -16,6 +16,8 @@
 #include <string>
 #include <vector>
 
+#pragma GCC visibility push(default)
+
 // --- Numbers ---------------------------------------------------------------
 
 /// Reads an unsigned decimal number at `text` and moves `text` behind it.
@@ -209,3 +211,5 @@ char* copyString(const std::string& text);
 
 /// Writes "{ ", then each string in the form of `quote` and a blank, then "}".
 std::ostream& operator<<(std::ostream& out, const std::vector<std::string>& strings);
+
+#pragma GCC visibility pop

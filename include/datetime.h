@@ -16,6 +16,8 @@
 #include <iosfwd>
 #include <string>
 
+#pragma GCC visibility push(default)
+
 /// Time-zone codes beside plain offsets in minutes, for `DateTime::now`.
 constexpr int LOCAL_TIME = -9999;     ///< the system's own offset from UTC
 constexpr int PRECISE_TIME = -9998;   ///< the clock as it is
@@ -196,3 +198,5 @@ class DateTime {
 
 /// Writes the time in the style `DS_ISO8601`.
 std::ostream& operator<<(std::ostream& out, const DateTime& time);
+
+#pragma GCC visibility pop

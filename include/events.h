@@ -35,6 +35,8 @@
 #include "threading.h"
 #include "trace.h"
 
+#pragma GCC visibility push(default)
+
 class language;
 
 // --- Severities, audiences and common codes --------------------------------
@@ -368,3 +370,5 @@ std::string getDateFormat(const std::string& format);
 int getTimeZone(int zone);
 /// The system-log priority of a severity, 1 to 7.
 int priority(eventSeverity severity);
+
+#pragma GCC visibility pop

@@ -20,6 +20,8 @@
 
 #include "stringcomp.h"
 
+#pragma GCC visibility push(default)
+
 /// A language, registered by name; lives as long as the process.
 class language {
  public:
@@ -115,3 +117,5 @@ class languageVector {
 /// The number of texts of a null-terminated array, 0 for null.  Past 9999 an
 /// assertion fails: the end must be missing.
 int length(const char* const* array);
+
+#pragma GCC visibility pop

@@ -6,6 +6,8 @@
 // before `main` and at exit.
 #pragma once
 
+#pragma GCC visibility push(default)
+
 /// A source of pseudo-random numbers.
 class PRNG {
  public:
@@ -21,3 +23,5 @@ class PRNG {
  private:
   int state = 0;  // kept for generators that have a state of their own
 };
+
+#pragma GCC visibility pop

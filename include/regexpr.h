@@ -14,6 +14,8 @@
 
 #include <string>
 
+#pragma GCC visibility push(default)
+
 /// Why an expression could not be compiled.
 enum RegExprError : int {
   REGEXPR_OKAY = 0,
@@ -99,3 +101,5 @@ class RegExpr {
   RegExprError comp_return = REGEXPR_OKAY;
   mutable int exec_return = 1;  // of the last match: 0 found, 1 not
 };
+
+#pragma GCC visibility pop

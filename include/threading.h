@@ -26,6 +26,8 @@
 #include <cstddef>
 #include <list>
 
+#pragma GCC visibility push(default)
+
 /// Base of every object that is kept per thread.
 class ThreadedDataObject {
  public:
@@ -159,3 +161,5 @@ void semaphoreClose();
 /// is taken creates a new set.  A child leaves its parent's set alone.
 /// REQUIRES: no section is held.
 void semaphoreRelease();
+
+#pragma GCC visibility pop

@@ -22,6 +22,8 @@
 #include "bytearray.h"
 #include "configRef.h"
 
+#pragma GCC visibility push(default)
+
 class RegExpr;
 
 /// How a viewer takes the value of an option.
@@ -159,3 +161,5 @@ class URI {
   bool m_okay = false;
   std::string ticketText;
 };
+
+#pragma GCC visibility pop
