@@ -189,7 +189,8 @@ std::string trimSuffix(const std::string& Name, int* N);
 std::string addSuffix(const std::string& prefix, unsigned int N, unsigned int maxSize);
 
 /// Changes the ASCII letters among `length` characters at `text`, or of the whole
-/// C string when `length` is negative, to upper case (`up`) or lower case.
+/// C string when `length` is negative, to upper case (`up`) or lower case.  The
+/// program's locale makes no difference.
 void setCase(char* text, int length, bool up);
 
 /// The pieces of a text between separators, empty ones included: always one more

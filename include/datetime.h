@@ -86,7 +86,8 @@ struct gregorianDate {
 };
 
 /// Writes `year/month/day@hour:minute:second.microseconds`, unpadded but for the
-/// microseconds, for example `2026/11/15@11:7:34.042517`.
+/// microseconds, for example `2026/11/15@11:7:34.042517`, whatever flags and locale the
+/// stream has.
 std::ostream& operator<<(std::ostream& out, const gregorianDate& date);
 
 /// An instant.

@@ -4,7 +4,8 @@
 // (IEEE Std 1003.1, XBD 9.4).  A text that does not compile is not an error of
 // the constructor: the object remembers why, and matches nothing.
 //
-// A text of 2 GiB or more is not searched: nothing is found in it.
+// A character is a byte, and the letters are those of ASCII, whatever locale the program
+// has set.  A text of 2 GiB or more is not searched: nothing is found in it.
 //
 // Objects are independent of each other.  They may be used before `main`, in a
 // forked child and at exit; one object must not be used by two threads at once.

@@ -8,7 +8,8 @@
 // The ticket is base64; parameters are read only when it is empty.  A `URI` is
 // built from a text, asked whether it is `okay`, and then gives the vector for
 // `execvp`, which it owns.  Parsing never throws and never reports; it answers
-// false.  A URI belongs to one thread.  URIs may be used before `main`, in a
+// false, and is the same whatever locale the program has set.  A URI belongs to one
+// thread.  URIs may be used before `main`, in a
 // forked child and at exit.
 #pragma once
 

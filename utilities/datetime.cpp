@@ -3,6 +3,7 @@
 #include <array>
 #include <cstring>
 #include <ostream>
+#include <utility>
 
 #include "ascii.h"
 #include "bytearray.h"
@@ -206,10 +207,21 @@ std::string gregorianDate::format(const std::string& pattern) const {
 }
 
 std::ostream& operator<<(std::ostream& out, const gregorianDate& date) {
-  std::string fraction;
-  putFraction(fraction, date.mseconds);
-  out << date.year << '/' << date.month << '/' << date.day << '@' << date.hour << ':' << date.minute
-      << ':' << date.second << '.' << fraction;
+  // One text, which no flag and no locale of the stream changes.
+  std::string text;
+  int2decimal(text, date.year);
+  const std::array<std::pair<char, std::int32_t>, 5> fields = {{{'/', date.month},
+                                                                {'/', date.day},
+                                                                {'@', date.hour},
+                                                                {':', date.minute},
+                                                                {':', date.second}}};
+  for (const auto& [separator, field] : fields) {
+    text += separator;
+    int2decimal(text, field);
+  }
+  text += '.';
+  putFraction(text, date.mseconds);
+  out << text;
   out.fill(' ');
   return out;
 }

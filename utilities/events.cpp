@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <locale>
 #include <ostream>
 
 #include "asserts.h"
@@ -265,6 +266,7 @@ void eventHandler::clearAudience(eventReport& event, eventAudience served) {
 
 std::string eventHandler::buildMessage(const eventReport& event, const std::string& date) {
   std::ostringstream message;
+  message.imbue(std::locale::classic());
   if (reportThread) {
     message << thisThreadId() << '-';
   }
