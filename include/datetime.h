@@ -61,7 +61,7 @@ struct gregorianDate {
   /// accepted.
   ///
   /// - The month is one of the English three-letter names, case-sensitive.
-  ///   Without one `text` is not moved, `month` is 13 and `mseconds` -1.
+  ///   Without one, and for null, `text` is not moved, `month` is 13 and `mseconds` -1.
   /// - The other fields have at most two digits, each followed by any one
   ///   character that is no digit and, but behind the day, no white space; blanks
   ///   may stand before the day.

@@ -17,7 +17,8 @@ class PRNG {
   /// A value 0 to 255.
   unsigned char byte();
 
-  /// A value 0 to `n` - 1, each equally likely.  REQUIRES: `n` is at least 1.
+  /// A value 0 to `n` - 1, each equally likely.  REQUIRES: `n` is at least 1;
+  /// otherwise the assertion "n >= 1" fails.
   int die(int n);
 
  private:

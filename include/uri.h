@@ -60,8 +60,8 @@ struct uriParse {
   std::size_t offset;  ///< in bytes, of the byte that does not fit or of the text's end
 };
 
-/// Reads decimal digits up to the first other character; no digit gives 0.  The
-/// value wraps in 32 bits.
+/// Reads decimal digits up to the first other character; no digit gives 0, as does
+/// null.  The value wraps in 32 bits.
 std::int32_t decimalInt(const char* digits);
 
 /// The viewer program for each scheme: "VNC=vncviewer", "SSH=putty".

@@ -166,7 +166,7 @@ gregorianDate::gregorianDate(const DateTime& time) {
 
 gregorianDate::gregorianDate(const char*& text) : year(1972), mseconds(-1) {
   // 1972, a leap year, so that Feb 29 is accepted.
-  for (month = 1; month <= 12; month++) {
+  for (month = text != nullptr ? 1 : 13; month <= 12; month++) {
     if (std::strncmp(text, monthNames[static_cast<std::size_t>(month - 1)], 3) == 0) {
       break;
     }
