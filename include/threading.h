@@ -44,7 +44,9 @@ class ThreadedDatatype {
  public:
   ThreadedDatatype(const ThreadedDatatype&) = delete;
   ThreadedDatatype& operator=(const ThreadedDatatype&) = delete;
-  virtual ~ThreadedDatatype() = default;
+  /// Destroys the object that it made, and leaves its slot empty: `create` is not called
+  /// any more, and no other kind is given the slot.
+  virtual ~ThreadedDatatype();
 
   /// Makes one thread's object; the `ThreadData` owns it.  Called once for each
   /// `ThreadData`, while that is being built: `data` answers null meanwhile.
@@ -96,12 +98,14 @@ class ThreadData {
 
   ThreadData();
 
-  static std::list<const ThreadedDatatype*>& registry();
+  static std::list<const ThreadedDatatype*>& registry();  // null for what is gone
   static int registerClient(const ThreadedDatatype* type);
+  static void removeClient(const ThreadedDatatype* type, int offset);
   static int Nclients();
   static bool registering(bool close);
 
   ThreadedDataObject** clientObjects;  // owned array of owned objects
+  static ThreadData* c_instance;       // while there is one
 };
 
 /// The critical sections; the values are the semaphore numbers in the set.
