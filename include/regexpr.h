@@ -7,6 +7,13 @@
 // A character is a byte, and the letters are those of ASCII, whatever locale the program
 // has set.  A text of 2 GiB or more is not searched: nothing is found in it.
 //
+// A pattern is the program's own and never a stranger's.  A hostile one can end the
+// program: 16,000 open parentheses overflow the stack of the C library's compiler; nested
+// counts such as "((a{1,99}){1,99}){1,99}" take memory without limit; so do some that
+// repeat what repeats, such as "a++++".  A wildcard with many "*" takes time that grows
+// with the square of the text's length and more.  The texts that are searched may come
+// from strangers.
+//
 // Objects are independent of each other.  They may be used before `main`, in a
 // forked child and at exit; one object must not be used by two threads at once.
 #pragma once
