@@ -47,6 +47,13 @@ languageTable& languages() {
 
 language::language(const std::string& name) : m_name(registerName(name)) {}
 
+language::~language() {
+  const auto found = languages().find(m_name);
+  if (found != languages().end() && found->second == this) {
+    languages().erase(found);
+  }
+}
+
 std::string language::registerName(const std::string& name) {
   if (name.empty()) {
     return name;

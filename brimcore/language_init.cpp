@@ -51,6 +51,11 @@ languageString::languageString(const char* keyword, const std::string& defaultTe
   }
 }
 
+languageString::~languageString() {
+  // Not by the key, whose texts may be gone by now.
+  std::erase_if(declaredStrings(), [this](const auto& entry) { return entry.second == this; });
+}
+
 const std::string& languageString::operator()(const language& lang) const {
   return m_offset >= 0 ? lang.phrase(m_vector, m_offset) : m_default;
 }

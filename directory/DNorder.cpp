@@ -137,7 +137,8 @@ int compareText(const std::string& a, const std::string& b) {
 DistName::DistName(const char* dn) : m_string(dn != nullptr ? dn : "") {}
 
 DistName::DistName(const char* dn, int length)
-    : m_string(dn, static_cast<std::size_t>(std::max(length, 0))) {}
+    : m_string(dn != nullptr ? dn : "",
+               dn != nullptr ? static_cast<std::size_t>(std::max(length, 0)) : 0) {}
 
 DistName::DistName(const std::string& text, DNconStyle style) {
   if (style != DOMAIN) {
@@ -181,7 +182,7 @@ DistName DistName::operator+(const std::string& other) const {
 }
 
 DistName DistName::operator+(const char* other) const {
-  return DistName(m_string + other, SIMPLE);
+  return DistName(m_string + (other != nullptr ? other : ""), SIMPLE);
 }
 
 DistName DistName::operator+(char other) const {

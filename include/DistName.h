@@ -18,6 +18,8 @@
 
 #include "stringcomp.h"
 
+#pragma GCC visibility push(default)
+
 /// A distinguished name.
 class DistName {
  public:
@@ -48,7 +50,7 @@ class DistName {
   DistName() = default;
   /// The name `dn`; null stands for an empty one.
   explicit DistName(const char* dn);
-  /// The first `length` bytes of `dn`, none when it is negative.
+  /// The first `length` bytes of `dn`, none when it is negative or `dn` is null.
   DistName(const char* dn, int length);
   /// The name that `text` stands for in a style.  An unknown style reports
   /// `EC_UNKNOWN_VALUE` and keeps the text.
@@ -62,7 +64,7 @@ class DistName {
   DistName& operator=(const DistName& other);
   virtual ~DistName();
 
-  /// Names of the concatenated texts; no comma is inserted.
+  /// Names of the concatenated texts; no comma is inserted.  Null adds nothing.
   DistName operator+(const DistName& other) const;
   DistName operator+(const std::string& other) const;
   DistName operator+(const char* other) const;
@@ -85,8 +87,9 @@ class DistName {
   std::size_t find(const std::string& what, std::size_t start = 0) const {
     return m_string.find(what, start);
   }
+  /// Empty for a `start` beyond the end.
   std::string substr(std::size_t start, std::size_t count = std::string::npos) const {
-    return m_string.substr(start, count);
+    return start < size() ? m_string.substr(start, count) : std::string();
   }
 
   /// The number of segments: 0 for an empty text, else one more than there are
@@ -196,3 +199,5 @@ class numericOrder : public stringComparator {
   /// The one shared comparator, constant-initialised.
   static const numericOrder instance;
 };
+
+#pragma GCC visibility pop

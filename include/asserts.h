@@ -16,6 +16,8 @@
 #include "events.h"
 #include "stack.h"
 
+#pragma GCC visibility push(default)
+
 /// A failed assertion: severity `FATAL`, all audiences, domain "assert", the
 /// operation "file @ line".
 class assertEvent : public eventReport {
@@ -46,3 +48,5 @@ class assertEvent : public eventReport {
 /// diagnostic id that support relies on: it stays when the code moves.
 #define ASSERT_AT(condition, filename, line) \
   ((condition) ? static_cast<void>(0) : assertionFailed(#condition, filename, line))
+
+#pragma GCC visibility pop

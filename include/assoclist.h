@@ -17,6 +17,8 @@
 
 #include "stringcomp.h"
 
+#pragma GCC visibility push(default)
+
 /// One record of a static table of pairs.  A table is an array of records that
 /// ends with a record whose `key` is null.  The texts are not owned.
 struct assocPair {
@@ -92,3 +94,5 @@ class assocList : public std::map<std::string, std::string, caseInsensitive> {
 
 /// Calls `write`.
 std::ostream& operator<<(std::ostream& out, const assocList& list);
+
+#pragma GCC visibility pop

@@ -8,6 +8,8 @@
 
 #include <string>
 
+#pragma GCC visibility push(default)
+
 /// An owned buffer of bytes.
 class ByteArray {
  public:
@@ -89,3 +91,5 @@ class ByteArray {
   unsigned int allocated = 0;
   unsigned char* content = nullptr;  // from new[]; null only when allocated is 0
 };
+
+#pragma GCC visibility pop

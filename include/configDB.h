@@ -31,6 +31,8 @@
 #include "stringcomp.h"
 #include "threading.h"
 
+#pragma GCC visibility push(default)
+
 /// A name set aside for items that are created without being registered; the library
 /// itself does not use it.
 inline constexpr std::string_view AUTO_CREATED = "__AutoCreated__";
@@ -177,3 +179,5 @@ class threadedConfigDB : private ThreadedDatatype {
 
   static threadedConfigDB& theReference;
 };
+
+#pragma GCC visibility pop

@@ -26,6 +26,8 @@
 #include "assoclist.h"
 #include "configDB.h"
 
+#pragma GCC visibility push(default)
+
 /// Base of the typed references.
 class configRef {
  public:
@@ -109,3 +111,5 @@ class configArray : public configRef {
   /// The values as an association list, each split at its first "=".
   assocList list() const { return assocList(values()); }
 };
+
+#pragma GCC visibility pop

@@ -16,6 +16,8 @@
 #include <string>
 #include <vector>
 
+#pragma GCC visibility push(default)
+
 // --- Numbers ---------------------------------------------------------------
 
 /// Reads an unsigned decimal number at `text` and moves `text` behind it.
@@ -187,7 +189,8 @@ std::string trimSuffix(const std::string& Name, int* N);
 std::string addSuffix(const std::string& prefix, unsigned int N, unsigned int maxSize);
 
 /// Changes the ASCII letters among `length` characters at `text`, or of the whole
-/// C string when `length` is negative, to upper case (`up`) or lower case.
+/// C string when `length` is negative, to upper case (`up`) or lower case.  The
+/// program's locale makes no difference.
 void setCase(char* text, int length, bool up);
 
 /// The pieces of a text between separators, empty ones included: always one more
@@ -209,3 +212,5 @@ char* copyString(const std::string& text);
 
 /// Writes "{ ", then each string in the form of `quote` and a blank, then "}".
 std::ostream& operator<<(std::ostream& out, const std::vector<std::string>& strings);
+
+#pragma GCC visibility pop

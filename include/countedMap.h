@@ -21,6 +21,8 @@
 
 #include "refcount.h"
 
+#pragma GCC visibility push(default)
+
 /// A counted map from `K` to `V`, ordered by `Cmp`.
 template <class K, class V, class Cmp>
 class countedMap : public counted {
@@ -135,3 +137,5 @@ class countedMapRef : public Treference<countedMap<K, V, Cmp>> {
     return map != nullptr ? map->map().size() : 0;
   }
 };
+
+#pragma GCC visibility pop

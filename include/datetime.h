@@ -16,6 +16,8 @@
 #include <iosfwd>
 #include <string>
 
+#pragma GCC visibility push(default)
+
 /// Time-zone codes beside plain offsets in minutes, for `DateTime::now`.
 constexpr int LOCAL_TIME = -9999;     ///< the system's own offset from UTC
 constexpr int PRECISE_TIME = -9998;   ///< the clock as it is
@@ -59,7 +61,7 @@ struct gregorianDate {
   /// accepted.
   ///
   /// - The month is one of the English three-letter names, case-sensitive.
-  ///   Without one `text` is not moved, `month` is 13 and `mseconds` -1.
+  ///   Without one, and for null, `text` is not moved, `month` is 13 and `mseconds` -1.
   /// - The other fields have at most two digits, each followed by any one
   ///   character that is no digit and, but behind the day, no white space; blanks
   ///   may stand before the day.
@@ -84,7 +86,8 @@ struct gregorianDate {
 };
 
 /// Writes `year/month/day@hour:minute:second.microseconds`, unpadded but for the
-/// microseconds, for example `2026/11/15@11:7:34.042517`.
+/// microseconds, for example `2026/11/15@11:7:34.042517`, whatever flags and locale the
+/// stream has.
 std::ostream& operator<<(std::ostream& out, const gregorianDate& date);
 
 /// An instant.
@@ -199,3 +202,5 @@ class DateTime {
 
 /// Writes the time in the style `DS_ISO8601`.
 std::ostream& operator<<(std::ostream& out, const DateTime& time);
+
+#pragma GCC visibility pop

@@ -13,6 +13,16 @@
 // first that answers true ends the walk.  A handler enters the map of the thread
 // that constructs it and leaves it when it is destroyed; the map does not own it.
 //
+// *What handlers may do.*  A report never ends the program, nor does it hang: this goes
+// beyond what was promised at first.
+//
+// - What `handle` throws counts as not claimed, and the walk goes on.
+// - A report raised inside `handle` skips the handlers that are handling one already, as
+//   they would enter themselves again, and no other.
+// - A handler may destroy itself or others inside `handle`, and register new ones.  One
+//   that is destroyed is not called any more; a new one sees the next report, not the
+//   one that is under way.
+//
 // One handler is always there: the storing handler at priority 10, for all
 // audiences.  It claims every report before any handler with a larger number; a
 // handler that is to see reports must stand below 10.
@@ -21,7 +31,7 @@
 // Once the thread's own map is gone at exit, reports go to the start-up map.  Two
 // things are the caller's to see to: a `stderrHandler` or `loggingHandler` that
 // serves a report after the sections are gone at exit aborts, and one that serves a
-// report raised inside the section it writes under waits forever.
+// report raised inside the section it writes under, but not by itself, waits forever.
 #pragma once
 
 #include <cstddef>
@@ -34,6 +44,8 @@
 
 #include "threading.h"
 #include "trace.h"
+
+#pragma GCC visibility push(default)
 
 class language;
 
@@ -156,7 +168,8 @@ class eventReport {
   /// The text of this report's code.
   std::string codeText() const { return codeToText(code()); }
 
-  /// Offers the report to the calling thread's handlers, the first time only.
+  /// Offers the report to the calling thread's handlers, the first time only.  Throws
+  /// nothing that a handler throws.
   void report();
 
  private:
@@ -251,8 +264,8 @@ class eventHandler {
   /// thread's map the first, or else the first in the start-up map.
   virtual ~eventHandler();
 
-  /// Handles a report.  True claims it and ends the walk.  A handler that returns
-  /// false must not have destroyed itself meanwhile.
+  /// Handles a report.  True claims it and ends the walk; an exception counts as false.
+  /// May destroy and register handlers, this one included.
   virtual bool handle(eventReport& event) = 0;
   /// The class's name.
   virtual const char* name() const = 0;
@@ -368,3 +381,5 @@ std::string getDateFormat(const std::string& format);
 int getTimeZone(int zone);
 /// The system-log priority of a severity, 1 to 7.
 int priority(eventSeverity severity);
+
+#pragma GCC visibility pop

@@ -11,6 +11,8 @@
 
 #include "assoclist.h"
 
+#pragma GCC visibility push(default)
+
 /// Percent-encoding (RFC 3986 section 2.1).
 ///
 /// - Control bytes (below 32 and 127), bytes of 128 and above, blanks, double quotes, and
@@ -119,3 +121,5 @@ bool getEscapedPair(const char*& cursor, std::string& name, std::string& value);
 ///
 ///     parseArguments(list, "a&b=2")   // { a= b=2 }
 bool parseArguments(assocList& list, const char* text);
+
+#pragma GCC visibility pop

@@ -8,7 +8,8 @@
 // default language and then the declared texts stand in.
 //
 // Languages and strings are registered in tables that live as long as the
-// process.  The tables are filled during start-up and not locked.  Declaring and
+// process.  One that is destroyed, such as a static object of a library that is unloaded,
+// leaves them.  The tables are filled during start-up and not locked.  Declaring and
 // looking up texts works before `main` and at exit.
 #pragma once
 
@@ -20,12 +21,16 @@
 
 #include "stringcomp.h"
 
-/// A language, registered by name; lives as long as the process.
+#pragma GCC visibility push(default)
+
+/// A language, registered by name until it is destroyed.
 class language {
  public:
   language(const language&) = delete;
   language& operator=(const language&) = delete;
-  virtual ~language() = default;
+  /// Takes the language out of the table, and no other of its name.  The texts that it
+  /// gave out go with it.
+  virtual ~language();
 
   /// The registered name; empty when it was taken.
   const std::string& name() const { return m_name; }
@@ -52,7 +57,8 @@ class language {
 
   /// The text at `index` modulo 1000 of a vector: this language's, the default
   /// language's, or the declared one.  Where there is none, a text in angle
-  /// brackets says why.  The string lives as long as the process.
+  /// brackets says why.  The string lives as long as the language that it comes
+  /// from; a declared one as long as the process.
   const std::string& phrase(const std::string& vectorName, int index) const;
 
  protected:
@@ -82,12 +88,15 @@ class badLanguage : public language {
 /// A text declared in the default language.
 class languageString {
  public:
-  /// Declares a text.  The object itself, `keyword` and `vectorName`, which are not
-  /// copied, must live as long as the process.  A second text of that keyword and vector, in any
+  /// Declares a text.  `keyword` and `vectorName`, which are not copied, must live as
+  /// long as the object.  A second text of that keyword and vector, in any
   /// letter case, is reported as `EC_DUPL_VALUE` and keeps to its own default.
   languageString(const char* keyword, const std::string& defaultText, const char* vectorName);
   languageString(const languageString&) = delete;
   languageString& operator=(const languageString&) = delete;
+  /// Takes the text out of the table of declared texts.  In a vector that `finalise()`
+  /// has built the text stays.
+  ~languageString();
 
   /// The text in a language; the default text before `finalise()`.
   const std::string& operator()(const language& lang) const;
@@ -115,3 +124,5 @@ class languageVector {
 /// The number of texts of a null-terminated array, 0 for null.  Past 9999 an
 /// assertion fails: the end must be missing.
 int length(const char* const* array);
+
+#pragma GCC visibility pop

@@ -7,6 +7,8 @@
 
 #include "asserts.h"
 
+#pragma GCC visibility push(default)
+
 /// Owns one object, or one array, and deletes it with itself.  Neither copied nor
 /// created on the heap.
 template <class T>
@@ -73,3 +75,5 @@ class TautoPtr {
   T* contents;
   bool isArray;
 };
+
+#pragma GCC visibility pop

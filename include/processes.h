@@ -21,6 +21,8 @@
 #include <cstdint>
 #include <iosfwd>
 
+#pragma GCC visibility push(default)
+
 /// A body of work that runs as a child process.
 class Thread {
  public:
@@ -117,3 +119,5 @@ class shutdownNotified {
 struct thisThreadId {};
 /// Writes the calling process's and thread's.
 std::ostream& operator<<(std::ostream& out, thisThreadId);
+
+#pragma GCC visibility pop

@@ -6,6 +6,8 @@
 // before `main` and at exit.
 #pragma once
 
+#pragma GCC visibility push(default)
+
 /// A source of pseudo-random numbers.
 class PRNG {
  public:
@@ -15,9 +17,12 @@ class PRNG {
   /// A value 0 to 255.
   unsigned char byte();
 
-  /// A value 0 to `n` - 1, each equally likely.  REQUIRES: `n` is at least 1.
+  /// A value 0 to `n` - 1, each equally likely.  REQUIRES: `n` is at least 1;
+  /// otherwise the assertion "n >= 1" fails.
   int die(int n);
 
  private:
   int state = 0;  // kept for generators that have a state of their own
 };
+
+#pragma GCC visibility pop

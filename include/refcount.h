@@ -33,6 +33,8 @@
 #include "pointers.h"
 #include "threading.h"
 
+#pragma GCC visibility push(default)
+
 /// The life-cycle stage of a counted object.  Stages only move forward.
 enum refCountStage : int {
   RCS_NEW = 0,        ///< no handle has taken it yet
@@ -271,3 +273,5 @@ struct Treference<T>::canonicalHolder : Treference<T> {
   static inline constinit bool gone = false;  ///< destroyed at exit
   ~canonicalHolder() override { gone = true; }
 };
+
+#pragma GCC visibility pop

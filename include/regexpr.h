@@ -4,7 +4,15 @@
 // (IEEE Std 1003.1, XBD 9.4).  A text that does not compile is not an error of
 // the constructor: the object remembers why, and matches nothing.
 //
-// A text of 2 GiB or more is not searched: nothing is found in it.
+// A character is a byte, and the letters are those of ASCII, whatever locale the program
+// has set.  A text of 2 GiB or more is not searched: nothing is found in it.
+//
+// A pattern is the program's own and never a stranger's.  A hostile one can end the
+// program: 16,000 open parentheses overflow the stack of the C library's compiler; nested
+// counts such as "((a{1,99}){1,99}){1,99}" take memory without limit; so do some that
+// repeat what repeats, such as "a++++".  A wildcard with many "*" takes time that grows
+// with the square of the text's length and more.  The texts that are searched may come
+// from strangers.
 //
 // Objects are independent of each other.  They may be used before `main`, in a
 // forked child and at exit; one object must not be used by two threads at once.
@@ -13,6 +21,8 @@
 #include <regex.h>
 
 #include <string>
+
+#pragma GCC visibility push(default)
 
 /// Why an expression could not be compiled.
 enum RegExprError : int {
@@ -99,3 +109,5 @@ class RegExpr {
   RegExprError comp_return = REGEXPR_OKAY;
   mutable int exec_return = 1;  // of the last match: 0 found, 1 not
 };
+
+#pragma GCC visibility pop

@@ -11,6 +11,8 @@
 #include <string>
 #include <string_view>
 
+#pragma GCC visibility push(default)
+
 /// Writes a trace of the calling thread's stack.
 class stack {
  public:
@@ -66,3 +68,5 @@ std::string convertSymbol(std::string_view line);
 ///
 ///     demangle("N3foo3barEiPKc")   // foo::bar(int, const char*)
 std::string demangle(std::string_view mangled);
+
+#pragma GCC visibility pop

@@ -14,6 +14,8 @@
 #include <string>
 #include <vector>
 
+#pragma GCC visibility push(default)
+
 /// A strict weak ordering of strings, chosen at run time.
 class stringComparator {
  public:
@@ -84,3 +86,5 @@ class strCompRef {
  private:
   const stringComparator* m_comparator;
 };
+
+#pragma GCC visibility pop

@@ -4,6 +4,8 @@
 
 #include <string>
 
+#pragma GCC visibility push(default)
+
 /// Process-wide facts about the installation.
 class SystemEnv {
  public:
@@ -29,3 +31,5 @@ struct InterfaceFinder {
   /// itself; the library's own answer is an empty name.
   static std::string FQDN();
 };
+
+#pragma GCC visibility pop

@@ -32,6 +32,8 @@
 #include <cstddef>
 #include <list>
 
+#pragma GCC visibility push(default)
+
 /// Base of every object that is kept per thread.
 class ThreadedDataObject {
  public:
@@ -48,7 +50,9 @@ class ThreadedDatatype {
  public:
   ThreadedDatatype(const ThreadedDatatype&) = delete;
   ThreadedDatatype& operator=(const ThreadedDatatype&) = delete;
-  virtual ~ThreadedDatatype() = default;
+  /// Destroys the object that it made, and leaves its slot empty: `create` is not called
+  /// any more, and no other kind is given the slot.
+  virtual ~ThreadedDatatype();
 
   /// Makes one thread's object; the `ThreadData` owns it.  Called once for each
   /// `ThreadData`, while that is being built: `data` answers null meanwhile.
@@ -100,12 +104,14 @@ class ThreadData {
 
   ThreadData();
 
-  static std::list<const ThreadedDatatype*>& registry();
+  static std::list<const ThreadedDatatype*>& registry();  // null for what is gone
   static int registerClient(const ThreadedDatatype* type);
+  static void removeClient(const ThreadedDatatype* type, int offset);
   static int Nclients();
   static bool registering(bool close);
 
   ThreadedDataObject** clientObjects;  // owned array of owned objects
+  static ThreadData* c_instance;       // while there is one
 };
 
 /// The critical sections; the values are the semaphore numbers in the set.
@@ -203,3 +209,5 @@ using semaphoreFailureHandler = void (*)(const char* line, int error);
 /// Has `handler` called between the line on standard error and the abort; by then the set is
 /// removed.  Null for nobody, as at first.  It must not take a section.
 void semaphoreOnFailure(semaphoreFailureHandler handler);
+
+#pragma GCC visibility pop

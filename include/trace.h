@@ -19,6 +19,8 @@
 #include <utility>
 #include <vector>
 
+#pragma GCC visibility push(default)
+
 /// A named, process-wide switch with a level; 0 is off.
 class traceFlag {
  public:
@@ -62,3 +64,5 @@ class traceFlag {
 
   static std::ostream* c_output;
 };
+
+#pragma GCC visibility pop

@@ -8,7 +8,8 @@
 // The ticket is base64; parameters are read only when it is empty.  A `URI` is
 // built from a text, asked whether it is `okay`, and then gives the vector for
 // `execvp`, which it owns.  Parsing never throws and never reports; it answers
-// false.  A URI belongs to one thread.  URIs may be used before `main`, in a
+// false, and is the same whatever locale the program has set.  A URI belongs to one
+// thread.  URIs may be used before `main`, in a
 // forked child and at exit.
 #pragma once
 
@@ -21,6 +22,8 @@
 #include "assoclist.h"
 #include "bytearray.h"
 #include "configRef.h"
+
+#pragma GCC visibility push(default)
 
 class RegExpr;
 
@@ -57,8 +60,8 @@ struct uriParse {
   std::size_t offset;  ///< in bytes, of the byte that does not fit or of the text's end
 };
 
-/// Reads decimal digits up to the first other character; no digit gives 0.  The
-/// value wraps in 32 bits.
+/// Reads decimal digits up to the first other character; no digit gives 0, as does
+/// null.  The value wraps in 32 bits.
 std::int32_t decimalInt(const char* digits);
 
 /// The viewer program for each scheme: "VNC=vncviewer", "SSH=putty".
@@ -159,3 +162,5 @@ class URI {
   bool m_okay = false;
   std::string ticketText;
 };
+
+#pragma GCC visibility pop

@@ -53,14 +53,16 @@ prints() {
 shared() { readelf --dynamic "$1" | grep -q 'NEEDED.*libhoplaunch\.so\.1'; }
 not_shared() { ! shared "$1"; }
 
-# compile NAME FLAGS...: builds both programs by hand.
+# compile NAME FLAGS...: builds the programs by hand.
 compile() {
   local name=$1
   shift
   (
     cd tests/outside
     g++ -std=c++20 -o "$scratch/$name" main.cpp "$@" &&
-      g++ -std=c++20 -o "$scratch/${name}_named" main.cpp host.cpp "$@"
+      g++ -std=c++20 -o "$scratch/${name}_named" main.cpp host.cpp "$@" &&
+      g++ -std=c++20 -fvisibility=hidden -fvisibility-inlines-hidden \
+        -o "$scratch/${name}_hidden" main.cpp "$@"
   )
 }
 
@@ -118,6 +120,7 @@ for program in cmake/static by_hand_static; do
 done
 for program in cmake/hoplaunch cmake/static by_hand by_hand_static; do
   check "$program prints what is expected" prints "$scratch/$program" ''
+  check "${program}_hidden prints what is expected" prints "$scratch/${program}_hidden" ''
   check "${program}_named has its own root" \
     prints "$scratch/${program}_named" 'host,DC=example,DC=org'
 done

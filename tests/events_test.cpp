@@ -504,20 +504,25 @@ TEST(eventReport, KeepsTheSeverityThatAHandlerGaveIt) {
 }
 
 TEST(eventReport, MayBeRaisedInsideAHandler) {
+  static std::string order;
   class nesting : public eventHandler {
    public:
     nesting() : eventHandler(5) {}
     bool handle(eventReport& event) override {
       order += event.qualifier() + " ";
-      if (event.qualifier() == "outer") commonEvent(FAILURE, AUD_ALL, EC_COMMENT, "inner", "");
+      if (event.qualifier() == "outer") {
+        commonEvent(FAILURE, AUD_ALL, EC_COMMENT, "inner", "");
+      }
       order += "/" + event.qualifier() + " ";
-      return true;
+      return false;
     }
     const char* name() const override { return "nesting"; }
-    std::string order;
-  } handler;
+  };
+  const nesting first;
+  const nesting second;
   commonEvent(FAILURE, AUD_ALL, EC_COMMENT, "outer", "");
-  EXPECT_EQ(handler.order, "outer inner /inner /outer ");
+  EXPECT_EQ(order, "outer inner /inner /outer outer inner /inner /outer ")
+      << "each raises one that only the other sees";
 }
 
 TEST(eventReport, WorksBeforeMain) {

@@ -41,19 +41,19 @@ class CString {
 }  // namespace
 
 extern "C" {
-int __real_tolower(int c);
-int __real_toupper(int c);
-int __wrap_tolower(int c);
-int __wrap_toupper(int c);
+int __real_tolower_l(int c, locale_t locale);
+int __real_toupper_l(int c, locale_t locale);
+int __wrap_tolower_l(int c, locale_t locale);
+int __wrap_toupper_l(int c, locale_t locale);
 
-int __wrap_tolower(int c) {
+int __wrap_tolower_l(int c, locale_t locale) {
   if (c < -1 || c > 255) caseAbused = true;
-  return __real_tolower(c);
+  return __real_tolower_l(c, locale);
 }
 
-int __wrap_toupper(int c) {
+int __wrap_toupper_l(int c, locale_t locale) {
   if (c < -1 || c > 255) caseAbused = true;
-  return __real_toupper(c);
+  return __real_toupper_l(c, locale);
 }
 }
 

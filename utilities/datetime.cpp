@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstring>
 #include <ostream>
+#include <utility>
 
 #include "ascii.h"
 #include "bytearray.h"
@@ -168,7 +169,7 @@ gregorianDate::gregorianDate(const DateTime& time) {
 
 gregorianDate::gregorianDate(const char*& text) : year(1972), mseconds(-1) {
   // 1972, a leap year, so that Feb 29 is accepted.
-  for (month = 1; month <= 12; month++) {
+  for (month = text != nullptr ? 1 : 13; month <= 12; month++) {
     if (std::strncmp(text, monthNames[static_cast<std::size_t>(month - 1)], 3) == 0) {
       break;
     }
@@ -209,10 +210,21 @@ std::string gregorianDate::format(const std::string& pattern) const {
 }
 
 std::ostream& operator<<(std::ostream& out, const gregorianDate& date) {
-  std::string fraction;
-  putFraction(fraction, date.mseconds);
-  out << date.year << '/' << date.month << '/' << date.day << '@' << date.hour << ':' << date.minute
-      << ':' << date.second << '.' << fraction;
+  // One text, which no flag and no locale of the stream changes.
+  std::string text;
+  int2decimal(text, date.year);
+  const std::array<std::pair<char, std::int32_t>, 5> fields = {{{'/', date.month},
+                                                                {'/', date.day},
+                                                                {'@', date.hour},
+                                                                {':', date.minute},
+                                                                {':', date.second}}};
+  for (const auto& [separator, field] : fields) {
+    text += separator;
+    int2decimal(text, field);
+  }
+  text += '.';
+  putFraction(text, date.mseconds);
+  out << text;
   out.fill(' ');
   return out;
 }

@@ -3,12 +3,14 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <locale>
 #include <ostream>
 
 #include "asserts.h"
 #include "configRef.h"
 #include "conversion.h"
 #include "datetime.h"
+#include "handler_walk.h"
 #include "processes.h"
 #include "startup.h"
 
@@ -122,11 +124,7 @@ void eventReport::report() {
   }
   m_reported = true;
   storingHandler::theInstance();  // the thread may have come by a map of its own since
-  for (const auto& [priority, handler] : ThreadedEventHandlerList::local().theMap) {
-    if (handler->handle(*this)) {
-      break;
-    }
-  }
+  handlerWalk(ThreadedEventHandlerList::local().theMap).offer(*this);
 }
 
 std::ostream& operator<<(std::ostream& out, const eventReport& event) {
@@ -251,6 +249,7 @@ eventHandler::eventHandler(int priority) {
 }
 
 eventHandler::~eventHandler() {
+  handlerWalk::forget(this);
   // A handler of the start-up map may go while a thread's map is the current one,
   // and must not be left behind for the reports at exit.
   if (!erase(ThreadedEventHandlerList::local().theMap, this)) {
@@ -268,6 +267,7 @@ void eventHandler::clearAudience(eventReport& event, eventAudience served) {
 
 std::string eventHandler::buildMessage(const eventReport& event, const std::string& date) {
   std::ostringstream message;
+  message.imbue(std::locale::classic());
   if (reportThread) {
     message << thisThreadId() << '-';
   }

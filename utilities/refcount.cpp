@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <locale>
 #include <optional>
 #include <ostream>
 #include <sstream>
@@ -36,6 +37,11 @@ struct address {
   const void* value;
 };
 
+// The text of a trace line, which no locale of the program changes.
+struct traceLine : std::ostringstream {
+  traceLine() { imbue(std::locale::classic()); }
+};
+
 std::ostream& operator<<(std::ostream& out, address a) {
   return out << "0x" << std::hex << reinterpret_cast<std::uintptr_t>(a.value) << std::dec;
 }
@@ -66,7 +72,7 @@ const char* text(refType type) {
 
 counted::~counted() {
   if (*TRACE) {
-    std::ostringstream message;
+    traceLine message;
     message << Thread::threadId() << " destroying "
             << " " << address{this} << " parent = " << address{m_parent} << '\n';
     writeTrace(message.str());
@@ -248,7 +254,7 @@ reference& reference::set(bool writable, const reference& canonical) {
 // Holds `copy`, just cloned from `source`.
 void reference::adopt(counted* copy, counted* source) {
   if (*TRACE) {
-    std::ostringstream message;
+    traceLine message;
     message << Thread::threadId() << ' ' << copy->className() << ' ' << address{source}
             << " cloned as " << address{copy} << '\n'
             << stack() << '\n';
@@ -265,7 +271,7 @@ bool reference::setCanonical(reference& canonical, bool check) {
   if (instance != nullptr && instance->m_stage != RCS_PRIVATE) {
     return false;
   }
-  std::optional<std::ostringstream> message;
+  std::optional<traceLine> message;
   counted* unused = nullptr;
   counted* unusedParent = nullptr;
   {

@@ -2,7 +2,9 @@
 
 #include "threading.h"
 
+#include <algorithm>
 #include <new>
+#include <utility>
 
 #include "asserts.h"
 
@@ -15,6 +17,10 @@ constinit lifePhase phase = lifePhase::registering;
 }  // namespace
 
 ThreadedDatatype::ThreadedDatatype() : m_offset(Register()) {}
+
+ThreadedDatatype::~ThreadedDatatype() {
+  ThreadData::removeClient(this, m_offset);
+}
 
 int ThreadedDatatype::Register() {
   return ThreadData::registerClient(this);
@@ -32,13 +38,17 @@ ThreadedDataObject* ThreadedDatatype::data(bool force) const {
   return ThreadData::instance(false).clientObjects[m_offset];
 }
 
+constinit ThreadData* ThreadData::c_instance = nullptr;
+
 ThreadData::ThreadData() {
   registering(true);
-  clientObjects = new (std::nothrow) ThreadedDataObject*[static_cast<std::size_t>(Nclients())];
+  clientObjects = new (std::nothrow) ThreadedDataObject* [static_cast<std::size_t>(Nclients())] {};
   ASSERT(clientObjects != NULL);
+  c_instance = this;
   ThreadedDataObject** object = clientObjects;
-  for (const ThreadedDatatype* type : registry()) {
-    *object++ = type->create();
+  for (const ThreadedDatatype* const& type : registry()) {
+    ThreadedDataObject* const made = type != nullptr ? type->create() : nullptr;
+    *object++ = made;
   }
   phase = lifePhase::alive;
 }
@@ -46,8 +56,9 @@ ThreadData::ThreadData() {
 ThreadData::~ThreadData() {
   phase = lifePhase::ended;
   for (int i = 0; i < Nclients(); i++) {
-    delete clientObjects[i];
+    delete std::exchange(clientObjects[i], nullptr);
   }
+  c_instance = nullptr;
   delete[] clientObjects;
 }
 
@@ -70,6 +81,14 @@ int ThreadData::registerClient(const ThreadedDatatype* type) {
   }
   registry().push_back(type);
   return Nclients() - 1;
+}
+
+void ThreadData::removeClient(const ThreadedDatatype* type, int offset) {
+  std::replace(registry().begin(), registry().end(), type,
+               static_cast<const ThreadedDatatype*>(nullptr));
+  if (c_instance != nullptr) {
+    delete std::exchange(c_instance->clientObjects[offset], nullptr);
+  }
 }
 
 int ThreadData::Nclients() {

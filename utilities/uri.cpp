@@ -92,7 +92,7 @@ argsStyle args_style(const std::string& name) {
 
 std::int32_t decimalInt(const char* digits) {
   std::uint32_t result = 0;  // wraps
-  for (; isDigit(*digits); digits++) {
+  for (; digits != nullptr && isDigit(*digits); digits++) {
     result = 10 * result + static_cast<std::uint32_t>(*digits - '0');
   }
   return static_cast<std::int32_t>(result);

@@ -57,6 +57,7 @@ void showDatabase() {
   std::cout << '\n';
   std::cout << "one canonical version: " << (database.ptr() == threadedConfigDB::local().ptr())
             << '\n';
+  std::cout << "canonical: " << (configDB::getCanonical().ptr() == database.ptr()) << '\n';
   std::cout << "one empty item: " << (&database.find("none") == &configDB::dummy()) << '\n';
 }
 

@@ -5,7 +5,9 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
+#include <locale>
 
+#include "../c_locale.h"
 #include "events.h"
 
 // --- OSevent ---------------------------------------------------------------
@@ -27,6 +29,7 @@ const char* OSevent::domain() const {
 }
 
 std::string OSevent::codeToText(int code) const {
+  const inCLocale locale;
   char buffer[256] = "";
   const char* message = strerror_r(code, buffer, sizeof buffer);
   if (message == nullptr) {
@@ -63,6 +66,7 @@ bool systemLogHandler::handle(eventReport& event) {
   if ((m_audience & event.audience()) != AUD_NULL) {
     clearAudience(event, m_audience);
     std::ostringstream message;
+    message.imbue(std::locale::classic());
     message << event;
     const std::string text = message.str();
     // The text is the format itself: readers of these records rely on it.

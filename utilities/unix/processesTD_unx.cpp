@@ -4,6 +4,7 @@
 
 #include <ostream>
 
+#include "conversion.h"
 #include "processes.h"
 
 int Thread::processId() {
@@ -11,5 +12,6 @@ int Thread::processId() {
 }
 
 std::ostream& operator<<(std::ostream& out, thisThreadId) {
-  return out << Thread::processId() << '/' << Thread::threadId();
+  // As a text, which no flag and no locale of the stream changes.
+  return out << int2decimal(Thread::processId()) + '/' + int2decimal(Thread::threadId());
 }

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <cstdlib>
 
+#include "asserts.h"
 #include "datetime.h"
 
 PRNG::PRNG() {
@@ -23,6 +24,7 @@ unsigned char PRNG::byte() {
 }
 
 int PRNG::die(int n) {
+  ASSERT(n >= 1);
   // Draws that fall into the partial last bucket are thrown again: no bias.
   const std::int64_t bucket = ((std::int64_t{1} << 31) - n) / n + 1;
   std::int64_t result;

@@ -1,0 +1,20 @@
+// The C locale, in which links, expressions and messages are read and written whatever
+// locale the program has set.
+#pragma once
+
+#include <locale.h>
+
+/// The C locale of the C library; never freed.
+locale_t cLocale();
+
+/// Gives the calling thread the C locale for a scope.
+class inCLocale {
+ public:
+  inCLocale() : m_before(uselocale(cLocale())) {}
+  inCLocale(const inCLocale&) = delete;
+  inCLocale& operator=(const inCLocale&) = delete;
+  ~inCLocale() { uselocale(m_before); }
+
+ private:
+  locale_t m_before;
+};

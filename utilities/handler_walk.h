@@ -1,0 +1,47 @@
+// The walk of one report through the handlers of a map.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <memory>
+
+#include "events.h"
+
+/// The handlers that a map has when a report is offered, to be called one after the other.
+/// Handlers may come and go meanwhile, and further reports may be offered: each has a walk
+/// of its own, within the one that is under way.
+class handlerWalk {
+ public:
+  /// Takes note of the handlers that `map` has now.  The map must outlive the walk.
+  explicit handlerWalk(const handlerMap& map);
+  handlerWalk(const handlerWalk&) = delete;
+  handlerWalk& operator=(const handlerWalk&) = delete;
+  ~handlerWalk();
+
+  /// Offers the report to each that is still there and is not handling one already, until
+  /// one claims it.  What a handler throws counts as not claimed.
+  void offer(eventReport& event);
+
+  /// Sees to it that no walk calls a handler, which is about to be gone.
+  static void forget(const eventHandler* handler);
+
+ private:
+  bool active(const eventHandler* handler) const;
+  bool registered(const handlerMap::value_type& entry) const;
+
+  struct place {
+    int priority;
+    eventHandler* handler;  // null once it is gone
+  };
+  static constexpr std::size_t FEW = 16;  // for which no memory is needed
+
+  const handlerMap& m_map;
+  std::array<place, FEW> m_few;
+  std::unique_ptr<place[]> m_many;
+  place* m_places = m_few.data();
+  std::size_t m_count;
+  const eventHandler* m_current = nullptr;  // the one that is handling; null once it is gone
+  handlerWalk* const m_outer;
+
+  static handlerWalk* c_innermost;  // of the walks under way
+};
