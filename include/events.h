@@ -13,6 +13,9 @@
 // first that answers true ends the walk.  A handler enters the map of the thread
 // that constructs it and leaves it when it is destroyed; the map does not own it.
 //
+// The operation is written as it is, line feeds and control bytes included, so one that has
+// text from strangers can make lines that look like other reports.
+//
 // One handler is always there: the storing handler at priority 10, for all
 // audiences.  It claims every report before any handler with a larger number; a
 // handler that is to see reports must stand below 10.
@@ -22,6 +25,8 @@
 // things are the caller's to see to: a `stderrHandler` or `loggingHandler` that
 // serves a report after the sections are gone at exit aborts, and one that serves a
 // report raised inside the section it writes under waits forever.
+//
+// What is kept here is for one thread of a process only.
 #pragma once
 
 #include <cstddef>
@@ -311,7 +316,8 @@ class loggingHandler : public eventHandler {
   int m_timezone;
 };
 
-/// Keeps the text of reports in memory.
+/// Keeps the text of reports in memory: every one, so the text grows for as long as the
+/// handler lives.
 class storingHandler : public eventHandler {
  public:
   /// Serves all reports for `audience`, and keeps those from `severity` up.

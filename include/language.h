@@ -10,6 +10,8 @@
 // Languages and strings are registered in tables that live as long as the
 // process.  The tables are filled during start-up and not locked.  Declaring and
 // looking up texts works before `main` and at exit.
+//
+// What is kept here is for one thread of a process only.
 #pragma once
 
 #include <cstddef>

@@ -10,6 +10,8 @@
 // `execvp`, which it owns.  Parsing never throws and never reports; it answers
 // false.  A URI belongs to one thread.  URIs may be used before `main`, in a
 // forked child and at exit.
+//
+// What is kept here is for one thread of a process only.
 #pragma once
 
 #include <cstddef>
