@@ -64,6 +64,13 @@ TEST(TheLauncher, LogsTheBytesOfTheProgramAsTheyAre) {
   EXPECT_FALSE(outcome.viewer);
 }
 
+TEST(TheLauncher, LogsTheSchemeAsItIs) {
+  Workshop shop;
+  const Outcome outcome = shop.run({.arguments = {"-log=log", "Z.Qx://h/"}});
+  EXPECT_EQ(Workshop::withoutStamp(shop.log(), outcome),
+            "TIME: URI = Z.Qx://h/\nno executable for scheme Z.Qx\n");
+}
+
 TEST(TheLauncher, ShowsTheBytesOfAKeywordWithoutAValueAsTheyAre) {
   Workshop shop;
   const Outcome outcome = shop.run({.arguments = {"-a\nb\x1b\xff"}});
