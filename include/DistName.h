@@ -6,9 +6,8 @@
 // a missing "=" or comma simply ends a scan.
 //
 // A `DistName` is a value.  It caches the form that it is compared by, filled on
-// first use even through a constant object: make `sortable()` before sharing a
-// name between threads.  Names may be used before `main`, in a forked child and
-// at exit.
+// first use even through a constant object, so a name is for one thread of a process only.
+// Names may be used before `main`, in a forked child and at exit.
 #pragma once
 
 #include <cstddef>

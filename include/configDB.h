@@ -19,6 +19,8 @@
 // `ThreadData::instance(false)` publishes; so a `main` that edits begins with these
 // two.  A forked child has a database of its own from then on.  At exit, databases
 // are not to be edited any more.
+//
+// What is kept here is for one thread of a process only.
 #pragma once
 
 #include <cstddef>

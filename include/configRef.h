@@ -7,7 +7,8 @@
 // data, a read gives the default and publishes nothing.)  Every read looks the
 // item up afresh in the calling thread's version of the database (configDB.h), so
 // `threadedConfigDB::refresh()` changes what all references return.  A reference
-// holds nothing but the name; references may be shared by threads.
+// holds nothing but the name.  Like the database, references are for one thread of a process
+// only.
 //
 // Strings and vectors that are returned by reference live until the thread moves
 // on to another version; copy what is to be kept.

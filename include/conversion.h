@@ -163,6 +163,9 @@ std::string quote(const std::string& text);
 /// double quotes with each double quote doubled when it holds a double quote,
 /// a comma, a carriage return or a line feed.
 ///
+/// Not for text from strangers: a field that begins with `=`, `+`, `-` or `@` stays as it is,
+/// and a spreadsheet takes it for a formula; `;` and tabs stay, which some take for separators.
+///
 ///     CSVescape("a,b")   // "a,b"
 std::string CSVescape(const std::string& text);
 

@@ -13,6 +13,8 @@
 //
 // Maps may be used before `main`, in a forked child and at exit; the dummy is made on
 // first use and destroyed at exit.
+//
+// What is kept here is for one thread of a process only.
 #pragma once
 
 #include <cstddef>

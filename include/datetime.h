@@ -19,7 +19,7 @@
 #pragma GCC visibility push(default)
 
 /// Time-zone codes beside plain offsets in minutes, for `DateTime::now`.
-constexpr int LOCAL_TIME = -9999;     ///< the system's own offset from UTC
+constexpr int LOCAL_TIME = -9999;     ///< the offset of `gettimeofday`: none, so UTC, with glibc
 constexpr int PRECISE_TIME = -9998;   ///< the clock as it is
 constexpr int BAD_TIMEZONE = -99999;  ///< marks a zone that is not to be used
 
@@ -142,7 +142,8 @@ class DateTime {
 
   /// The current time.  `zone` is `LOCAL_TIME`, `PRECISE_TIME`, or minutes that
   /// are *subtracted* from the clock: +60 gives a time one hour earlier, 0 UTC.
-  /// Invalid when the clock cannot be read.
+  /// Invalid when the clock cannot be read.  A clock before 1970 or after 2106 is taken
+  /// modulo 2^32 seconds, and so shows a time between.
   static DateTime now(int zone);
   /// The same for a zone's text.
   static DateTime now(const std::string& zone);
@@ -158,9 +159,8 @@ class DateTime {
 
   /// Moves the time by `seconds`, to the microsecond below.  The sum is the double nearest to
   /// the exact one, and its fraction times 1,000,000 is rounded to a double, too, on every
-  /// machine.  Before `MIN_TIME` or
-  /// past 4294967295.999998 seconds, just short of `MAX_TIME`, it becomes invalid; an
-  /// invalid time stays as it is.
+  /// machine.  Before `MIN_TIME` or past 4294967295.999998 seconds, just short of
+  /// `MAX_TIME`, it becomes invalid; an invalid time stays as it is.
   DateTime& operator+=(double seconds);
   DateTime& operator-=(double seconds);
   DateTime operator+(double seconds) const;

@@ -23,6 +23,9 @@
 //   that is destroyed is not called any more; a new one sees the next report, not the
 //   one that is under way.
 //
+// The operation is written as it is, line feeds and control bytes included, so one that has
+// text from strangers can make lines that look like other reports.
+//
 // One handler is always there: the storing handler at priority 10, for all
 // audiences.  It claims every report before any handler with a larger number; a
 // handler that is to see reports must stand below 10.
@@ -32,6 +35,8 @@
 // things are the caller's to see to: a `stderrHandler` or `loggingHandler` that
 // serves a report after the sections are gone at exit aborts, and one that serves a
 // report raised inside the section it writes under, but not by itself, waits forever.
+//
+// What is kept here is for one thread of a process only.
 #pragma once
 
 #include <cstddef>
@@ -324,7 +329,8 @@ class loggingHandler : public eventHandler {
   int m_timezone;
 };
 
-/// Keeps the text of reports in memory.
+/// Keeps the text of reports in memory: every one, so the text grows for as long as the
+/// handler lives.
 class storingHandler : public eventHandler {
  public:
   /// Serves all reports for `audience`, and keeps those from `severity` up.

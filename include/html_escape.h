@@ -53,6 +53,9 @@ std::string cookieUnEscape(const std::string& text);
 /// ``" + , ; \ < >``, and a backslash and two hexadecimal digits for control bytes
 /// and bytes of 128 and above.
 ///
+/// Not for text from strangers: blanks at either end, `#` at the beginning and `=` stay, and
+/// `*`, `(` and `)`, which a search filter reads, stay too.
+///
 ///     LDAPescape("a,b\n")   // a\,b\0A
 std::string LDAPescape(const char* text, unsigned int length);
 std::string LDAPescape(const std::string& text);
@@ -83,6 +86,9 @@ std::string QMXescape(const std::string& text);
 ///   U+0010.  (Readers rely on `\u00A` for a line feed.)
 /// - A single quote is preceded by a backslash; every other byte is copied.
 ///
+/// Not for text from strangers: a backslash stays as it is, so a text that ends in one takes
+/// the closing quote away, and double quotes and `</script>` stay, too.
+///
 ///     javaScriptEscape("it's\n")   // it\'s\u00A
 std::string javaScriptEscape(const char* text, unsigned int length);
 std::string javaScriptEscape(const std::string& text);
@@ -95,6 +101,9 @@ std::string javaScriptEscape(const std::string& text);
 ///   "&#", its code point in decimal, and ";".
 /// - With `nbsp`, two blanks become a blank and "&nbsp;".
 /// - Every other byte is copied.
+///
+/// Not for text from strangers: a single quote stays, which ends an attribute in such quotes,
+/// and so do `javascript:` in a link and all that a script or a style sheet reads.
 ///
 ///     HTMLescape("a  <", true)   // a &nbsp;&lt;
 std::string HTMLescape(const char* text, unsigned int length, bool nbsp);

@@ -11,6 +11,8 @@
 // process.  One that is destroyed, such as a static object of a library that is unloaded,
 // leaves them.  The tables are filled during start-up and not locked.  Declaring and
 // looking up texts works before `main` and at exit.
+//
+// What is kept here is for one thread of a process only.
 #pragma once
 
 #include <cstddef>

@@ -14,6 +14,8 @@
 // Threads may be created before `main` and in a forked child.  A child ends through
 // `exit`: it runs what its parent registered with `atexit`, destroys its copies of the
 // static objects, and writes out its copies of what stood in the parent's buffers.
+//
+// What is kept here is for one thread of a process only.
 #pragma once
 
 #include <sys/types.h>

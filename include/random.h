@@ -4,6 +4,8 @@
 // once per process from the clock; all objects share that one sequence.  Not for
 // secrets.  A forked child goes on with a copy of its parent's sequence.  May be used
 // before `main` and at exit.
+//
+// What is kept here is for one thread of a process only.
 #pragma once
 
 #pragma GCC visibility push(default)

@@ -20,6 +20,8 @@
 //
 // Everything here may be used before `main` and at exit.  A forked child has its
 // own copies of all instances and shares only the section.
+//
+// What is kept here is for one thread of a process only.
 #pragma once
 
 #if !defined(__GXX_RTTI) && !defined(__cpp_rtti)

@@ -4,6 +4,8 @@
 // of the thread that writes it.  Traces may be written before `main`, in a forked child
 // and at exit.  The signal handler does more than a handler is promised to be able to
 // (it writes to a stream): it is the last thing that a broken process does.
+//
+// What is kept here is for one thread of a process only.
 #pragma once
 
 #include <iosfwd>

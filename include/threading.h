@@ -25,6 +25,19 @@
 // child that outlives the creator of the set finds the set removed, and aborts when
 // it takes a section.
 //
+// A child that a plain `fork` makes before the first section makes a set of its own, so
+// parent and child do not exclude each other: make the set first, by `semaphoreSet(false)`.
+//
+// Every user of the machine may use the set, whose mode is 0666: whoever holds one of its
+// sections lets all others wait for it.  A private IPC namespace keeps other users out.  A
+// process that waits for a section aborts when it is stopped and continued (SIGSTOP and
+// SIGCONT), as with any signal that it handles.
+//
+// All of this is for one thread of a process only: further threads share its one
+// `ThreadData`, and what is kept there is not locked.  A shared object that takes a slot is
+// loaded before the `ThreadData` is built, and never unloaded; a process has one copy of the
+// library.
+//
 // Everything here may be used before `main`, in a forked child and at exit, but for
 // `ThreadData::instance`, which after the end refers to what was destroyed.
 #pragma once

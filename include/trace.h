@@ -9,7 +9,8 @@
 // `traceFlag::out()` the `Thread::threadId()`, the message and an end of line.
 //
 // Flags may be created and used before `main`, in a forked child and at exit.
-// The registry is not locked: create and set flags before there are threads.
+// The registry is not locked: flags are for one thread of a process only.  A shared object
+// with a flag of its own is never unloaded, and a process has one copy of the library.
 #pragma once
 
 #include <cstddef>

@@ -11,6 +11,8 @@
 // false, and is the same whatever locale the program has set.  A URI belongs to one
 // thread.  URIs may be used before `main`, in a
 // forked child and at exit.
+//
+// What is kept here is for one thread of a process only.
 #pragma once
 
 #include <cstddef>

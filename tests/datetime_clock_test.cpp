@@ -155,6 +155,8 @@ TEST_F(DateTimeClock, WrapsTheSecondsIn32Bits) {
   EXPECT_EQ(raw(DateTime::now(60)), "4294963696.000005");
   clockReadings = {{2147483647, 999999}};
   EXPECT_EQ(raw(DateTime::now(-1)), "2147483707.999999");
+  clockReadings = {{-1, 7}};  // 1969
+  EXPECT_EQ(raw(DateTime::now(0)), "4294967295.000007");
   if constexpr (sizeof(time_t) > 4) {
     clockReadings = {{static_cast<time_t>(4294967295LL), 0}};
     EXPECT_EQ(raw(DateTime::now(0)), "4294967295.000000");
