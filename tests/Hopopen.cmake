@@ -14,5 +14,5 @@ foreach(name settings_fault_test settings_file_test)
   wraps(${name} mkdir open flock read write fsync fchmod close rename unlink stat lstat fstat
     readlink)
 endforeach()
-target_link_libraries(patterns_test PRIVATE driver)
+target_link_libraries(patterns_test PRIVATE hoplaunch_driver)
 wraps(patterns_test regcomp)
