@@ -40,10 +40,10 @@ __attribute__((noinline)) int crash() {
 
 // The next allocation of this size reads a list that leads nowhere.
 __attribute__((noinline)) void crashInTheAllocator() {
-  auto** volatile chunk = static_cast<void**>(std::malloc(4096));
+  void* volatile chunk = std::malloc(4096);
   void* volatile guard = std::malloc(64);
-  std::free(const_cast<void**>(chunk));
-  chunk[1] = reinterpret_cast<void*>(std::uintptr_t{0x10});
+  std::free(chunk);
+  static_cast<void* volatile*>(chunk)[1] = reinterpret_cast<void*>(std::uintptr_t{0x10});
   void* volatile other = std::malloc(65536);
   std::free(other);
   std::free(guard);
