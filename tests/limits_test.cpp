@@ -220,7 +220,8 @@ TEST(CSVescape, LeavesFormulasAndOtherSeparators) {
 TEST(DateTimeNow, TakesLocalTimeForUTCWithThisCLibrary) {
   setenv("TZ", "AAA+7", 1);
   tzset();
-  const double difference = DateTime::now(LOCAL_TIME) - DateTime::now(0);
+  const DateTime local = DateTime::now(LOCAL_TIME);
+  const double difference = local - DateTime::now(0);
   EXPECT_LE(difference, 0.0);
   EXPECT_GT(difference, -60.0);
 }
