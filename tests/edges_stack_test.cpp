@@ -1,5 +1,4 @@
-// The trace of a crash where little works any more: on an overflown stack, and inside the
-// allocator.
+// The trace of a crash where little works any more: on an overflown stack.
 
 #include <gtest/gtest.h>
 #include <signal.h>
@@ -7,7 +6,6 @@
 
 #include <csignal>
 #include <cstddef>
-#include <cstdint>
 #include <cstdlib>
 
 #include "stack.h"
@@ -38,17 +36,6 @@ __attribute__((noinline)) int overflow(volatile char* above, int depth) {
   return *nowhere;
 }
 
-// The next allocation of this size reads a list that leads nowhere.
-[[maybe_unused]] __attribute__((noinline)) void crashInTheAllocator() {
-  void* volatile chunk = std::malloc(4096);
-  void* volatile guard = std::malloc(64);
-  std::free(chunk);
-  static_cast<void* volatile*>(chunk)[1] = reinterpret_cast<void*>(std::uintptr_t{0x10});
-  void* volatile other = std::malloc(65536);
-  std::free(other);
-  std::free(guard);
-}
-
 void begin() {
   alarm(20);
   stack::installHandler();
@@ -76,20 +63,6 @@ TEST(CrashTrace, NamesTheSignalOfAnOverflownStack) {
         std::exit(overflow(&start, 0));
       },
       testing::KilledBySignal(SIGABRT), "11");
-}
-
-TEST(CrashTrace, IsWrittenForAFaultInsideTheAllocator) {
-#ifdef HAS_OWN_ALLOCATOR
-  GTEST_SKIP() << "the allocator is the sanitizer's";
-#else
-  EXPECT_EXIT(
-      {
-        begin();
-        crashInTheAllocator();
-        std::exit(0);
-      },
-      testing::KilledBySignal(SIGABRT), traced);
-#endif
 }
 
 TEST(CrashTrace, IsWrittenForAFaultElsewhereAsBefore) {
