@@ -76,7 +76,8 @@ only_own_folders() {
   folders=$(ninja -C "$build" -t compdb | grep -E "\"command\": .* -o CMakeFiles/($targets)\\.dir/" |
     grep -oE -- ' -(I|isystem |iquote )[^ ]+' | sort -u)
   printf '%s\n' "$folders"
-  diff <(printf ' -I%s\n' "$top/include" "$top/tools") <(printf '%s\n' "$folders")
+  diff <(printf ' %s\n' "-I$top/include" "-I$top/tools" "-isystem $build/include") \
+    <(printf '%s\n' "$folders")
 }
 
 check 'hoplaunch needs no shared library' needs "$build/hoplaunch"

@@ -20,8 +20,10 @@ std::uint64_t pageSize() {
 // The size of the kernel's pointers, whatever that of this program's.
 std::uint64_t pointerSize() {
   utsname system = {};
-  const bool wide = uname(&system) == 0 && std::strstr(system.machine, "64") != nullptr;
-  return wide ? 8 : sizeof(void*);
+  if (uname(&system) == 0 && std::strstr(system.machine, "64") != nullptr) {
+    return 8;
+  }
+  return sizeof(void*);
 }
 
 // The strings are at the end of the new stack, in front of one pointer.

@@ -13,8 +13,7 @@
 class sourceFile {
  public:
   explicit sourceFile(const std::string& path)
-      : m_descriptor(
-            open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK | O_LARGEFILE)) {}
+      : m_descriptor(open64(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK)) {}
   sourceFile(const sourceFile&) = delete;
   sourceFile& operator=(const sourceFile&) = delete;
   ~sourceFile() {

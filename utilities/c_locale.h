@@ -2,7 +2,7 @@
 // locale the program has set.
 #pragma once
 
-#include <locale.h>
+#include <locale.h>  // NOLINT(modernize-deprecated-headers): POSIX has more in it than C++
 
 /// The C locale of the C library; never freed.
 locale_t cLocale();

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cmath>
 #include <cstddef>
 
@@ -10,6 +11,7 @@ namespace rounding {
 namespace {
 
 constexpr int MANTISSA = 53;  // bits of a double
+constexpr int BIAS = 1023;    // of its exponent
 constexpr std::uint32_t MILLION = 1000000;
 
 // A whole number of 256 bits; a negative one is its two's complement.
@@ -36,7 +38,7 @@ class wideNumber {
 
   void shiftLeft(int count) {
     const auto limbs = static_cast<std::size_t>(count) / 32;
-    const int bits = count % 32;
+    const std::size_t bits = static_cast<std::size_t>(count) % 32;
     for (std::size_t i = m_limbs.size(); i-- > 0;) {
       const std::uint64_t low = i > limbs ? m_limbs[i - limbs - 1] : 0;
       const std::uint64_t high = i >= limbs ? m_limbs[i - limbs] : 0;
@@ -91,10 +93,26 @@ struct splitDouble {
   int exponent;
 
   explicit splitDouble(double value) {
-    mantissa = static_cast<std::uint64_t>(std::ldexp(std::frexp(value, &exponent), MANTISSA));
-    exponent -= MANTISSA;
+    const auto bits = std::bit_cast<std::uint64_t>(value);
+    constexpr std::uint64_t FIRST = std::uint64_t{1} << (MANTISSA - 1);
+    const int biased = static_cast<int>(bits / FIRST);
+    mantissa = bits % FIRST + (biased > 0 ? FIRST : 0);
+    exponent = std::max(biased, 1) - BIAS - MANTISSA + 1;
   }
 };
+
+// 2^`exponent`, which is a normal number.
+double powerOfTwo(int exponent) {
+  return std::bit_cast<double>(static_cast<std::uint64_t>(exponent + BIAS) << (MANTISSA - 1));
+}
+
+// `mantissa` * 2^`exponent`.  The mathematical library would be one more to link.
+double scaled(std::uint64_t mantissa, int exponent) {
+  const int least = 1 - BIAS;
+  const auto number = static_cast<double>(mantissa);
+  return exponent >= least ? number * powerOfTwo(exponent)
+                           : number * powerOfTwo(least) * powerOfTwo(exponent - least);
+}
 
 // The double nearest to (`number` + something less than 1) * 2^`exponent`, where there is
 // something if `more`.
@@ -110,7 +128,7 @@ double nearest(const wideNumber& number, bool more, int exponent) {
     }
     mantissa += more ? 1 : mantissa & 1;
   }
-  return std::ldexp(static_cast<double>(mantissa), exponent + dropped);
+  return scaled(mantissa, exponent + dropped);
 }
 
 }  // namespace
