@@ -102,7 +102,7 @@ class Shell:
             "XDG_CONFIG_DIRS": f"{FOLDER}/none", "XDG_DATA_DIRS": f"{FOLDER}/share",
         }
         self.child = pexpect.spawn(
-            self.name, options, cwd=f"{FOLDER}/work", env=environment, timeout=20, encoding="utf-8",
+            self.name, options, cwd=f"{FOLDER}/start", env=environment, timeout=20, encoding="utf-8",
             codec_errors="replace", dimensions=(50, 250),
         )
         prompt = "function fish_prompt; printf 'read''y>'; end" if self.name == "fish" else "PS1='read''y>'; PS2="
@@ -121,7 +121,7 @@ class Shell:
 
     def arguments(self, typed):
         """What the program was given."""
-        got = f"{FOLDER}/work/got"
+        got = f"{FOLDER}/start/got"
         if os.path.exists(got):
             os.remove(got)
         if self.child is None:
@@ -151,7 +151,7 @@ class Shell:
 
 
 def nothing_ran(name):
-    pwned = [where for where in (f"{FOLDER}/work/pwned", f"{FOLDER}/pwned") if os.path.exists(where)]
+    pwned = [where for where in (f"{FOLDER}/start/pwned", f"{FOLDER}/pwned") if os.path.exists(where)]
     check(f"{name}: nothing in it runs", [], pwned)
     for where in pwned:
         os.remove(where)
@@ -188,14 +188,14 @@ def forms(shell):
 
 
 def make_home():
-    for folder in ("bin", "work", "share/hoplaunch/viewers"):
+    for folder in ("bin", "start", "share/hoplaunch/viewers"):
         os.makedirs(f"{FOLDER}/{folder}")
     os.symlink(HOPOPEN, f"{FOLDER}/bin/hopopen")
     for name in [*NAMES.values(), LINE_FEED]:
         with open(f"{FOLDER}/bin/{name}", "w", encoding="utf-8") as program:
             program.write("#!/bin/sh\n")
         os.chmod(f"{FOLDER}/bin/{name}", 0o755)
-        with open(f"{FOLDER}/work/{name}", "w", encoding="utf-8"):
+        with open(f"{FOLDER}/start/{name}", "w", encoding="utf-8"):
             pass
 
 
