@@ -23,8 +23,8 @@ for ignored in --default-signal=PIPE --ignore-signal=PIPE; do
   same "the launcher's standard output is $name: no set is left" 0 "$sets"
 done
 
-# Files may not grow.  The viewer writes to a pipe.
-small='ulimit -f 0; exec "$@" 2>to_file | cat'
+# Files may not grow, but for those of `cat`.  The viewer writes to a pipe.
+small='(ulimit -f 0; exec "$@" 2>to_file) | cat'
 alone bash -o pipefail -c "$small" bash "$launch" -refcount=1 "-program=$seen" vnc://h/
 same 'standard error may not grow: the viewer starts' '<--autoreconnect=0><h>' "$out"
 same 'standard error may not grow: the status' 0 "$status"
@@ -36,7 +36,8 @@ same 'the log may not grow: no set is left' 0 "$sets"
 alone bash -o pipefail -c "$small" bash "$explain" -refcount=1 "-program=$seen" vnc://h/
 like "hopexplain's standard error may not grow: the launch" 'launch +yes' "$out"
 same "hopexplain's standard error may not grow: no set is left" 0 "$sets"
-alone bash -c 'ulimit -f 0; exec "$@" >to_file' bash "$explain" "-program=$seen" vnc://h/
+alone bash -o pipefail -c '(ulimit -f 0; exec "$@" 2>&1 >to_file) | cat >&2' \
+  bash "$explain" "-program=$seen" vnc://h/
 same "hopexplain's standard output may not grow: the status" 2 "$status"
 like "hopexplain's standard output may not grow: a line on standard error" '.' "$err"
 same "hopexplain's standard output may not grow: no set is left" 0 "$sets"

@@ -40,8 +40,8 @@ for port in 1 22 65535; do
   takes ssh-in-terminal "me@host:$port" "<ssh><-p><$port><--><me@host>\$"
   takes ssh-in-terminal "[::1]:$port" "<ssh><-p><$port><--><::1>\$"
   takes ssh-in-terminal "me@[fe80::1:2]:$port" "<ssh><-p><$port><--><me@fe80::1:2>\$"
-  takes vnc-in-remmina "host:$port" "^<remmina><--connect=vnc://host:$port>\$"
-  takes vnc-in-remmina "[::1]:$port" "^<remmina><--connect=vnc://\[::1\]:$port>\$"
+  takes vnc-in-remmina "host:$port" "^<remmina><--connect=vnc://host:$port\?>\$"
+  takes vnc-in-remmina "[::1]:$port" "^<remmina><--connect=vnc://\[::1\]:$port\?>\$"
   takes vnc-address-only "host:$port" "^<vncviewer>.*<host::?$port>\$"
   takes vnc-address-only "[::1]:$port" "^<vncviewer>.*<\[::1\]::?$port>\$"
 done
@@ -50,8 +50,8 @@ takes ssh-in-terminal me@host '<ssh><--><me@host>$'
 takes ssh-in-terminal '[::1]' '<ssh><--><::1>$'
 takes ssh-in-terminal 'me@[::1]' '<ssh><--><me@::1>$'
 takes ssh-in-terminal 192.0.2.1 '<ssh><--><192.0.2.1>$'
-takes vnc-in-remmina host '^<remmina><--connect=vnc://host>$'
-takes vnc-in-remmina '[2001:db8::1]' '^<remmina><--connect=vnc://\[2001:db8::1\]>$'
+takes vnc-in-remmina host '^<remmina><--connect=vnc://host\?>$'
+takes vnc-in-remmina '[2001:db8::1]' '^<remmina><--connect=vnc://\[2001:db8::1\]\?>$'
 takes vnc-address-only host '^<vncviewer>.*<host>$'
 takes vnc-address-only '[2001:db8::1]' '^<vncviewer>.*<\[2001:db8::1\]>$'
 
