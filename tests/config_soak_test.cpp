@@ -25,15 +25,7 @@
 #include "report_recorder.h"
 #include "semaphore_sets.h"
 
-#if defined(__SANITIZE_ADDRESS__)
-#define UNDER_ASAN 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define UNDER_ASAN 1
-#endif
-#endif
-
-#ifdef UNDER_ASAN
+#ifdef SANITIZED
 // Declared in <sanitizer/allocator_interface.h>, which gcc does not install.
 extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
 #endif
@@ -101,7 +93,7 @@ struct memoryUse {
 };
 
 memoryUse memoryNow() {
-#ifdef UNDER_ASAN
+#ifdef SANITIZED
   // The sanitizer keeps hold of what is freed for a while: the process does grow.
   return {__sanitizer_get_current_allocated_bytes(), 0};
 #else

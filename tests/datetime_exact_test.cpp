@@ -16,7 +16,7 @@
 
 namespace {
 
-#ifdef __SANITIZE_ADDRESS__
+#ifdef SANITIZED
 constexpr int CASES = 50000;  // of each kind: each takes ten times as long
 #else
 constexpr int CASES = 500000;  // of each kind

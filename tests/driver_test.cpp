@@ -3,7 +3,6 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/ipc.h>
 #include <sys/sem.h>
 #include <sys/time.h>
 #include <sys/wait.h>
@@ -16,7 +15,6 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -26,6 +24,7 @@
 #include "events.h"
 #include "launch.h"
 #include "system.h"
+#include "system_sets.h"
 #include "threading.h"
 #include "trace.h"
 
@@ -36,24 +35,6 @@ using Strings = std::vector<std::string>;
 std::string readFile(const std::string& name) {
   std::ifstream in(name, std::ios::binary);
   return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
-
-// The sets on whose first semaphore `process` acted last.
-std::size_t setsOf(pid_t process) {
-  std::size_t result = 0;
-  std::ifstream in("/proc/sysvipc/sem");
-  std::string line;
-  EXPECT_TRUE(std::getline(in, line)) << "/proc/sysvipc/sem cannot be read";
-  while (std::getline(in, line)) {
-    std::istringstream fields(line);
-    int key = 0;
-    int id = 0;
-    fields >> key >> id;
-    if (semctl(id, 0, GETPID) == process) {
-      ++result;
-    }
-  }
-  return result;
 }
 
 // What `execvp` and `nanosleep` were called with.
@@ -124,7 +105,7 @@ int __wrap_execvp(const char* file, char* const* arguments) {
   for (; *arguments != nullptr; ++arguments) {
     calls.vector.emplace_back(*arguments);
   }
-  calls.setsLeft = setsOf(getpid());
+  calls.setsLeft = setsOf(getpid()).size();
   calls.log = readFile(calls.logName);
   calls.logFlags = descriptorFlags(calls.logName);
   if (calls.meanwhile != nullptr) {
@@ -293,7 +274,7 @@ TEST_F(Driver, HasSectionsAgainAfterAFailedExecution) {
     bool taken = false;
     {
       const criticalSection section(CS_REFCOUNT, false);
-      taken = section.okay() && criticalSection::have(CS_REFCOUNT) && setsOf(getpid()) == 1;
+      taken = section.okay() && criticalSection::have(CS_REFCOUNT) && setsOf(getpid()).size() == 1;
     }
     const bool launchedAgain = process({"ssh://h/"}, logged({})) == -1 && calls.setsLeft == 0;
     const bool edited = !editableConfigDB().null();
@@ -305,12 +286,12 @@ TEST_F(Driver, HasSectionsAgainAfterAFailedExecution) {
   ASSERT_TRUE(WIFEXITED(status)) << "killed by signal " << WTERMSIG(status);
   EXPECT_EQ(0, WEXITSTATUS(status))
       << "1: the launch went wrong, 2: no section, 4: the second launch went wrong, 8: no edit";
-  EXPECT_EQ(0U, setsOf(child));
+  EXPECT_EQ(0U, setsOf(child).size());
 }
 
 TEST_F(Driver, LeavesTheSemaphoresOfItsParentAlone) {
   { const criticalSection section(CS_STDOUT, false); }
-  const std::size_t before = setsOf(getpid());
+  const std::size_t before = setsOf(getpid()).size();
   ASSERT_EQ(1U, before);
   const int id = semaphoreSet(false);
   const pid_t child = fork();

@@ -16,23 +16,13 @@
 #include "kept_traces.h"
 #include "stack.h"
 
-// Sanitizers bring an allocator of their own.
-#if defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define FOREIGN_ALLOCATOR
-#endif
-#endif
-#if defined(__SANITIZE_ADDRESS__)
-#define FOREIGN_ALLOCATOR
-#endif
-
 namespace {
 
 volatile int kept = 0;  // stops calls from becoming jumps
 
 }  // namespace
 
-#if !defined(FOREIGN_ALLOCATOR)
+#if !defined(SANITIZED)  // sanitizers bring an allocator of their own
 namespace {
 
 enum allocatorState { WORKS, FAULTS, IS_BROKEN };
@@ -119,7 +109,7 @@ TEST(signalHandler, TracesAnOverflownStack) {
     const rlimit small = {1024 * 1024, 1024 * 1024};
     setrlimit(RLIMIT_STACK, &small);
     stack::installHandler();
-#if !defined(FOREIGN_ALLOCATOR)
+#if !defined(SANITIZED)
     allocator = IS_BROKEN;
 #endif
     overflow(0);

@@ -10,14 +10,6 @@
 #include "blocking_logs.h"
 #include "hopopen_runner.h"
 
-#if defined(__SANITIZE_ADDRESS__)
-#define SANITIZED 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define SANITIZED 1
-#endif
-#endif
-
 namespace {
 
 using door::Machine;

@@ -13,21 +13,13 @@
 
 #include "launcher_runner.h"
 
-// A sanitizer's runtime takes these signals for itself.
-#if defined(__SANITIZE_ADDRESS__)
-#define SANITIZED 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define SANITIZED 1
-#endif
-#endif
-
 namespace {
 
 using launcher::Outcome;
 using launcher::Strings;
 using launcher::Workshop;
 
+// A sanitizer's runtime takes some signals for itself.
 #ifdef SANITIZED
 constexpr bool sanitized = true;
 #else

@@ -8,14 +8,6 @@
 #include "launcher_runner.h"
 #include "system_sets.h"
 
-#if defined(__SANITIZE_ADDRESS__)
-#define SANITIZED 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define SANITIZED 1
-#endif
-#endif
-
 namespace {
 
 using launcher::Outcome;
