@@ -11,6 +11,7 @@
 #include <random>
 #include <string>
 
+#include "../utilities/rounding.h"
 #include "datetime.h"
 #include "datetime_probe.h"
 
@@ -274,6 +275,15 @@ TEST(DateTimePlus, TellsTheSmallestDoubleFromNothing) {
   EXPECT_EQ(raw(rawTime(1, 0) - 4.9406564584124654e-324), "1.000000");
   EXPECT_EQ(raw(rawTime(1, 0) - 0x1p-54), "1.000000");  // halfway: to the even one
   EXPECT_EQ(raw(rawTime(1, 0) - 0x1.8p-54), "0.999999");
+}
+
+// Nothing below it expects a sign at a zero.
+TEST(DateTimePlus, MakesNoNegativeZero) {
+  EXPECT_FALSE(std::signbit(rounding::sum(0, -0.0)));
+  EXPECT_FALSE(std::signbit(rounding::sum(0, 0.0)));
+  EXPECT_FALSE(std::signbit(rounding::sum(1000000, -1.0)));
+  EXPECT_EQ(raw(rawTime(0, 0) + -0.0), "0.000000");
+  EXPECT_EQ(raw(rawTime(0, 0) - 0.0), "0.000000");
 }
 
 TEST(DateTimePlus, KnowsNoNumberButThoseOfTheRange) {

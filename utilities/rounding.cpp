@@ -136,7 +136,7 @@ double nearest(const wideNumber& number, bool more, int exponent) {
 double sum(std::int64_t millionths, double addend) {
   constexpr int SCALE = 163;  // the last bit of the smallest addend below is 2^-162
   if (millionths == 0) {
-    return addend;
+    return addend + 0.0;  // a negative zero becomes 0
   }
   const double size = std::abs(addend);
   // The millionths are a double, halfway between two, or at least 2^-94 away from both.  So

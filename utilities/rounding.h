@@ -10,14 +10,14 @@
 namespace rounding {
 
 /// The double nearest to `millionths` / 1,000,000 + `addend`, of two that are equally near
-/// the even one.
+/// the even one.  Never a negative zero.
 ///
 /// REQUIRES: `addend` is between -2^33 and 2^33.
 double sum(std::int64_t millionths, double addend);
 
 /// The double nearest to 1,000,000 times `value`, of two that are equally near the even one.
 ///
-/// REQUIRES: `value` is at least 0 and less than 1.
+/// REQUIRES: `value` is at least 0, not a negative zero, and less than 1.
 double millionTimes(double value);
 
 }  // namespace rounding
