@@ -8,12 +8,13 @@
 
 #include "ascii.h"
 #include "conversion.h"
+#include "lasting.h"
 
 namespace {
 
 const std::string& emptyString() {
-  static const auto& empty = *new std::string;  // may be asked for at exit
-  return empty;
+  static const internal::lasting<std::string> empty;  // may be asked for at exit
+  return *empty;
 }
 
 // The number of bytes that two texts begin with alike, by the word as far as there are whole

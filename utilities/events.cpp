@@ -11,7 +11,9 @@
 #include "conversion.h"
 #include "datetime.h"
 #include "handler_walk.h"
+#include "lasting.h"
 #include "processes.h"
+#include "standard_error.h"
 #include "startup.h"
 
 // --- Texts -----------------------------------------------------------------
@@ -186,13 +188,14 @@ void assertionFailed(const char* expression, const char* filename, int line) {
 // --- Handler maps ----------------------------------------------------------
 
 ThreadedEventHandlerList& ThreadedEventHandlerList::theInstance() {
-  static auto& instance = *new ThreadedEventHandlerList;
-  return instance;
+  static internal::lasting<ThreadedEventHandlerList> instance(
+      [] { return ThreadedEventHandlerList(); });
+  return *instance;
 }
 
 EventHandlerMap& ThreadedEventHandlerList::startUpMap() {
-  static auto& map = *new EventHandlerMap;
-  return map;
+  static internal::lasting<EventHandlerMap> map;
+  return *map;
 }
 
 EventHandlerMap& ThreadedEventHandlerList::local() {
@@ -212,13 +215,14 @@ const char* ThreadedEventHandlerList::name() const {
 
 namespace {
 
-[[gnu::init_priority(START_FLAGS)]] lasting<traceFlag> threadFlag("reportThread", 0);
-[[gnu::init_priority(START_FLAGS)]] lasting<traceFlag> stackFlag("reportStack", 0);
+[[gnu::init_priority(START_FLAGS)]] internal::lasting<traceFlag> threadFlag("reportThread", 0);
+[[gnu::init_priority(START_FLAGS)]] internal::lasting<traceFlag> stackFlag("reportStack", 0);
 
 }  // namespace
 
-constinit traceFlag& eventHandler::reportThread = threadFlag.object;
-constinit traceFlag& eventHandler::reportStack = stackFlag.object;
+// Casts of addresses, so that they are there before any code runs.
+traceFlag& eventHandler::reportThread = reinterpret_cast<traceFlag&>(threadFlag);
+traceFlag& eventHandler::reportStack = reinterpret_cast<traceFlag&>(stackFlag);
 
 namespace {
 
@@ -372,13 +376,13 @@ std::string storingHandler::str() const {
 
 storingHandler& storingHandler::theInstance() {
   static constexpr int PRIORITY = 10;
-  static auto& instance = *new storingHandler(PRIORITY, AUD_ALL, WARNING);
+  static internal::lasting<storingHandler> instance(PRIORITY, AUD_ALL, WARNING);
   handlerMap& map = ThreadedEventHandlerList::local().theMap;
   const auto [first, last] = map.equal_range(PRIORITY);
-  if (std::none_of(first, last, [](const auto& entry) { return entry.second == &instance; })) {
-    map.insert({PRIORITY, &instance});
+  if (std::none_of(first, last, [](const auto& entry) { return entry.second == &*instance; })) {
+    map.insert({PRIORITY, &*instance});
   }
-  return instance;
+  return *instance;
 }
 
 // --- ignoreHandler ---------------------------------------------------------

@@ -10,13 +10,14 @@
 
 #include "demangler.h"
 #include "frames.h"
+#include "lasting.h"
 
 namespace {
 
 // The lines of every trace stay until the end, for whoever looks into a core file.
 std::list<char**>& kept() {
-  static auto& traces = *new std::list<char**>;
-  return traces;
+  static internal::lasting<std::list<char**>> traces;
+  return *traces;
 }
 
 // A line of `backtrace_symbols`.  That asks the loader for names, which a static program
