@@ -47,7 +47,6 @@ const std::map<std::string, std::string> IMPLEMENTED_BY = {
     {"DistName.h", "directory/DNorder"},
     {"countedMap.h", "utilities/refcount"},
     {"pointers.h", "utilities/refcount"},
-    {"stringcomp.h", "utilities/assoclist"},
 };
 
 const fs::path TOP = SOURCES;
