@@ -44,7 +44,6 @@ constexpr exemption EXEMPTIONS[] = {
 
 // Headers of include/ that no source is named after, and the units that implement them.
 const std::map<std::string, std::string> IMPLEMENTED_BY = {
-    {"DistName.h", "directory/DNorder"},
     {"countedMap.h", "utilities/refcount"},
     {"pointers.h", "utilities/refcount"},
 };
