@@ -42,9 +42,10 @@ constexpr exemption EXEMPTIONS[] = {
     {"utilities/uri", "brimcore"},        // viewers and their options are items
 };
 
-// Headers of include/ that no source is named after, and the units that implement them.
+// Headers of include/ that no source is named after, and the units that have them.
 const std::map<std::string, std::string> IMPLEMENTED_BY = {
     {"countedMap.h", "utilities/refcount"},
+    {"lasting.h", "utilities/lasting"},
     {"pointers.h", "utilities/refcount"},
 };
 
