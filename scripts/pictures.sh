@@ -5,8 +5,8 @@
 #   scripts/pictures.sh [NAME...]
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
-# shellcheck source=scripts/packages.sh
-source scripts/packages.sh
+# shellcheck source=scripts/lib.sh
+source scripts/lib.sh
 need imagemagick
 
 if (($# == 0)); then
