@@ -1,4 +1,4 @@
-# The front door.  It alone uses further libraries, all of them headers; scripts/linked.sh
+# The front door.  It alone uses further libraries, all of them headers; scripts/check linked
 # shows that nothing of them is in the other programs and the library.
 
 foreach(header CLI/CLI.hpp toml++/toml.h nlohmann/json.hpp)
