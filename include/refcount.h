@@ -6,7 +6,7 @@
 // changes it, and publishes it, which makes the previous canonical instance
 // obsolete: whoever still holds that sees it unchanged.  Publication with `check`
 // succeeds only when the clone was made from what is still canonical, so of two
-// writers that race exactly one wins, and the other is told.
+// writers that race exactly one wins, and the other learns that it lost.
 //
 // *Ownership.*  An instance counts the handles that hold it and the clones made
 // from it that are not published yet; whoever takes the count to zero destroys
@@ -31,9 +31,8 @@
 #include <cstdint>
 #include <typeinfo>
 
-#include "asserts.h"
+#include "assertion.h"
 #include "lasting.h"
-#include "pointers.h"
 #include "threading.h"
 
 #pragma GCC visibility push(default)

@@ -44,6 +44,7 @@ constexpr exemption EXEMPTIONS[] = {
 
 // Headers of include/ that no source is named after, and the units that have them.
 const std::map<std::string, std::string> IMPLEMENTED_BY = {
+    {"assertion.h", "utilities/asserts"},
     {"countedMap.h", "utilities/refcount"},
     {"lasting.h", "utilities/lasting"},
     {"pointers.h", "utilities/refcount"},

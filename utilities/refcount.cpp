@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "lasting.h"
+#include "pointers.h"
 #include "processes.h"
 #include "stack.h"
 #include "startup.h"

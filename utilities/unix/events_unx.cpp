@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstring>
 #include <locale>
+#include <sstream>
 
 #include "../c_locale.h"
 #include "events.h"
