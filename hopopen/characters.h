@@ -2,6 +2,7 @@
 // Nothing here depends on the locale.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -36,7 +37,7 @@ constexpr bool isControl(char c) {
 constexpr bool isPrintable(char c) {
   return c >= ' ' && c <= '~';
 }
-/// What stands for itself in every part of a URI (RFC 3986, section 2.3).
+/// What means itself in every part of a URI (RFC 3986, section 2.3).
 constexpr bool isUnreserved(char c) {
   return isAlnum(c) || c == '-' || c == '.' || c == '_' || c == '~';
 }

@@ -1,9 +1,12 @@
 #include "host.h"
 
 #include <arpa/inet.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
 
 #include <algorithm>
 #include <cstring>
+#include <string_view>
 
 #include "characters.h"
 #include "percent.h"
@@ -93,14 +96,14 @@ std::optional<hostFault> readZone(const piece& zone) {
     const char c = zone.text[i];
     if (!isWord(c) && c != '.' && c != '-') {
       return hostFault{zone.start + i,
-                       "The zone behind the address has a character that it cannot have."};
+                       "The zone after the address has a character that it cannot have."};
     }
     if (i == LONGEST_ZONE) {
-      return hostFault{zone.start + i, "The zone behind the address is too long."};
+      return hostFault{zone.start + i, "The zone after the address is too long."};
     }
   }
   if (zone.text.empty()) {
-    return hostFault{zone.start, "The zone behind the address is empty."};
+    return hostFault{zone.start, "The zone after the address is empty."};
   }
   return {};
 }

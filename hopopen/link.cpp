@@ -1,7 +1,6 @@
 #include "link.h"
 
 #include <algorithm>
-#include <array>
 #include <string_view>
 
 #include "characters.h"

@@ -3,7 +3,7 @@
 // elsewhere.
 //
 // Whatever a stranger can put into a link is held against a short list of what is allowed,
-// and all else is refused, so that a piece can be handed to any program.
+// and all else is refused, so that any program can be given a piece.
 #pragma once
 
 #include <cstddef>
@@ -31,7 +31,7 @@ struct link {
   bool fragment = false;              ///< whether there is one that is not empty
 };
 
-/// The first steps: takes in the text, and reads its scheme.
+/// The first steps: keeps the text, and reads its scheme.
 verdict readScheme(const std::string& text, link& into);
 
 /// All other steps.

@@ -1,5 +1,7 @@
 #include "parameters.h"
 
+#include <optional>
+#include <string_view>
 #include <utility>
 
 #include "characters.h"

@@ -5,6 +5,8 @@
 
 #include "assoclist.h"
 #include "conversion.h"
+#include "find_program.h"
+#include "plan.h"
 #include "uri.h"
 
 namespace {

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstddef>
 
 launchLog::launchLog(const std::string& path) {
   if (path.empty()) {

@@ -7,7 +7,7 @@
 std::string shellWord(const std::string& text) {
   constexpr const char* plain =
       "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789%+,-./:=@_";
-  // zsh takes a word that begins with "=" for the name of a command.
+  // A word that begins with "=" is the name of a command for zsh.
   if (!text.empty() && text.front() != '=' && text.find_first_not_of(plain) == std::string::npos) {
     return text;
   }
