@@ -2,15 +2,12 @@
 
 #include "language.h"
 
-#include "../utilities/startup.h"
-#include "configRef.h"
 #include "events.h"
+#include "items.h"
 #include "language_tables.h"
 #include "lasting.h"
 
 namespace {
-
-[[gnu::init_priority(START_ITEMS)]] configString defaultLanguage("defaultLanguage", "English");
 
 const std::string& negativeIndex() {
   static const internal::lasting<std::string> text("<negative string index>");
@@ -81,7 +78,7 @@ language& language::find(const std::string& name) {
 }
 
 language& language::Default() {
-  const std::string& wanted = defaultLanguage.value(false);
+  const std::string& wanted = internal::defaultLanguage.value(false);
   if (!wanted.empty()) {
     const auto found = languages().find(wanted);
     if (found != languages().end()) {

@@ -23,7 +23,7 @@ namespace fs = std::filesystem;
 const std::map<std::string, std::set<std::string>> FOUNDATIONS = {
     {"hopopen", {"brimcore", "directory", "tools", "utilities"}},
     {"tools", {"brimcore", "directory", "utilities"}},
-    {"brimcore", {"utilities"}},
+    {"brimcore", {"directory", "utilities"}},
     {"directory", {"utilities"}},
     {"utilities", {}},
 };
@@ -34,12 +34,7 @@ struct exemption {
   const char* folder;
 };
 constexpr exemption EXEMPTIONS[] = {
-    {"brimcore/configDB", "directory"},   // an item knows the name of its source
-    {"brimcore/configRef", "directory"},  // a value may be read as a name
-    {"directory/DNorder", "brimcore"},    // registers the item MaxShortName
-    {"utilities/startup", "brimcore"},    // keeps every static object in a program
-    {"utilities/startup", "directory"},   // likewise
-    {"utilities/uri", "brimcore"},        // viewers and their options are items
+    {"utilities/uri", "brimcore"},  // viewers and their options are items
 };
 
 // Headers of include/ that no source is named after, and the units that have them.

@@ -15,7 +15,7 @@
 #include "standard_error.h"
 #include "startup.h"
 #include "threading.h"
-#include "trace.h"
+#include "trace_flags.h"
 
 // --- Handler maps ----------------------------------------------------------
 
@@ -45,16 +45,9 @@ const char* ThreadedEventHandlerList::name() const {
 
 // --- eventHandler ----------------------------------------------------------
 
-namespace {
-
-[[gnu::init_priority(START_FLAGS)]] internal::lasting<traceFlag> threadFlag("reportThread", 0);
-[[gnu::init_priority(START_FLAGS)]] internal::lasting<traceFlag> stackFlag("reportStack", 0);
-
-}  // namespace
-
 // Casts of addresses, so that they are there before any code runs.
-traceFlag& eventHandler::reportThread = reinterpret_cast<traceFlag&>(threadFlag);
-traceFlag& eventHandler::reportStack = reinterpret_cast<traceFlag&>(stackFlag);
+traceFlag& eventHandler::reportThread = reinterpret_cast<traceFlag&>(internal::reportThreadFlag);
+traceFlag& eventHandler::reportStack = reinterpret_cast<traceFlag&>(internal::reportStackFlag);
 
 namespace {
 
