@@ -142,7 +142,7 @@ namespace {
 struct slot {
   slot() { threadedConfigDB::theInstance(); }
 };
-[[gnu::init_priority(START_ITEMS), gnu::used]] const slot theSlot;
+[[gnu::init_priority(internal::START_ITEMS), gnu::used]] const slot theSlot;
 
 }  // namespace
 

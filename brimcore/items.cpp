@@ -16,9 +16,10 @@ struct registrationDB : writeableConfigDB {
 
 }  // namespace
 
-[[gnu::init_priority(START_ITEMS)]] configArray PROGRAMS("PROGRAMS", defaultPrograms);
-[[gnu::init_priority(START_ITEMS)]] configString URI_SCHEME("URI_SCHEME", "VNC");
-[[gnu::init_priority(START_ITEMS)]] configArray VNC_OPTIONS("VNC_OPTIONS", defaultVNCoptions);
+[[gnu::init_priority(internal::START_ITEMS)]] configArray PROGRAMS("PROGRAMS", defaultPrograms);
+[[gnu::init_priority(internal::START_ITEMS)]] configString URI_SCHEME("URI_SCHEME", "VNC");
+[[gnu::init_priority(internal::START_ITEMS)]] configArray VNC_OPTIONS("VNC_OPTIONS",
+                                                                      defaultVNCoptions);
 
 namespace internal {
 

@@ -55,7 +55,7 @@ namespace {
 struct starter {
   starter() { storingHandler::theInstance(); }
 };
-[[gnu::init_priority(START_ITEMS), gnu::used]] const starter standardHandler;
+[[gnu::init_priority(internal::START_ITEMS), gnu::used]] const starter standardHandler;
 
 bool erase(handlerMap& map, const eventHandler* handler) {
   const auto found = std::find_if(map.begin(), map.end(),
@@ -74,7 +74,7 @@ eventHandler::eventHandler(int priority) {
 }
 
 eventHandler::~eventHandler() {
-  handlerWalk::forget(this);
+  internal::handlerWalk::forget(this);
   // A handler of the start-up map may go while a thread's map is the current one,
   // and must not be left behind for the reports at exit.
   if (!erase(ThreadedEventHandlerList::local().theMap, this)) {
@@ -114,7 +114,7 @@ bool stderrHandler::handle(eventReport& event) {
     const std::string message =
         buildMessage(event, DateTime::now(PRECISE_TIME).format(DS_ISO8601P));
     const criticalSection section(CS_STDOUT, false);
-    standardError() << message << std::flush;
+    internal::standardError() << message << std::flush;
   }
   return event.audience() == AUD_NULL;
 }

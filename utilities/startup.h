@@ -8,5 +8,9 @@
 // What code that runs at the very end may still use is `lasting` (lasting.h).
 #pragma once
 
+namespace internal {
+
 constexpr int START_FLAGS = 101;  // trace flags: everything below may test them
 constexpr int START_ITEMS = 102;  // configuration items, slots, the storing handler
+
+}  // namespace internal

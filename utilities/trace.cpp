@@ -72,7 +72,7 @@ std::vector<std::pair<std::string, traceFlag*>> traceFlag::allFlags() {
 
 std::ostream& traceFlag::out() {
   if (c_output == nullptr) {
-    c_output = &standardError();
+    c_output = &internal::standardError();
   }
   return *c_output;
 }
