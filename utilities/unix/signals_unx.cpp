@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <ostream>
 
-#include "../startup.h"
+#include "../standard_error.h"
 #include "conversion.h"
 #include "frames.h"
 #include "processes.h"
