@@ -81,7 +81,7 @@ described_options() {
 }
 codes() { sed -n 's/^      return "\(.*\)";$/\1/p' hopopen/refusal.cpp | sort; }
 known_parameters() { sed -n 's/^    {"\([A-Za-z]*\)", "[a-z]*", meaning::.*/\1/p' hopopen/meaning.cpp | sort; }
-definition_keys() { sed -n 's/^    {"\([a-z]*\)", &reader::.*/\1/p' hopopen/definition.cpp | sort; }
+definition_keys() { sed -n 's/^    {"\([a-z]*\)", &reader::.*/\1/p' hopopen/definition_reader.cpp | sort; }
 placeholders() { sed -n 's/^    {"\([a-z]*\)", placeholder::.*/{\1}/p' hopopen/template.cpp | sort; }
 
 # opening_json ARGUMENT...: the object that hopopen prints.

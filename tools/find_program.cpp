@@ -1,4 +1,4 @@
-#include "explain_search.h"
+#include "find_program.h"
 
 #include <climits>
 
