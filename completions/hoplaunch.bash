@@ -98,9 +98,11 @@ _hoplaunch() {
     cur=${cur#*=}
   fi
 
+  # list of docs/items.tsv: bash
   local keys='-log= -program= -style= -portArg= -PROGRAMS= -VNC_OPTIONS= -URI_SCHEME= -dummy=
     -MaxShortName= -LogDateFormat= -LogTimeZone= -defaultLanguage='
   local flags='-refcount=1 -hoplaunch=1 -configDB=1 -reportThread=1 -reportStack=1'
+  # end of list
   local explains=''
   if [[ ${words[0]##*/} == hopexplain ]]; then
     explains=yes

@@ -1,4 +1,5 @@
-"""Keeps the figures of the documents (see scripts/figures).
+"""Writes what is generated in the documents (see scripts/figures): figures that were measured,
+the lists of items and flags, and the picture of the layers.
 
 A file docs/figures/NAME.json has what one measurement gave: its command, the commit, and
 
@@ -13,6 +14,9 @@ A document has them between markers.  A block, for a text or a table:
     <!-- end of figures -->
 
 and, in a line, a value: <!-- figure NAME VALUE -->266<!-- end -->.
+
+Lists are between lines that end in "list of docs/items.tsv: FORM" and "end of list", the
+picture is between "<!-- picture layers -->" and "<!-- end of picture -->".
 """
 
 import json
@@ -20,9 +24,13 @@ import pathlib
 import re
 import subprocess
 import sys
+import textwrap
 
 KEPT = pathlib.Path("docs/figures")
 BLOCK = re.compile(r"(<!-- figures (\S+)(?: (\S+))? -->\n).*?(<!-- end of figures -->\n)", re.DOTALL)
+LIST = re.compile(r"(^[^\n]*\blist of docs/items\.tsv: (\w+)\n).*?(^[^\n]*\bend of list\n)",
+                  re.MULTILINE | re.DOTALL)
+PICTURE = re.compile(r"(<!-- picture layers -->\n).*?(<!-- end of picture -->\n)", re.DOTALL)
 VALUE = re.compile(r"(<!-- figure (\S+) (\S+) -->).*?(<!-- end -->)", re.DOTALL)
 
 
@@ -137,7 +145,101 @@ def block(name, part):
     return "\n" + "".join(f"    {line}".rstrip() + "\n" for line in lines) + "\n"
 
 
+def items():
+    """The rows of docs/items.tsv (see its head)."""
+    lines = pathlib.Path("docs/items.tsv").read_text(encoding="utf-8").splitlines()
+    return [line.split("\t") for line in lines if not line.startswith("#")]
+
+
+def keys(*kinds):
+    return [row[1] for row in items() if row[0] in kinds]
+
+
+def man(kind):
+    """The items of a list of mdoc, but for those that are written by hand."""
+    return "".join(f".It Fl {key} Ns = Ns Ar {value}\n{text}\n"
+                   for of, key, value, _, _, text in items() if of == kind and text)
+
+
+def hints(*kinds):
+    """Entries of _describe, as zsh quotes them."""
+    words = {"item": ["item"], "flag": ["trace flag"]}
+    for kind, key, _, _, hint, _ in items():
+        if kind in kinds:
+            told = "\\: ".join(words.get(kind, []) + [hint] * bool(hint))
+            quote = '"' if "'" in told else "'"
+            yield f"    {quote}-{key}=:{told}{quote}\n"
+
+
+def in_lines(words, width=80):
+    return textwrap.wrap(" ".join(words), width, break_on_hyphens=False)
+
+
+def fish(words):
+    return "".join(f"    string split ' ' -- '{line}'\n" for line in in_lines(words))
+
+
+def listed(form):
+    options = [f"-{key}=" for key in keys("launch", "item")]
+    switches = [f"-{key}=1" for key in keys("flag")]
+    if form in ("man_item", "man_flag"):
+        return man(form[4:])
+    if form == "bash":
+        return ("  local keys='" + "\n    ".join(in_lines(options)) + "'\n"
+                "  local flags='" + "\n    ".join(in_lines(switches)) + "'\n")
+    if form == "zsh":
+        return ("  local -a keys=(\n" + "".join(hints("launch", "item")) + "  )\n"
+                "  local -a flags=(\n" + "".join(hints("flag")) + "  )\n")
+    return fish(options) + fish(switches)
+
+
+# --- The picture of the layers ---------------------------------------------------
+
+FOLDERS = {
+    "hopopen": "what a click starts",
+    "tools": "hoplaunch and hopexplain",
+    "brimcore": "configuration, links of hoplaunch, languages",
+    "directory": "distinguished names",
+    "utilities": "text, dates, reports, counts, processes",
+}
+
+
+def folder_of_headers():
+    """For each header the folder that implements it."""
+    found = {}
+    for header in pathlib.Path("include").glob("*.h"):
+        found[header.name] = "utilities"
+        for folder in FOLDERS:
+            if list(pathlib.Path(folder).rglob(f"{header.stem}.cpp")):
+                found[header.name] = folder
+    for folder in FOLDERS:
+        found |= {header.name: folder for header in pathlib.Path(folder).rglob("*.h")}
+    return found
+
+
+def arrows():
+    """Which folder uses which, by what their sources include."""
+    owners = folder_of_headers()
+    found = set()
+    for folder in FOLDERS:
+        for source in sorted(pathlib.Path(folder).rglob("*")):
+            if source.suffix in (".cpp", ".h"):
+                text = source.read_text(encoding="utf-8")
+                names = re.findall(r'^#include "(?:.*/)?([^"/]+)"', text, re.MULTILINE)
+                found |= {(folder, owners[name]) for name in names if name in owners}
+    return sorted((one, other) for one, other in found if one != other)
+
+
+def picture():
+    lines = ["```mermaid", "flowchart TB"]
+    lines += [f'  {name}["{name}/: {text}"]' for name, text in FOLDERS.items()]
+    lines += [f"  {one} --> {other}" for one, other in arrows()]
+    return "\n".join(lines) + "\n```\n"
+
+
 def written(text):
+    text = LIST.sub(lambda found: found[1] + listed(found[2]) + found[3], text)
+    text = PICTURE.sub(lambda found: found[1] + picture() + found[2], text)
     text = BLOCK.sub(lambda found: found[1] + block(found[2], found[3]) + found[4], text)
     return VALUE.sub(lambda found: found[1] + results(found[2])["values"][found[3]] + found[4], text)
 
@@ -155,13 +257,14 @@ def main():
         sys.exit("Usage: scripts/figures [--check | --measure [NAME...] | --pictures [NAME...]]")
     different = 0
     used = set()
-    for page in sorted([*pathlib.Path().glob("*.md"), *pathlib.Path("docs").glob("*.md")]):
+    for page in sorted([*pathlib.Path().glob("*.md"), *pathlib.Path("docs").glob("*.md"),
+                        *pathlib.Path("man").glob("*.1"), *pathlib.Path("completions").iterdir()]):
         text = page.read_text(encoding="utf-8")
         used |= {found[2] for found in [*BLOCK.finditer(text), *VALUE.finditer(text)]}
         new = written(text)
         if new != text:
             different += 1
-            print(f"{page} differs from docs/figures/" if option == "--check" else page)
+            print(f"{page} differs from what scripts/figures writes" if option == "--check" else page)
             if option != "--check":
                 page.write_text(new, encoding="utf-8")
     for unused in {file.stem for file in KEPT.glob("*.json")} - used:
