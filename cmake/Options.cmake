@@ -55,10 +55,9 @@ if(HOPLAUNCH_STATIC)
     -static-pie LINKER:--gc-sections LINKER:-z,pack-relative-relocs
     # What is exported is for stack traces, which read the older form of the table.
     LINKER:--exclude-libs=libstdc++.a:libgcc.a:libgcc_eh.a LINKER:--hash-style=sysv
-    LINKER:--dynamic-list=${CMAKE_CURRENT_LIST_DIR}/traced.list
-    LINKER:-T,${CMAKE_CURRENT_LIST_DIR}/launch.ld)
+    LINKER:--dynamic-list=${CMAKE_CURRENT_LIST_DIR}/traced.list)
   set_target_properties(hoplaunch_quick_start PROPERTIES INTERFACE_LINK_DEPENDS
-    "${CMAKE_CURRENT_LIST_DIR}/traced.list;${CMAKE_CURRENT_LIST_DIR}/launch.ld")
+    "${CMAKE_CURRENT_LIST_DIR}/traced.list")
 else()
   target_link_libraries(hoplaunch_quick_start INTERFACE hoplaunch_own_library)
 endif()
