@@ -1,4 +1,23 @@
-# What every target of the project is compiled with, and what those of other projects are.
+# The options, what every target of the project is compiled with, and what those of other
+# projects are.
+
+# The options, all of them.  Another project that adds this one as a folder does not get what
+# depends on PROJECT_IS_TOP_LEVEL unless it asks for it.
+option(HOPLAUNCH_TESTS "Build the tests" ${PROJECT_IS_TOP_LEVEL})
+option(HOPLAUNCH_HOPOPEN "Build hopopen, which needs three further libraries"
+  ${PROJECT_IS_TOP_LEVEL})
+option(HOPLAUNCH_INSTALL "Install, and prepare what is installed" ${PROJECT_IS_TOP_LEVEL})
+option(HOPLAUNCH_STATIC "Link the C library into hoplaunch, too" ${PROJECT_IS_TOP_LEVEL})
+option(HOPLAUNCH_HARDENING "Harden release builds" ${PROJECT_IS_TOP_LEVEL})
+option(HOPLAUNCH_LONG_TESTS "Run all tests with gigabytes of text, which take ten minutes" OFF)
+option(HOPLAUNCH_SHARED "Build the shared library, too" ON)
+option(HOPLAUNCH_PACKAGE "Prepare Debian packages; ./package does" OFF)
+option(HOPLAUNCH_BENCHMARKS "Build what bench/run measures" OFF)
+option(HOPLAUNCH_AGREEMENT "Build what scripts/check agreement runs" OFF)
+option(HOPLAUNCH_WERROR "Treat warnings as errors" OFF)
+set(HOPLAUNCH_SANITIZE "" CACHE STRING "Sanitizers to build with, for example address,undefined")
+option(HOPLAUNCH_COVERAGE "Build for measuring coverage" OFF)
+option(HOPLAUNCH_FUZZ "Build the fuzzers in place of the tests, by clang" OFF)
 
 if(PROJECT_IS_TOP_LEVEL AND NOT CMAKE_BUILD_TYPE)
   set(CMAKE_BUILD_TYPE Release)
@@ -20,7 +39,6 @@ endif()
 # What is shipped makes a fault hard to turn into an attack: it lies at addresses that
 # nobody knows, notices a broken stack, checks the sizes that the compiler knows, and
 # has its tables read-only before `main`.  scripts/check hardening looks at the result.
-option(HOPLAUNCH_HARDENING "Harden release builds" ${PROJECT_IS_TOP_LEVEL})
 if(HOPLAUNCH_HARDENING AND CMAKE_BUILD_TYPE STREQUAL "Release" AND NOT HOPLAUNCH_SANITIZE)
   set(type $<TARGET_PROPERTY:TYPE>)
   target_compile_options(hoplaunch_options INTERFACE
