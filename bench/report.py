@@ -215,7 +215,7 @@ def parts_table(folder):
         *((f"the URI's two expressions, in `{name}`", inclusive[name]) for name in EXPRESSIONS),
         ("the rest of reading the URI", inclusive["URI::parse"] - expressions),
         ("the rest of deciding", inclusive["launchPlan::launchPlan"] - inclusive["URI::parse"]),
-        ("all else in `main`", main - inclusive["launchPlan::launchPlan"]),
+        ("everything else in `main`", main - inclusive["launchPlan::launchPlan"]),
         ("together", total),
     ]
     return head_and_rows(["part", "instructions"], [[name, f"{count:,}"] for name, count in parts])

@@ -36,8 +36,8 @@ if(HOPLAUNCH_WERROR)
   target_compile_options(hoplaunch_options INTERFACE -Werror)
 endif()
 
-# What is shipped makes a fault hard to turn into an attack: it lies at addresses that
-# nobody knows, notices a broken stack, checks the sizes that the compiler knows, and
+# What is shipped makes a fault hard to turn into an attack: it is at random
+# addresses, notices a broken stack, checks the sizes that the compiler knows, and
 # has its tables read-only before `main`.  scripts/check hardening looks at the result.
 if(HOPLAUNCH_HARDENING AND CMAKE_BUILD_TYPE STREQUAL "Release" AND NOT HOPLAUNCH_SANITIZE)
   set(type $<TARGET_PROPERTY:TYPE>)
@@ -63,7 +63,7 @@ if(NOT HOPLAUNCH_SANITIZE)
     LINKER:-z,pack-relative-relocs)
 endif()
 
-# How a program is linked that is to start quickly: docs/performance.md has the figures.
+# How a program is linked that must start quickly: docs/performance.md has the figures.
 if(HOPLAUNCH_SANITIZE)
   set(HOPLAUNCH_STATIC OFF)  # sanitizers replace functions of the C library
 endif()

@@ -64,7 +64,7 @@ _hoplaunch_files() {
   COMPREPLY=("${found[@]}")
 }
 
-# Keys that begin with what was typed, or do so but for the case of letters, in which the
+# Keys that begin with what was typed, or do so except for the case of letters, in which the
 # typed ones stay: $1 those that count in any case, $2 the others.
 _hoplaunch_keys() {
   local key
@@ -83,8 +83,8 @@ _hoplaunch() {
   local cur prev words cword
   _init_completion -n =: || return
 
-  # The option whose value is being typed, if any: behind its "=", or as the argument
-  # behind it.
+  # The option whose value is being typed, if any: after its "=", or as the argument
+  # after it.
   local key='' word
   for word in "${words[@]:1:cword-1}"; do
     if [[ -n $key || $word != -* || $word == *=* ]]; then

@@ -52,8 +52,8 @@ function __hoplaunch_keys
     end
 end
 
-# Every option has a value, behind an "=" or as the next argument.  Keys count in any letter
-# case, but for those of trace flags.
+# Every option has a value, after an "=" or as the next argument.  Keys count in any letter
+# case, except for those of trace flags.
 function __hoplaunch_words
     set -l key ''
     for word in (commandline -opc)[2..-1]

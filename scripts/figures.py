@@ -156,7 +156,7 @@ def keys(*kinds):
 
 
 def man(kind):
-    """The items of a list of mdoc, but for those that are written by hand."""
+    """The items of a list of mdoc, except for those that are written by hand."""
     return "".join(f".It Fl {key} Ns = Ns Ar {value}\n{text}\n"
                    for of, key, value, _, _, text in items() if of == kind and text)
 

@@ -127,7 +127,7 @@ without_rtti() {
     grep -iq 'rtti' "$top/README.md" "$top/docs/tutorial.md" || { echo 'the tutorial does not say it'; return 1; }
   fi
 }
-check 'programs without run-time types compile, or are told what is needed' without_rtti
+check 'programs without run-time types compile, or learn what is needed' without_rtti
 
 # --- Without the shared library ---
 check 'the library is built and installed without the shared one' \

@@ -40,8 +40,8 @@ in_home() {
     PATH="$build/viewers:$build:$PATH" "$@" 2>&1
 }
 
-# Runs the commands of a page where the bundled viewer stands in for those of the
-# system, and prints them with what comes of them.
+# Runs the commands of a page where the bundled viewer replaces those of the
+# system, and prints them with what they print.
 run_examples() {
   local line
   examples "man/$1.1" | grep '^\$ ' | while read -r line; do
