@@ -6,17 +6,18 @@
 #include "asserts.h"
 #include "conversion.h"
 #include "language.h"
+#include "lasting.h"
 #include "trace.h"
 
 namespace {
 
 [[gnu::used]] const void* const* const keepStartUpObjects = startUpObjects;
 
-[[gnu::init_priority(START_FLAGS)]] lasting<traceFlag> TRACE("configDB", 0);
+[[gnu::init_priority(START_FLAGS)]] internal::lasting<traceFlag> TRACE("configDB", 0);
 
 const std::string& emptyString() {
-  static const auto& empty = *new std::string;  // may be asked for at exit
-  return empty;
+  static const internal::lasting<std::string> empty;  // may be asked for at exit
+  return *empty;
 }
 
 }  // namespace
@@ -150,15 +151,15 @@ struct slot {
 }  // namespace
 
 threadedConfigDB& threadedConfigDB::theInstance() {
-  static auto& instance = *new threadedConfigDB;
-  return instance;
+  static internal::lasting<threadedConfigDB> instance([] { return threadedConfigDB(); });
+  return *instance;
 }
 
 configDB& threadedConfigDB::local() {
   ThreadedDataObject* const object = theInstance().data(true);
   if (object == nullptr) {
-    static auto& none = *new configDB(RT_NULL);
-    return none;
+    static internal::lasting<configDB> none(RT_NULL);
+    return *none;
   }
   // The dynamic cast is slow, and not needed for what is nearly always there.
   return typeid(*object) == typeid(configDB) ? static_cast<configDB&>(*object)

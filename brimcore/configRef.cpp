@@ -2,6 +2,7 @@
 
 #include "asserts.h"
 #include "conversion.h"
+#include "lasting.h"
 #include "system.h"
 
 // The C library's report of a failed `assert`, in every build type.
@@ -35,8 +36,8 @@ void reportMissing(const std::string& name, const char* operation) {
 
 const configItem& configRef::item() const {
   if (ThreadData::ended() || registrationGone) {
-    static const auto& missing = *new configItem(std::string(), std::string(), false, false);
-    return missing;
+    static const internal::lasting<configItem> missing(std::string(), std::string(), false, false);
+    return *missing;
   }
   if (!ThreadData::initialised()) {
     return initialisationInstance().find(m_name);
@@ -144,7 +145,7 @@ configArray::configArray(const std::string& name, const char* const* defaults) :
 }
 
 const std::string& configArray::operator[](std::size_t offset) const {
-  static const auto& missing = *new std::string;
+  static const internal::lasting<std::string> missing;
   const std::vector<std::string>& all = values();
   if (offset < all.size()) {
     return all[offset];
@@ -152,5 +153,5 @@ const std::string& configArray::operator[](std::size_t offset) const {
   commonEvent(FAILURE, READERS, EC_DATA_MISSING,
               "configItem " + name() + "[" + std::to_string(offset) + "] does not exist",
               "configArray::operator[]");
-  return missing;
+  return *missing;
 }

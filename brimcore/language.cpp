@@ -6,24 +6,25 @@
 #include "configRef.h"
 #include "events.h"
 #include "language_tables.h"
+#include "lasting.h"
 
 namespace {
 
 [[gnu::init_priority(START_ITEMS)]] configString defaultLanguage("defaultLanguage", "English");
 
 const std::string& negativeIndex() {
-  static const auto& text = *new std::string("<negative string index>");
-  return text;
+  static const internal::lasting<std::string> text("<negative string index>");
+  return *text;
 }
 
 const std::string& indexTooLarge() {
-  static const auto& text = *new std::string("<string index too large>");
-  return text;
+  static const internal::lasting<std::string> text("<string index too large>");
+  return *text;
 }
 
 const std::string& vectorNotFound() {
-  static const auto& text = *new std::string("<string vector not found>");
-  return text;
+  static const internal::lasting<std::string> text("<string vector not found>");
+  return *text;
 }
 
 const std::string& at(const std::vector<std::string>& texts, std::size_t index) {
@@ -39,8 +40,8 @@ const std::string& declaredPhrase(const std::string& vectorName, std::size_t ind
 }  // namespace
 
 languageTable& languages() {
-  static auto& table = *new languageTable;
-  return table;
+  static internal::lasting<languageTable> table;
+  return *table;
 }
 
 // --- language --------------------------------------------------------------
@@ -88,8 +89,8 @@ language& language::Default() {
     }
   }
   if (languages().empty()) {
-    static auto& standBy = *new badLanguage;
-    return standBy;
+    static internal::lasting<badLanguage> standBy([] { return badLanguage(); });
+    return *standBy;
   }
   return *languages().begin()->second;
 }
@@ -99,9 +100,10 @@ std::vector<std::pair<std::string, language*>> language::list() {
 }
 
 const std::vector<std::string>& language::phraseVec(const std::string& vectorName) const {
-  static const auto& missing = *new std::vector<std::string>{"<vector name not found>"};
+  static const internal::lasting<std::vector<std::string>> missing(
+      std::vector<std::string>{"<vector name not found>"});
   const auto found = phrasesMap.find(vectorName);
-  return found != phrasesMap.end() ? found->second : missing;
+  return found != phrasesMap.end() ? found->second : *missing;
 }
 
 const std::string& language::phrase(const std::string& vectorName, int index) const {

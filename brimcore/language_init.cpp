@@ -5,6 +5,7 @@
 #include "asserts.h"
 #include "events.h"
 #include "language_tables.h"
+#include "lasting.h"
 
 namespace {
 
@@ -25,8 +26,8 @@ struct langStringKey {
 using declaredTable = std::map<langStringKey, languageString*>;
 
 declaredTable& declaredStrings() {
-  static auto& table = *new declaredTable;
-  return table;
+  static internal::lasting<declaredTable> table;
+  return *table;
 }
 
 bool sameVector(const langStringKey& a, const langStringKey& b) {
@@ -36,8 +37,8 @@ bool sameVector(const langStringKey& a, const langStringKey& b) {
 }  // namespace
 
 std::map<std::string, vectorVersions>& defaultVectors() {
-  static auto& table = *new std::map<std::string, vectorVersions>;
-  return table;
+  static internal::lasting<std::map<std::string, vectorVersions>> table;
+  return *table;
 }
 
 // --- languageString --------------------------------------------------------

@@ -1,4 +1,4 @@
-# The front door.  It alone uses further libraries, all of them headers; scripts/linked.sh
+# The front door.  It alone uses further libraries, all of them headers; scripts/check linked
 # shows that nothing of them is in the other programs and the library.
 
 foreach(header CLI/CLI.hpp toml++/toml.h nlohmann/json.hpp)
@@ -15,11 +15,15 @@ add_library(hoplaunch_opening STATIC
   hopopen/catalog_file.cpp
   hopopen/check.cpp
   hopopen/choose.cpp
+  hopopen/credentials.cpp
   hopopen/decide.cpp
   hopopen/definition.cpp
+  hopopen/definition_reader.cpp
   hopopen/definitions.cpp
+  hopopen/enumeration.cpp
   hopopen/fault.cpp
   hopopen/file.cpp
+  hopopen/file_replace.cpp
   hopopen/fill.cpp
   hopopen/folders.cpp
   hopopen/host.cpp
@@ -28,20 +32,30 @@ add_library(hoplaunch_opening STATIC
   hopopen/list.cpp
   hopopen/meaning.cpp
   hopopen/notify.cpp
+  hopopen/open_link.cpp
   hopopen/options.cpp
+  hopopen/out_of_memory.cpp
+  hopopen/parameters.cpp
+  hopopen/paths.cpp
+  hopopen/percent.cpp
   hopopen/piece.cpp
+  hopopen/placeholder_values.cpp
   hopopen/preferences.cpp
   hopopen/programs.cpp
   hopopen/refusal.cpp
+  hopopen/say.cpp
   hopopen/settings.cpp
+  hopopen/settings_add.cpp
   hopopen/settings_edit.cpp
   hopopen/settings_file.cpp
+  hopopen/settings_remove.cpp
   hopopen/shown.cpp
   hopopen/start.cpp
   hopopen/tell.cpp
   hopopen/tell_json.cpp
   hopopen/template.cpp
   hopopen/text_edit.cpp
+  hopopen/text_lines.cpp
   hopopen/toml.cpp
   hopopen/toml_read.cpp
   hopopen/toml_text.cpp

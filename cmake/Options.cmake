@@ -19,7 +19,7 @@ endif()
 
 # What is shipped makes a fault hard to turn into an attack: it lies at addresses that
 # nobody knows, notices a broken stack, checks the sizes that the compiler knows, and
-# has its tables read-only before `main`.  scripts/hardening.sh looks at the result.
+# has its tables read-only before `main`.  scripts/check hardening looks at the result.
 option(HOPLAUNCH_HARDENING "Harden release builds" ${PROJECT_IS_TOP_LEVEL})
 if(HOPLAUNCH_HARDENING AND CMAKE_BUILD_TYPE STREQUAL "Release" AND NOT HOPLAUNCH_SANITIZE)
   set(type $<TARGET_PROPERTY:TYPE>)

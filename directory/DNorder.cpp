@@ -1,9 +1,9 @@
-// Distinguished names and their orderings.
+// The orderings of distinguished names.
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <vector>
 
 #include "../utilities/ascii.h"
 #include "../utilities/startup.h"
@@ -11,110 +11,12 @@
 #include "asserts.h"
 #include "configRef.h"
 #include "conversion.h"
+#include "segments.h"
 
 namespace {
 
-// Positions are stable diagnostic ids that support relies on.
-constexpr const char* SOURCE = "../directory/DNorder";
-
 // The longest short name that name generation may produce.
 [[gnu::init_priority(START_ITEMS), gnu::used]] configInt MaxShortName("MaxShortName", 16);
-
-constexpr std::size_t npos = std::string_view::npos;
-
-// --- Scanning; a backslash escapes the character behind it ------------------
-
-// The first unescaped comma behind `start`, or the end.  The character at `start`
-// itself is never taken as the comma: stored names rely on it.
-std::size_t nextComma(std::string_view text, std::size_t start) {
-  bool escaped = false;
-  for (std::size_t i = start; i < text.size(); i++) {
-    if (text[i] == '\\') {
-      escaped = !escaped;
-    } else if (text[i] == ',' && !escaped && i > start) {
-      return i;
-    } else {
-      escaped = false;
-    }
-  }
-  return text.size();
-}
-
-// Where the segment that ends at `end` starts: behind the nearest comma before it
-// with an even number of backslashes before that.
-std::size_t segmentStart(std::string_view text, std::size_t end) {
-  for (std::size_t i = end; i-- > 0;) {
-    if (text[i] != ',') {
-      continue;
-    }
-    std::size_t backslashes = 0;
-    while (backslashes < i && text[i - 1 - backslashes] == '\\') {
-      backslashes++;
-    }
-    if (backslashes % 2 == 0) {
-      return i + 1;
-    }
-  }
-  return 0;
-}
-
-std::string_view trimFront(std::string_view text) {
-  while (!text.empty() && isSpace(text.front())) {
-    text.remove_prefix(1);
-  }
-  return text;
-}
-
-// Keeps one blank behind a backslash, which escapes it.
-std::string_view trimBack(std::string_view text) {
-  std::size_t end = text.size();
-  while (end > 0 && isSpace(text[end - 1])) {
-    end--;
-  }
-  if (end > 0 && end < text.size() && text[end - 1] == '\\') {
-    end++;
-  }
-  return text.substr(0, end);
-}
-
-std::string_view trim(std::string_view text) {
-  return trimBack(trimFront(text));
-}
-
-// The first segment of the `rest` of a name, which moves on to the next.
-struct segment {
-  bool okay;  // there is an "="
-  std::string_view key;
-  std::string_view value;
-};
-
-segment nextSegment(std::string_view& rest) {
-  rest = trimFront(rest);
-  const std::size_t equals = rest.substr(0, nextComma(rest, 0)).find('=');
-  if (equals == npos) {
-    return {false, {}, {}};
-  }
-  const std::string_view key = trimBack(rest.substr(0, equals));
-  const std::size_t comma = nextComma(rest, equals + 1);
-  const std::string_view value = trim(rest.substr(equals + 1, comma - equals - 1));
-  rest.remove_prefix(std::min(comma + 1, rest.size()));
-  return {true, key, value};
-}
-
-std::string joined(const std::vector<std::string_view>& pieces, char separator) {
-  std::string result;
-  for (const std::string_view& piece : pieces) {
-    if (&piece != &pieces.front()) {
-      result += separator;
-    }
-    result += piece;
-  }
-  return result;
-}
-
-bool sameText(std::string_view a, std::string_view b) {
-  return caseInsensitive::same(std::string(a), std::string(b));
-}
 
 // Negative, zero or positive, as the first pair of lowered characters that differs
 // decides, or else the length.
@@ -132,282 +34,7 @@ int compareText(const std::string& a, const std::string& b) {
 
 }  // namespace
 
-// --- Construction ----------------------------------------------------------
-
-DistName::DistName(const char* dn) : m_string(dn != nullptr ? dn : "") {}
-
-DistName::DistName(const char* dn, int length)
-    : m_string(dn != nullptr ? dn : "",
-               dn != nullptr ? static_cast<std::size_t>(std::max(length, 0)) : 0) {}
-
-DistName::DistName(const std::string& text, DNconStyle style) {
-  if (style != DOMAIN) {
-    m_string = text;
-    if (style != SIMPLE) {
-      commonEvent(SEVERE, AUD_DEVEL | AUD_AUDIT, EC_UNKNOWN_VALUE,
-                  "DNconStyle: " + int2decimal(style), "DistName::DistName");
-    }
-    return;
-  }
-  m_string = "DC=";
-  for (const char c : text) {
-    if (c == '.') {
-      m_string += ",DC=";
-    } else {
-      m_string += c;
-    }
-  }
-}
-
-DistName::DistName(const DistName& other) : m_string(other.m_string) {
-  if (other.m_sortable != nullptr) {
-    m_sortable.reset(copyString(other.m_sortable.get()));
-  }
-}
-
-DistName& DistName::operator=(const DistName& other) {
-  m_string = other.m_string;
-  m_sortable.reset();
-  return *this;
-}
-
-DistName::~DistName() = default;
-
-DistName DistName::operator+(const DistName& other) const {
-  return *this + other.m_string;
-}
-
-DistName DistName::operator+(const std::string& other) const {
-  return DistName(m_string + other, SIMPLE);
-}
-
-DistName DistName::operator+(const char* other) const {
-  return DistName(m_string + (other != nullptr ? other : ""), SIMPLE);
-}
-
-DistName DistName::operator+(char other) const {
-  return DistName(m_string + other, SIMPLE);
-}
-
-void DistName::resize(std::size_t size) {
-  m_string.resize(size);
-  m_sortable.reset();
-}
-
-void DistName::clear() {
-  m_string.clear();
-  m_sortable.reset();
-}
-
-// --- Segments and parts ----------------------------------------------------
-
-unsigned int DistName::segments(const std::string& dn) {
-  if (dn.empty()) {
-    return 0;
-  }
-  unsigned int count = 1;
-  for (std::size_t comma = nextComma(dn, 0); comma < dn.size(); comma = nextComma(dn, comma)) {
-    count++;
-  }
-  return count;
-}
-
-std::string DistName::parent(const std::string& dn) {
-  const std::size_t comma = nextComma(dn, 0);
-  return comma < dn.size() ? std::string(trimFront(std::string_view(dn).substr(comma + 1)))
-                           : std::string();
-}
-
-std::string DistName::firstKey(const std::string& dn) {
-  const std::size_t equals = dn.find('=');
-  return equals != npos ? dn.substr(0, equals) : std::string();
-}
-
-std::string DistName::shortName(const std::string& dn) {
-  const std::size_t equals = dn.find('=');
-  if (equals == npos) {
-    return std::string();
-  }
-  const std::string_view rest = trimFront(std::string_view(dn).substr(equals + 1));
-  return unescape(std::string(trimBack(rest.substr(0, nextComma(rest, 0)))));
-}
-
-std::string DistName::extractId(const std::string& dn, const std::string& keyword, extractMode mode,
-                                char separator) {
-  std::vector<std::string_view> found;
-  std::string_view rest = dn;
-  for (bool first = true; !rest.empty(); first = false) {
-    const segment current = nextSegment(rest);
-    if (!current.okay) {
-      break;
-    }
-    if (!sameText(current.key, keyword)) {
-      if (mode == ALL_UNTIL || (mode == PATH_UNTIL && !first)) {
-        found.push_back(current.value);
-      }
-      continue;
-    }
-    switch (mode) {
-      case SINGLE:
-        return std::string(current.value);
-      case FORWARD:
-      case REVERSE:
-        found.push_back(current.value);
-        break;
-      case PATH_UNTIL:
-      case ALL_UNTIL:
-        return joined(found, separator);
-      default:
-        ASSERT_AT(false, SOURCE, 426);
-    }
-  }
-  if (mode == REVERSE) {
-    std::reverse(found.begin(), found.end());
-  }
-  return joined(found, separator);
-}
-
-namespace {
-
-// A segment's value as a part of a path: a "/" is escaped, and of the escapes only
-// those of "/" and of the backslash stay.
-std::string pathValue(std::string_view value) {
-  std::string result;
-  for (std::size_t i = 0; i < value.size(); i++) {
-    const char c = value[i];
-    if (c == '/') {
-      result += "\\/";
-    } else if (c != '\\') {
-      result += c;
-    } else if (++i < value.size()) {
-      if (value[i] == '/' || value[i] == '\\') {
-        result += '\\';
-      }
-      result += value[i];
-    }
-  }
-  return result;
-}
-
-bool domainComponent(std::string_view key) {
-  return key.size() == 2 && lower(key[0]) == 'd' && lower(key[1]) == 'c';
-}
-
-}  // namespace
-
-std::string DistName::canonicalName() const {
-  if (m_string.empty() || m_string.back() == '\\') {
-    return std::string();
-  }
-  const std::string_view name = m_string;
-  std::vector<std::string_view> domain;
-  std::string path;
-  bool inDomain = true;
-  std::size_t end = name.size();
-  for (;;) {
-    const std::size_t start = segmentStart(name, end);
-    const std::string_view current = name.substr(start, end - start);
-    const std::size_t equals = current.find('=');
-    if (equals != npos) {
-      const std::string_view value = current.substr(equals + 1);
-      inDomain = inDomain && domainComponent(current.substr(0, equals));
-      if (inDomain) {
-        domain.push_back(value);
-      } else {
-        path += '/';
-        path += pathValue(value);
-      }
-    }
-    if (start == 0) {
-      break;
-    }
-    end = start - 1;
-  }
-  std::reverse(domain.begin(), domain.end());
-  return joined(domain, '.') + path;
-}
-
-DistName DistName::rename(const std::string& newValue) const {
-  const std::size_t equals = m_string.find('=');
-  if (equals == npos) {
-    return *this;
-  }
-  return DistName(
-      m_string.substr(0, equals + 1) + newValue + m_string.substr(nextComma(m_string, 0)), SIMPLE);
-}
-
-DistName DistName::newName(const criterion& acceptable, int limit, unsigned int maxLen) const {
-  if (acceptable(*this)) {
-    return *this;
-  }
-  int suffix = 0;
-  const std::string keyAndEquals = firstKey() + "=";
-  const std::string base = trimSuffix(shortName(), &suffix);
-  const std::string above = parent(m_string);
-  const std::int64_t last = limit > 0 ? std::int64_t{suffix} + limit : 2000000000;
-  for (std::int64_t number = std::int64_t{suffix} + 1; number <= last; number++) {
-    std::string text = keyAndEquals;
-    text += addSuffix(base, static_cast<unsigned int>(number), maxLen);
-    text += ',';
-    text += above;
-    const DistName candidate(text, SIMPLE);
-    if (acceptable(candidate)) {
-      return candidate;
-    }
-  }
-  return DistName();
-}
-
-bool DistName::nameOkay(const std::string& text) {
-  return validUTF8(text, true);
-}
-
-// --- Escaping --------------------------------------------------------------
-
-std::string DistName::escape(const std::string& text) {
-  std::string result;
-  result.reserve(text.size() + 5);
-  for (std::size_t i = 0; i < text.size(); i++) {
-    const char c = text[i];
-    if (c == '\0') {
-      result += "\\00";
-      continue;
-    }
-    if (std::strchr(",+\"\\;<=>", c) != nullptr || (c == '#' && i == 0) ||
-        (c == ' ' && (i == 0 || i + 1 == text.size()))) {
-      result += '\\';
-    }
-    result += c;
-  }
-  return result;
-}
-
-std::string DistName::unescape(const std::string& text) {
-  std::string result;
-  result.reserve(text.size());
-  const auto digit = [&text](std::size_t i) {
-    return i < text.size() ? hexDigit(static_cast<signed char>(text[i])) : -1;
-  };
-  for (std::size_t i = 0; i < text.size(); i++) {
-    if (text[i] != '\\') {
-      result += text[i];
-      continue;
-    }
-    if (++i == text.size()) {
-      break;
-    }
-    // A digit 0 makes no pair: stored names rely on "\20" reading as "20".
-    if (digit(i) > 0 && digit(i + 1) > 0) {
-      result += static_cast<char>(16 * digit(i) + digit(i + 1));
-      i++;
-    } else {
-      result += text[i];
-    }
-  }
-  return result;
-}
-
-// --- Ordering --------------------------------------------------------------
+// --- Hierarchical order ----------------------------------------------------
 
 const char* DistName::sortable() const {
   if (m_sortable == nullptr) {
@@ -417,13 +44,14 @@ const char* DistName::sortable() const {
 }
 
 void DistName::makeSortable() const {
-  ASSERT_AT(m_sortable == NULL, SOURCE, 342);
+  // The position is a stable diagnostic id that support relies on.
+  ASSERT_AT(m_sortable == NULL, "../directory/DNorder", 342);
   m_sortable.reset(new char[m_string.size() + 1]);
   char* out = m_sortable.get();
   const std::string_view name = m_string;
   for (std::size_t end = name.size(); !name.empty();) {
-    const std::size_t start = segmentStart(name, end);
-    const std::string_view current = trim(name.substr(start, end - start));
+    const std::size_t start = internal::segmentStart(name, end);
+    const std::string_view current = internal::trim(name.substr(start, end - start));
     out = std::transform(current.begin(), current.end(), out, lower);
     if (start == 0) {
       break;
@@ -437,6 +65,8 @@ void DistName::makeSortable() const {
 int DistName::compare(const DistName& other) const {
   return std::strcmp(sortable(), other.sortable());
 }
+
+// --- Orders by the first value ---------------------------------------------
 
 constexpr displayOrder displayOrder::instance;
 

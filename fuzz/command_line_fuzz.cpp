@@ -25,11 +25,13 @@
 #include "configDB.h"
 #include "conversion.h"
 #include "explain.h"
+#include "explain_json.h"
+#include "explain_text.h"
 #include "fuzz.h"
 #include "html_escape.h"
 #include "json_reader.h"
-#include "launch.h"
 #include "plan.h"
+#include "session.h"
 #include "trace.h"
 
 namespace {
@@ -212,12 +214,11 @@ void fuzz(std::string_view input) {
   if (!line.okay || line.arguments.empty() || line.parameters.count("refcount") != 0) {
     return;
   }
-  const int result = process(line.parameters, [&line](const assocList& rest) {
-    checkRouting(items, line.parameters, rest);
-    checkPlan(line.arguments.front(), rest);
-    checkExplained(line.arguments.front(), line.parameters, rest);
-    return 42;
-  });
-  check(result == 42, "processing gives what finishing gives");
+  {
+    const session applied(line.parameters);
+    checkRouting(items, line.parameters, applied.rest());
+    checkPlan(line.arguments.front(), applied.rest());
+    checkExplained(line.arguments.front(), line.parameters, applied.rest());
+  }
   items.restore();
 }

@@ -11,7 +11,7 @@
 //
 // Texts whose expressions could ask for much are left out: users write them, not strangers.
 
-#include "definition.h"
+#include "definition_reader.h"
 
 #include <algorithm>
 #include <array>

@@ -20,6 +20,7 @@
 #include <map>
 
 #include "decide.h"
+#include "definition_reader.h"
 #include "fuzz.h"
 #include "link_rules.h"
 #include "toml.h"

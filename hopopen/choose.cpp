@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "enumeration.h"
 #include "shown.h"
 
 namespace hopopen {
@@ -100,17 +101,6 @@ refusal nothingInstalled(const candidates& among, const occasion& what) {
 }
 
 }  // namespace
-
-std::string enumeration(const std::vector<std::string>& texts, const char* last) {
-  std::string result;
-  for (std::size_t i = 0; i < texts.size(); i++) {
-    if (i > 0) {
-      result += i + 1 < texts.size() ? ", " : last;
-    }
-    result += texts[i];
-  }
-  return result;
-}
 
 std::vector<const definition*> ranked(const definitions& known, const std::string& scheme) {
   std::vector<const definition*> result;

@@ -46,7 +46,4 @@ const definition* lowestRank(const candidates& among, const std::string& scheme,
 /// The definitions that open the scheme, the lowest rank first, then by name.
 std::vector<const definition*> ranked(const definitions& known, const std::string& scheme);
 
-/// The texts with ", " and, before the last one, `last` between them.
-std::string enumeration(const std::vector<std::string>& texts, const char* last = " and ");
-
 }  // namespace hopopen

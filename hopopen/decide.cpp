@@ -1,5 +1,6 @@
 #include "decide.h"
 
+#include "enumeration.h"
 #include "shown.h"
 
 namespace hopopen {

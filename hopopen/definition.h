@@ -15,7 +15,6 @@
 #include <utility>
 #include <vector>
 
-#include "fault.h"
 #include "stamp.h"
 #include "template.h"
 
@@ -55,10 +54,5 @@ struct definition {
   /// The rule for a parameter, or null.
   const parameterRule* rule(const std::string& parameter) const;
 };
-
-/// Reads the text of a definition.  `file` is its path, for the faults, all of which are
-/// appended to `found`; with one of them there is no definition.
-std::optional<definition> readDefinition(const std::string& name, const std::string& text,
-                                         const std::string& file, faults& found);
 
 }  // namespace hopopen

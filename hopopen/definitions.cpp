@@ -5,8 +5,9 @@
 #include <string_view>
 
 #include "characters.h"
+#include "definition_reader.h"
 #include "file.h"
-#include "folders.h"
+#include "paths.h"
 #include "shown.h"
 
 namespace hopopen {

@@ -1,146 +1,14 @@
 #include "fill.h"
 
-#include <algorithm>
-#include <array>
-
-#include "characters.h"
+#include "credentials.h"
 #include "meaning.h"
+#include "placeholder_values.h"
 #include "regexpr.h"
 #include "shown.h"
 
 namespace hopopen {
 
 namespace {
-
-constexpr int FIRST_DISPLAY = 5900;
-
-std::string percentEncoded(const std::string& text) {
-  constexpr std::string_view digits = "0123456789ABCDEF";
-  std::string result;
-  for (const char c : text) {
-    if (isUnreserved(c)) {
-      result += c;
-    } else {
-      const auto byte = static_cast<unsigned char>(c);
-      result += {'%', digits[byte / 16], digits[byte % 16]};
-    }
-  }
-  return result;
-}
-
-// The values of the placeholders for one link, and which of them were asked for.
-class pieces {
- public:
-  pieces(const link& what, const definition& viewer)
-      : m_link(what),
-        m_port(what.port ? what.port : viewer.port),
-        m_user(what.user),
-        m_password(what.password) {}
-
-  std::optional<std::string>& user() { return m_user; }
-  std::optional<std::string>& password() { return m_password; }
-
-  const std::optional<std::string>& user() const { return m_user; }
-  const std::optional<std::string>& password() const { return m_password; }
-  bool usedUser() const { return m_usedUser; }
-  bool usedPassword() const { return m_usedPassword; }
-  bool negativeDisplay() const { return m_negativeDisplay; }
-
-  // The text of a template, or nothing when a placeholder has no value.
-  std::optional<std::string> text(const textTemplate& from, const std::string* value) const;
-
-  // Notes that a text is passed on.
-  void note(const textTemplate& passed);
-
-  // Appends the words of the elements that have all their values, and says whether there were any.
-  bool append(const std::vector<element>& from, const std::string* value,
-              std::vector<std::string>& into);
-
- private:
-  std::optional<std::string> valueOf(placeholder what, const std::string* value) const;
-  std::string linkAnew() const;
-
-  const link& m_link;
-  std::optional<std::uint16_t> m_port;
-  std::optional<std::string> m_user;
-  std::optional<std::string> m_password;
-  bool m_usedUser = false;
-  bool m_usedPassword = false;
-  bool m_negativeDisplay = false;
-};
-
-std::string pieces::linkAnew() const {
-  std::string result = m_link.scheme + "://";
-  if (m_user) {
-    result += percentEncoded(*m_user) + '@';
-  }
-  result += m_link.machine->inLink();
-  if (m_link.port) {
-    result += ':' + std::to_string(*m_link.port);
-  }
-  return result;
-}
-
-std::optional<std::string> pieces::valueOf(placeholder what, const std::string* value) const {
-  switch (what) {
-    case placeholder::USER:
-      return m_user;
-    case placeholder::PASSWORD:
-      return m_password;
-    case placeholder::HOST:
-      return m_link.machine->plain();
-    case placeholder::BRACKETED:
-      return m_link.machine->bracketed();
-    case placeholder::PORT:
-      return m_port ? std::optional(std::to_string(*m_port)) : std::nullopt;
-    case placeholder::DISPLAY:
-      return m_port ? std::optional(std::to_string(*m_port - FIRST_DISPLAY)) : std::nullopt;
-    case placeholder::LINK:
-      return linkAnew();
-    case placeholder::VALUE:
-      return value != nullptr ? std::optional(*value) : std::nullopt;
-  }
-  return {};
-}
-
-std::optional<std::string> pieces::text(const textTemplate& from, const std::string* value) const {
-  std::string result;
-  for (const auto& part : from) {
-    if (std::holds_alternative<std::string>(part)) {
-      result += std::get<std::string>(part);
-    } else if (const auto filled = valueOf(std::get<placeholder>(part), value)) {
-      result += *filled;
-    } else {
-      return {};
-    }
-  }
-  return result;
-}
-
-void pieces::note(const textTemplate& passed) {
-  m_usedUser = m_usedUser || uses(passed, placeholder::USER) || uses(passed, placeholder::LINK);
-  m_usedPassword = m_usedPassword || uses(passed, placeholder::PASSWORD);
-  m_negativeDisplay = m_negativeDisplay ||
-                      (uses(passed, placeholder::DISPLAY) && m_port && *m_port < FIRST_DISPLAY);
-}
-
-bool pieces::append(const std::vector<element>& from, const std::string* value,
-                    std::vector<std::string>& into) {
-  const std::size_t before = into.size();
-  for (const element& one : from) {
-    std::vector<std::string> words;
-    for (const textTemplate& word : one) {
-      if (auto filled = text(word, value)) {
-        words.push_back(std::move(*filled));
-      }
-    }
-    if (words.size() == one.size()) {
-      into.insert(into.end(), words.begin(), words.end());
-      std::for_each(one.begin(), one.end(), [this](const textTemplate& word) { note(word); });
-    }
-  }
-  return into.size() > before;
-}
 
 bool allows(const parameterRule& rule, const std::string& value) {
   if (!rule.limited) {
@@ -154,7 +22,7 @@ bool allows(const parameterRule& rule, const std::string& value) {
 // Takes in the parameters of a link, in their order.
 class interpreter {
  public:
-  interpreter(const link& what, const definition& viewer, pieces& values, filling& into)
+  interpreter(const link& what, const definition& viewer, placeholderValues& values, filling& into)
       : m_link(what), m_viewer(viewer), m_values(values), m_filling(into) {}
 
   // Templates may ask for the user before the parameter comes that names it.
@@ -179,7 +47,7 @@ class interpreter {
 
   const link& m_link;
   const definition& m_viewer;
-  pieces& m_values;
+  placeholderValues& m_values;
   filling& m_filling;
 };
 
@@ -269,7 +137,7 @@ void appendTerminal(const installed& program, std::vector<std::string>& into) {
   into.push_back(program.viewer.path);
 }
 
-void listDropped(const link& what, const pieces& values, filling& into) {
+void listDropped(const link& what, const placeholderValues& values, filling& into) {
   if (values.password() && !values.usedPassword()) {
     into.dropped.emplace_back("password");
   }
@@ -290,7 +158,7 @@ void listDropped(const link& what, const pieces& values, filling& into) {
 
 verdict fill(const link& what, bool trusted, const definition& viewer, const installed& program,
              filling& into) {
-  pieces values(what, viewer);
+  placeholderValues values(what, viewer);
   appendTerminal(program, into.arguments);
   interpreter parameters(what, viewer, values, into);
   parameters.takeCredentials();

@@ -1,6 +1,6 @@
 #include "folders.h"
 
-#include "conversion.h"
+#include "paths.h"
 
 namespace hopopen {
 
@@ -33,23 +33,6 @@ std::vector<std::string> systemFolders(variableReader get, const char* name, con
 }
 
 }  // namespace
-
-std::vector<std::string> absolutePaths(const std::string& list) {
-  std::vector<std::string> result;
-  for (std::string& path : stringToVector(list, ':')) {
-    if (path.starts_with('/')) {
-      result.push_back(std::move(path));
-    }
-  }
-  return result;
-}
-
-std::string within(const std::string& folder, const std::string& name) {
-  std::string result = folder;
-  result += '/';
-  result += name;
-  return result;
-}
 
 folders::folders(variableReader get) {
   const std::string config = userFolder(get, "XDG_CONFIG_HOME", "/.config");

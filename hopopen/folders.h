@@ -22,11 +22,4 @@ struct folders {
   std::vector<std::string> viewers;        ///< folders with definitions, in their order
 };
 
-/// The absolute paths of a list with colons, such as PATH.  Empty and relative entries are
-/// left out: what they mean depends on where a program was started.
-std::vector<std::string> absolutePaths(const std::string& list);
-
-/// The path of what has that name in a folder.
-std::string within(const std::string& folder, const std::string& name);
-
 }  // namespace hopopen

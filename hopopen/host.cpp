@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "characters.h"
+#include "percent.h"
 
 namespace hopopen {
 

@@ -5,6 +5,8 @@
 #include <string_view>
 
 #include "characters.h"
+#include "credentials.h"
+#include "percent.h"
 #include "piece.h"
 
 namespace hopopen {
@@ -12,10 +14,6 @@ namespace hopopen {
 namespace {
 
 constexpr std::size_t LONGEST_LINK = 8192;
-constexpr std::size_t LONGEST_USER = 64;
-constexpr std::size_t LONGEST_PASSWORD = 255;
-constexpr std::size_t LONGEST_PARAMETER = 64;
-constexpr std::size_t LONGEST_VALUE = 4096;
 constexpr std::uint32_t HIGHEST_PORT = 65535;
 
 verdict at(code why, std::size_t position, const char* message) {
@@ -120,72 +118,6 @@ verdict readSchemeName(std::string_view text, std::string& into) {
   return {};
 }
 
-// --- Parameters ------------------------------------------------------------
-
-verdict readName(const piece& encoded, code why, std::string& into) {
-  into = decode(encoded.text);
-  for (std::size_t i = 0; i < into.size(); i++) {
-    const bool allowed =
-        i == 0 ? isAlpha(into[i]) : isWord(into[i]) || into[i] == '.' || into[i] == '-';
-    if (!allowed || i == LONGEST_PARAMETER) {
-      return at(why, origin(encoded, i),
-                "A parameter of the link has a name that is too long or has a character that "
-                "names cannot have. Check the link.");
-    }
-  }
-  if (into.empty()) {
-    return at(why, encoded.start, "A parameter of the link has no name. Check the link.");
-  }
-  return {};
-}
-
-verdict readValue(const piece& encoded, code why, std::string& into) {
-  into = decode(encoded.text);
-  for (std::size_t i = 0; i < into.size(); i++) {
-    if (isControl(into[i]) || i == LONGEST_VALUE) {
-      return at(why, origin(encoded, i),
-                "A parameter of the link has a value that is too long or has a control character. "
-                "Check the link.");
-    }
-  }
-  return {};
-}
-
-// Reads `name` or `name=value`, and adds it unless it is there already.
-verdict readParameter(piece text, code why, std::vector<parameter>& into) {
-  const piece name = text.takeUntil("=");
-  parameter read{{}, {}, name.start};
-  if (auto fault = readName(name, why, read.name)) {
-    return fault;
-  }
-  if (auto fault = readValue(text, why, read.value)) {
-    return fault;
-  }
-  for (const parameter& other : into) {
-    if (sameLetters(other.name, read.name)) {
-      return other.value == read.value
-                 ? verdict()
-                 : at(why, read.position,
-                      "A parameter is given twice, with two values. Check the link.");
-    }
-  }
-  into.push_back(std::move(read));
-  return {};
-}
-
-verdict readParameters(piece text, const char* separator, code why, std::vector<parameter>& into) {
-  while (!text.text.empty()) {
-    const piece next = text.takeUntil(separator);
-    if (next.text.empty()) {
-      continue;
-    }
-    if (auto fault = readParameter(next, why, into)) {
-      return fault;
-    }
-  }
-  return {};
-}
-
 // --- The authority ---------------------------------------------------------
 
 verdict readUser(const piece& encoded, link& into) {
@@ -285,26 +217,6 @@ verdict checkPath(const piece& path) {
 }
 
 }  // namespace
-
-std::optional<std::size_t> faultOfUser(const std::string& user) {
-  for (std::size_t i = 0; i < user.size(); i++) {
-    const char c = user[i];
-    if ((!isWord(c) && (i == 0 || (c != '.' && c != '@' && c != '\\' && c != '-'))) ||
-        i == LONGEST_USER) {
-      return i;
-    }
-  }
-  return {};
-}
-
-std::optional<std::size_t> faultOfPassword(const std::string& password) {
-  for (std::size_t i = 0; i < password.size(); i++) {
-    if (isControl(password[i]) || i == LONGEST_PASSWORD) {
-      return i;
-    }
-  }
-  return {};
-}
 
 verdict readScheme(const std::string& text, link& into) {
   into.text = text;

@@ -13,16 +13,10 @@
 #include <vector>
 
 #include "host.h"
+#include "parameters.h"
 #include "refusal.h"
 
 namespace hopopen {
-
-/// A parameter of the query, or of the user information of an ssh link.
-struct parameter {
-  std::string name;      ///< decoded, in the letters of the link; compared without their case
-  std::string value;     ///< decoded
-  std::size_t position;  ///< where the name begins in the link
-};
 
 struct link {
   std::string text;                     ///< as given
@@ -43,17 +37,5 @@ verdict readScheme(const std::string& text, link& into);
 /// All other steps.
 /// REQUIRES: `readScheme` found no fault.
 verdict readRest(link& into);
-
-/// The rules for a user name and for a password, wherever in the link they come from, once
-/// decoded: the index of the first byte that breaks them, if any.
-std::optional<std::size_t> faultOfUser(const std::string& user);
-std::optional<std::size_t> faultOfPassword(const std::string& password);
-
-constexpr const char* BAD_USER =
-    "The user name has a character that user names cannot have, or is "
-    "longer than 64 bytes. Check the link.";
-constexpr const char* BAD_PASSWORD =
-    "The password has a control character, or is longer than 255 "
-    "bytes. Check the link.";
 
 }  // namespace hopopen

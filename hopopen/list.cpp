@@ -1,5 +1,6 @@
 #include "list.h"
 
+#include "enumeration.h"
 #include "json.h"
 #include "shown.h"
 

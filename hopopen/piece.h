@@ -24,10 +24,6 @@ struct piece {
   piece takeUntil(std::string_view ends);
 };
 
-/// The bytes that percent-encoding stands for (RFC 3986, section 2.1), decoded once.
-/// A "%" that two hexadecimal digits do not follow stays as it is.
-std::string decode(std::string_view text);
-
 /// Where in the piece the byte `index` of its decoded form comes from, as an offset in the
 /// link; the end of the piece for the end of the decoded form.
 std::size_t origin(const piece& encoded, std::size_t index);

@@ -7,7 +7,7 @@
 #include <cstdlib>
 #include <memory>
 
-#include "folders.h"
+#include "paths.h"
 
 namespace hopopen {
 

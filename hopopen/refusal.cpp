@@ -43,4 +43,8 @@ int exitStatus(code what) {
   }
 }
 
+std::string refusalLine(const refusal& why) {
+  return "hopopen: " + why.message + " (" + text(why.why) + ')';
+}
+
 }  // namespace hopopen

@@ -36,6 +36,9 @@ struct refusal {
   std::optional<std::size_t> position;
 };
 
+/// The line on standard error: "hopopen: MESSAGE (CODE)", without a line feed.
+std::string refusalLine(const refusal& why);
+
 /// Empty when all is well.
 using verdict = std::optional<refusal>;
 

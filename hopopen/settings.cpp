@@ -4,7 +4,7 @@
 
 #include "characters.h"
 #include "shown.h"
-#include "toml.h"
+#include "toml_read.h"
 
 namespace hopopen {
 

@@ -6,22 +6,12 @@
 // they are: a table below its header, dotted keys, inline tables, lists over many lines.
 #pragma once
 
-#include <map>
 #include <optional>
 #include <string>
-#include <vector>
 
-#include "trusted.h"
+#include "settings_change.h"
 
 namespace hopopen {
-
-/// What is to be different in a settings file.
-struct change {
-  /// From a scheme to the viewer that opens it, or to nothing when the choice is forgotten.
-  std::map<std::string, std::optional<std::string>> use = {};
-  std::vector<trustedHost> distrust = {};  ///< taken out first, wherever they are
-  std::vector<trustedHost> trust = {};     ///< added, but for those that are there already
-};
 
 /// The text of a settings file after a change; the same text when there is nothing to
 /// change.

@@ -8,7 +8,7 @@
 
 #include <string>
 
-#include "settings_edit.h"
+#include "settings_change.h"
 
 namespace hopopen {
 

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "characters.h"
-#include "piece.h"
+#include "percent.h"
 
 namespace hopopen {
 

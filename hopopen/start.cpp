@@ -7,6 +7,7 @@
 #include <cstring>
 #include <string_view>
 
+#include "enumeration.h"
 #include "output_signals.h"
 #include "shown.h"
 

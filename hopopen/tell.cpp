@@ -1,6 +1,7 @@
 #include "tell.h"
 
 #include "conversion.h"
+#include "enumeration.h"
 #include "shown.h"
 
 namespace hopopen {
@@ -103,10 +104,6 @@ void tellFilling(const opening& told, sheet& out) {
 }
 
 }  // namespace
-
-std::string refusalLine(const refusal& why) {
-  return "hopopen: " + why.message + " (" + text(why.why) + ')';
-}
 
 std::string asText(const opening& told) {
   sheet out;

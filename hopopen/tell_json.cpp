@@ -1,6 +1,7 @@
+#include "tell_json.h"
+
 #include "json.h"
 #include "shown.h"
-#include "tell.h"
 
 namespace hopopen {
 

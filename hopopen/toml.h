@@ -1,6 +1,6 @@
 // The TOML reader (https://toml.io, version 1.0.0), set up for this program: faults are
-// results, not exceptions, nothing is ever written, and toml.cpp has its code.  Texts are
-// read by readToml().
+// results, not exceptions, nothing is ever written, and toml.cpp has its code.  Read texts with
+// readToml().
 #pragma once
 
 #define TOML_EXCEPTIONS 0
@@ -9,7 +9,7 @@
 
 // Version 3.3 takes for impossible what some files lead to: a letter such as "é" outside of a
 // text, or "[#".  Its tables of characters answer such a letter with "not of this class", and
-// its parser has a fault to tell for the rest.
+// its parser has a fault for the rest.
 #include <cstdint>
 
 #include <toml++/impl/preprocessor.h>
@@ -21,17 +21,3 @@
 #undef TOML_UNREACHABLE
 #define TOML_UNREACHABLE __builtin_unreachable()
 #include <toml++/toml.h>
-
-#include <string>
-
-namespace hopopen {
-
-/// The most parts that a key may have: "a.b.c" has three.
-constexpr std::size_t MOST_PARTS = 32;
-
-/// Reads a text.  The library makes a table within a table for every part of a key, and
-/// reads, compares and destroys them within one another; the stack ends before a file of
-/// LONGEST_FILE does.  So a key of more than MOST_PARTS is a fault, as any other.
-toml::parse_result readToml(const std::string& text);
-
-}  // namespace hopopen

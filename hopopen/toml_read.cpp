@@ -1,9 +1,11 @@
+#include "toml_read.h"
+
 #include <algorithm>
+#include <cstddef>
 #include <optional>
 #include <string_view>
 
-#include "text_edit.h"
-#include "toml.h"
+#include "text_lines.h"
 
 namespace hopopen {
 

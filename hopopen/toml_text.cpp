@@ -32,6 +32,11 @@ const toml::table* tomlText::table(std::string_view name) const {
   return m_parsed.table().get_as<toml::table>(name);
 }
 
+const toml::array* tomlText::list(std::string_view ofTable, std::string_view name) const {
+  const toml::table* const found = table(ofTable);
+  return found == nullptr ? nullptr : found->get_as<toml::array>(name);
+}
+
 region tomlText::regionOf(const toml::node& value) {
   const std::size_t begin = offset(value.source().begin);
   return {begin, offset(value.source().end)};

@@ -7,8 +7,9 @@
 #include <string>
 #include <string_view>
 
-#include "text_edit.h"
+#include "text_lines.h"
 #include "toml.h"
+#include "toml_read.h"
 
 namespace hopopen {
 
@@ -40,6 +41,8 @@ class tomlText {
 
   /// The table of that name in the outermost one, or null.
   const toml::table* table(std::string_view name) const;
+  /// The list of that name in such a table, or null.
+  const toml::array* list(std::string_view ofTable, std::string_view name) const;
   /// The offset of a position: columns are characters there.
   std::size_t offset(const toml::source_position& where);
   /// Where a value is that this text has: no copy of it, as copies do not know it.

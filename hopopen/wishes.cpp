@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "characters.h"
-#include "settings_edit.h"
+#include "settings_change.h"
 #include "settings_file.h"
 #include "shown.h"
 

@@ -21,6 +21,7 @@
 #include <map>
 #include <string>
 
+#include "lasting.h"
 #include "refcount.h"
 
 #pragma GCC visibility push(default)
@@ -87,8 +88,9 @@ class countedMap : public counted {
 
   /// "countedMap<", the value's class name, ">".
   const char* className() const override {
-    static const auto& name = *new std::string(std::string("countedMap<") + V::className() + ">");
-    return name.c_str();
+    static const internal::lasting<std::string> name(std::string("countedMap<") + V::className() +
+                                                     ">");
+    return (*name).c_str();
   }
 
  private:

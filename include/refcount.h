@@ -32,6 +32,7 @@
 #include <typeinfo>
 
 #include "asserts.h"
+#include "lasting.h"
 #include "pointers.h"
 #include "threading.h"
 
@@ -262,8 +263,8 @@ class Treference : public reference {
     static canonicalHolder holder;
     if (canonicalHolder::gone) {
       // What runs later than the holder's end starts from nothing.
-      static Treference& late = *new Treference;
-      return late;
+      static internal::lasting<Treference> late;
+      return *late;
     }
     return holder;
   }

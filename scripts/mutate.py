@@ -433,7 +433,7 @@ def try_file(name, sample, seed, measured, longest):
 
 
 def main():
-    parser = argparse.ArgumentParser(prog="./mutate", description=__doc__,
+    parser = argparse.ArgumentParser(prog="scripts/mutate", description=__doc__,
                                      formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("file", nargs="+", help="a source of the product")
     parser.add_argument("--sample", type=int, default=60,

@@ -75,7 +75,11 @@ const char* const LOST = "2/31 commonEvent/4: setCanonical() | editableConfigDB:
 
 // --- Memory ----------------------------------------------------------------
 
+#ifdef SANITIZED
+constexpr int EDITS = 20000;  // each takes long
+#else
 constexpr int EDITS = 100000;
+#endif
 constexpr int WARM_UP = 4000;
 
 // What the process may have more of at the end than after the warm-up.  A block of

@@ -23,6 +23,7 @@
 #include "configDB.h"
 #include "events.h"
 #include "launch.h"
+#include "main2.h"
 #include "system.h"
 #include "system_sets.h"
 #include "threading.h"

@@ -18,7 +18,7 @@
 #include <string>
 #include <vector>
 
-#include "explain_search.h"
+#include "find_program.h"
 #include "fresh_process.h"
 
 namespace {

@@ -15,7 +15,11 @@
 #include <string>
 #include <vector>
 
+#include "explain_json.h"
+#include "explain_text.h"
+#include "find_program.h"
 #include "fresh_process.h"
+#include "shell_word.h"
 #include "threading.h"
 
 namespace {
@@ -450,9 +454,9 @@ TEST(ExplainText, TellsWhatEachOptionDid) {
             "URI         \"vnc://h:1/\"\n"
             "scheme      vnc\n"
             "address     h:1\n"
-            "option      -=2 is ignored: nobody knows it\n"
+            "option      -=2 is ignored: not a known option\n"
             "option      '-LOG=a b' steers the launch\n"
-            "option      -nobody=1 is ignored: nobody knows it\n"
+            "option      -nobody=1 is ignored: not a known option\n"
             "option      -portarg=P steers the launch\n"
             "option      -program=bin/putty steers the launch\n"
             "option      -refcount=on switches the trace flag on\n"

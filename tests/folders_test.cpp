@@ -37,17 +37,16 @@ constexpr exemption EXEMPTIONS[] = {
     {"brimcore/configDB", "directory"},   // an item knows the name of its source
     {"brimcore/configRef", "directory"},  // a value may be read as a name
     {"directory/DNorder", "brimcore"},    // registers the item MaxShortName
-    {"utilities/events", "brimcore"},     // reads the items LogDateFormat, LogTimeZone
     {"utilities/startup", "brimcore"},    // keeps every static object in a program
     {"utilities/startup", "directory"},   // likewise
     {"utilities/uri", "brimcore"},        // viewers and their options are items
 };
 
-// Headers of include/ that no source is named after, and the units that implement them.
+// Headers of include/ that no source is named after, and the units that have them.
 const std::map<std::string, std::string> IMPLEMENTED_BY = {
-    {"DistName.h", "directory/DNorder"},     {"asserts.h", "utilities/events"},
-    {"countedMap.h", "utilities/refcount"},  {"pointers.h", "utilities/refcount"},
-    {"stringcomp.h", "utilities/assoclist"},
+    {"countedMap.h", "utilities/refcount"},
+    {"lasting.h", "utilities/lasting"},
+    {"pointers.h", "utilities/refcount"},
 };
 
 const fs::path TOP = SOURCES;

@@ -62,9 +62,12 @@ void expectTheSame(const Machine& machine, const Strings& further) {
 }
 
 TEST(HopopenCatalog, ChangesNothingThatIsSaid) {
-  for (const Strings& programs :
-       {Strings{}, Strings{"xtigervncviewer", "remmina", "putty"}, Strings{"krdc", "gvncviewer"},
-        Strings{"ssh", "x-terminal-emulator", "krdc", "remmina"}}) {
+  for (const Strings& programs : {
+#ifndef SANITIZED  // each takes long
+           Strings{}, Strings{"krdc", "gvncviewer"},
+           Strings{"ssh", "x-terminal-emulator", "krdc", "remmina"},
+#endif
+           Strings{"xtigervncviewer", "remmina", "putty"}}) {
     const Machine machine;
     furnish(machine, programs);
     catalogue(machine);

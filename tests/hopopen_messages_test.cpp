@@ -133,7 +133,12 @@ TEST(ShownLinks, AreCutByBytesAndNotByWhatIsShownForThem) {
 TEST(ShownLinks, HaveEachUnusualByteAsAnEscape) {
   const Machine machine;
   installViewers(machine);
-  for (int byte = 1; byte < 256; ++byte) {
+#ifdef SANITIZED
+  constexpr int STEP = 7;  // each takes long
+#else
+  constexpr int STEP = 1;
+#endif
+  for (int byte = 1; byte < 256; byte += STEP) {
     const char character = static_cast<char>(byte);
     std::string shown(1, character);
     if (byte < 0x20 || byte > 0x7E || character == '"' || character == '\\') {

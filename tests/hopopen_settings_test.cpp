@@ -84,8 +84,15 @@ TEST(ChangesOfSettings, LeaveTheOldFileOrTheNewOneWhereverTheProgramIsKilled) {
   const std::string next = "# mine\n[use]\nvnc = \"plain\"\n";
   int kills = 0;
   // Which of those with a question mark are there depends on the processor.
-  for (const std::string call : {"openat", "flock", "read", "?unlink,?unlinkat", "fchmod", "write",
-                                 "fsync", "close", "?rename,?renameat,?renameat2"}) {
+  const std::vector<std::string> calls{
+#ifndef SANITIZED  // sanitizers make many of these themselves
+      "openat", "read",
+      "close",
+#endif
+      "flock",  "?unlink,?unlinkat",
+      "fchmod", "write",
+      "fsync",  "?rename,?renameat,?renameat2"};
+  for (const std::string& call : calls) {
     for (int number = 1;; number++) {
       machine.set(old);
       const Outcome outcome = machine.call(

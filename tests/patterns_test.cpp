@@ -10,6 +10,7 @@
 
 #include "assoclist.h"
 #include "decide.h"
+#include "definition_reader.h"
 #include "plan.h"
 #include "threading.h"
 

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "plan.h"
+#include "stubname.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 // What the reader of TOML refuses for hopopen, beyond what the library does.
 
-#include "toml.h"
+#include "toml_read.h"
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>

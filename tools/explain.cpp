@@ -6,6 +6,7 @@
 #include "configDB.h"
 #include "conversion.h"
 #include "explain_log.h"
+#include "shell_word.h"
 #include "stringcomp.h"
 
 explanation::explanation(const std::string& uri, const assocList& options_, const assocList& rest_,

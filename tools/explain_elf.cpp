@@ -3,13 +3,15 @@
 #include <elf.h>
 #include <sys/stat.h>
 #include <sys/utsname.h>
-#include <climits>
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstring>
 #include <string_view>
 #include <vector>
+
+#include "explain_permission.h"
 
 namespace {
 
@@ -124,13 +126,4 @@ int programErrorOf(const sourceFile& program, Width width) {
 int programError(const sourceFile& program) {
   const int error = programErrorOf(program, wide());
   return error == ENOEXEC ? programErrorOf(program, narrow()) : error;
-}
-
-int permissionError(const std::string& path) {
-  struct stat64 status = {};  // a 32-bit program finds large files, too
-  if (stat64(path.c_str(), &status) != 0 ||
-      faccessat(AT_FDCWD, path.c_str(), X_OK, AT_EACCESS) != 0) {
-    return errno;
-  }
-  return S_ISREG(status.st_mode) ? 0 : EACCES;
 }

@@ -7,6 +7,3 @@
 /// executed, else the error number: ENOEXEC for whatever is no such program, and for a
 /// missing loader the error of opening it.
 int programError(const sourceFile& program);
-
-/// 0 when this process may execute the file, else the error number.
-int permissionError(const std::string& path);

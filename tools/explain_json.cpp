@@ -1,9 +1,11 @@
+#include "explain_json.h"
+
 #include <cstdint>
-#include <string>
 #include <vector>
 
+#include "assoclist.h"
 #include "conversion.h"
-#include "explain.h"
+#include "uri.h"
 
 namespace {
 

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "explain_elf.h"
+#include "explain_permission.h"
 #include "explain_room.h"
 #include "explain_source.h"
 

@@ -1,4 +1,4 @@
-// The options that hopexplain has beside those of the launcher.
+// The options that hopexplain has in addition to those of the launcher.
 #pragma once
 
 #include <string>
@@ -11,3 +11,8 @@ enum explainForm : int { EF_TEXT, EF_JSON, EF_UNKNOWN };
 /// Takes the option "format" out of the options, and returns what it asks for: text when it
 /// is missing or empty.  For an unknown one it writes a message to standard error.
 explainForm takeForm(assocList& options);
+
+/// What `--help` prints.
+std::string helpText();
+/// What `--version` prints.
+std::string versionText();

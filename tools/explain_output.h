@@ -15,8 +15,3 @@ enum explainStatus : int {
 /// on standard error and returns OUTPUT_LOST.
 /// REQUIRES: SIGPIPE and SIGXFSZ do not end the process.
 int printed(const std::string& text, int status);
-
-/// What `--help` prints.
-std::string helpText();
-/// What `--version` prints.
-std::string versionText();

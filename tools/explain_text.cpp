@@ -1,9 +1,12 @@
+#include "explain_text.h"
+
 #include <algorithm>
-#include <string>
+#include <cstddef>
 #include <string_view>
 
 #include "conversion.h"
-#include "explain.h"
+#include "shell_word.h"
+#include "uri.h"
 
 namespace {
 
@@ -16,9 +19,10 @@ void line(std::string& out, std::string label, std::string_view text) {
   out += '\n';
 }
 
-// A text that does not parse, and below it a caret under the byte where that shows.  Of
-// a long text only the neighbourhood is shown.
-void pointOut(std::string& out, const std::string& label, const std::string& text, uriParse parse) {
+// A text that does not parse, and below it a caret under the byte where that shows.  Only
+// the neighbourhood of that byte is shown of a long text.
+void lineWithCaret(std::string& out, const std::string& label, const std::string& text,
+                   uriParse parse) {
   constexpr std::size_t before = 48;
   constexpr std::size_t after = 24;
   const std::size_t begin = parse.offset > before ? parse.offset - before : 0;
@@ -60,7 +64,7 @@ const char* effect(optionUse use) {
     case OU_NONE:
       break;
   }
-  return "is ignored: nobody knows it";
+  return "is ignored: not a known option";
 }
 
 std::string words(char** arguments) {
@@ -86,7 +90,7 @@ std::string asText(const explanation& launch) {
     line(out, label, quote(plan.text));
     describe(out, plan.uri);
   } else {
-    pointOut(out, label, plan.text, launch.stop());
+    lineWithCaret(out, label, plan.text, launch.stop());
   }
   for (const auto& [key, value] : launch.options) {
     std::string option = "-";
@@ -117,26 +121,4 @@ std::string asText(const explanation& launch) {
   }
   line(out, "launch", launch.launches() ? "yes" : "no: " + launch.obstacle());
   return out;
-}
-
-std::string shellWord(const std::string& text) {
-  constexpr const char* plain =
-      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789%+,-./:=@_";
-  // zsh takes a word that begins with "=" for the name of a command.
-  if (!text.empty() && text.front() != '=' && text.find_first_not_of(plain) == std::string::npos) {
-    return text;
-  }
-  const bool printable =
-      std::all_of(text.begin(), text.end(), [](char c) { return c >= ' ' && c <= '~'; });
-  // The escapes of `quote` are those of $'', but for the quote that ends it.
-  const std::string inner = printable ? text : quote(text).substr(1, quote(text).size() - 2);
-  std::string result = printable ? "'" : "$'";
-  for (const char c : inner) {
-    if (c != '\'') {
-      result += c;
-    } else {
-      result += printable ? "'\\''" : "\\'";
-    }
-  }
-  return result + "'";
 }

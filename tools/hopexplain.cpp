@@ -1,4 +1,4 @@
-// hopexplain: tells what hoplaunch would do with the same command line.
+// hopexplain: says what hoplaunch would do with the same command line.
 
 #include <unistd.h>
 
@@ -12,10 +12,12 @@
 #include "assoclist.h"
 #include "commandline.h"
 #include "explain.h"
+#include "explain_json.h"
 #include "explain_options.h"
 #include "explain_output.h"
-#include "launch.h"
+#include "explain_text.h"
 #include "output_signals.h"
+#include "session.h"
 #include "threading.h"
 
 namespace {
@@ -62,9 +64,8 @@ int main(int count, char** args) {
     return LAUNCHES_NOT;
   }
   const std::string noSet = semaphoreError();
-  return process(options, [&](const assocList& rest) {
-    const explanation launch(arguments.front(), options, rest, noSet);
-    return printed(form == EF_JSON ? asJSON(launch) : asText(launch),
-                   launch.launches() ? LAUNCHES : LAUNCHES_NOT);
-  });
+  const session applied(options);
+  const explanation launch(arguments.front(), options, applied.rest(), noSet);
+  return printed(form == EF_JSON ? asJSON(launch) : asText(launch),
+                 launch.launches() ? LAUNCHES : LAUNCHES_NOT);
 }

@@ -1,5 +1,3 @@
-// The launch itself: log, and become the viewer.
-
 #include "launch.h"
 
 #include <unistd.h>

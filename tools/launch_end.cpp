@@ -8,6 +8,7 @@
 #include <exception>
 #include <new>
 
+#include "lasting.h"
 #include "launch_log.h"
 #include "threading.h"
 
@@ -15,8 +16,8 @@ namespace {
 
 // The log's path: kept, as a semaphore call may fail at the very end.
 std::string& logPath() {
-  static auto& path = *new std::string;
-  return path;
+  static internal::lasting<std::string> path;
+  return *path;
 }
 
 constinit bool hasLog = false;

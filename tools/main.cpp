@@ -6,8 +6,8 @@
 
 #include "assoclist.h"
 #include "commandline.h"
-#include "launch.h"
 #include "launch_end.h"
+#include "main2.h"
 #include "output_signals.h"
 
 namespace {

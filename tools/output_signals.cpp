@@ -1,7 +1,7 @@
+#include "output_signals.h"
+
 #include <array>
 #include <csignal>
-
-#include "output_signals.h"
 
 namespace {
 

@@ -1,6 +1,7 @@
 #include "plan.h"
 
 #include "html_escape.h"
+#include "stubname.h"
 
 namespace {
 
@@ -30,14 +31,4 @@ launchPlan::launchPlan(const std::string& given, const assocList& options)
   const std::string& portArg = options["portArg"];
   arguments =
       uri.args(stubName(program.c_str()), 1, style, portArg.empty() ? nullptr : portArg.c_str());
-}
-
-const char* stubName(const char* path) {
-  const char* result = path;
-  for (const char* p = path; *p != '\0'; p++) {
-    if (*p == '/' || *p == '\\') {
-      result = p + 1;
-    }
-  }
-  return result;
 }

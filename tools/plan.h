@@ -20,6 +20,3 @@ struct launchPlan {
   argsStyle style;             ///< how options are passed
   char** arguments = nullptr;  ///< the viewer's vector, owned by `uri`; null without a program
 };
-
-/// The last component of `path`, behind the last "/" or "\".
-const char* stubName(const char* path);

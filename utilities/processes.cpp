@@ -5,6 +5,7 @@
 #include <ostream>
 
 #include "datetime.h"
+#include "lasting.h"
 
 namespace {
 
@@ -13,8 +14,8 @@ constexpr std::uint32_t COOKIE = 0x1F2E3D4C;
 // Every notifier constructed, in that order; null where one was destroyed.  Never
 // destroyed itself: notifiers may be static objects.
 std::list<shutdownNotified*>& SN_list() {
-  static auto& notifiers = *new std::list<shutdownNotified*>;
-  return notifiers;
+  static internal::lasting<std::list<shutdownNotified*>> notifiers;
+  return *notifiers;
 }
 
 // Writes a value that no one reads in the object's lifetime, which an optimiser

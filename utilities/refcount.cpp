@@ -9,6 +9,7 @@
 #include <string>
 #include <utility>
 
+#include "lasting.h"
 #include "processes.h"
 #include "stack.h"
 #include "startup.h"
@@ -20,7 +21,7 @@ namespace {
 // taken from this file.
 constexpr const char* SOURCE = "../utilities/refcount";
 
-[[gnu::init_priority(START_FLAGS)]] lasting<traceFlag> TRACE("refcount", 0);
+[[gnu::init_priority(START_FLAGS)]] internal::lasting<traceFlag> TRACE("refcount", 0);
 
 // The section that guards shared instances.  `okay` is false once the semaphore
 // set is gone at exit: counts are then left alone.

@@ -1,7 +1,5 @@
 #include "startup.h"
 
-#include <ostream>
-
 #include "DistName.h"
 #include "configDB.h"
 #include "events.h"
@@ -19,14 +17,3 @@ const void* const startUpObjects[] = {
     reinterpret_cast<const void*>(&language::Default),              // defaultLanguage
     reinterpret_cast<const void*>(static_cast<const char* (*)(refCountStage)>(&text)),  // refcount
 };
-
-// What <iostream> declares.  The header itself would set the standard streams up at the
-// start of every process, and with them the locale, which a launch has no use for.
-namespace std {  // NOLINT(cert-dcl58-cpp)
-extern ostream cerr;
-}
-
-std::ostream& standardError() {
-  static const std::ios_base::Init standardStreams;
-  return std::cerr;
-}

@@ -1,8 +1,10 @@
 #include "system.h"
 
+#include "lasting.h"
+
 SystemEnv& SystemEnv::instance() {
-  static auto& theInstance = *new SystemEnv;
-  return theInstance;
+  static internal::lasting<SystemEnv> theInstance([] { return SystemEnv(); });
+  return *theInstance;
 }
 
 // Weak, so that a program's own definition takes its place.

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "asserts.h"
+#include "lasting.h"
 
 namespace {
 
@@ -71,8 +72,8 @@ bool ThreadData::ended() {
 }
 
 std::list<const ThreadedDatatype*>& ThreadData::registry() {
-  static auto& types = *new std::list<const ThreadedDatatype*>;  // read until the very end
-  return types;
+  static internal::lasting<std::list<const ThreadedDatatype*>> types;  // read until the very end
+  return *types;
 }
 
 int ThreadData::registerClient(const ThreadedDatatype* type) {

@@ -3,6 +3,8 @@
 #include <map>
 
 #include "conversion.h"
+#include "lasting.h"
+#include "standard_error.h"
 #include "startup.h"
 
 namespace {
@@ -11,8 +13,8 @@ namespace {
 
 // Never destroyed: flags are tested until the process ends.
 std::map<std::string, traceFlag*>& registry() {
-  static auto& flags = *new std::map<std::string, traceFlag*>;
-  return flags;
+  static internal::lasting<std::map<std::string, traceFlag*>> flags;
+  return *flags;
 }
 
 traceFlag* flagNamed(const std::string& name) {

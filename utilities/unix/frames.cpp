@@ -10,7 +10,7 @@
 #include <ostream>
 #include <string_view>
 
-#include "demangler.h"
+#include "../demangler.h"
 
 namespace {
 

@@ -8,15 +8,15 @@
 #include <cstdio>
 #include <ostream>
 
-#include "demangler.h"
 #include "frames.h"
+#include "lasting.h"
 
 namespace {
 
 // The lines of every trace stay until the end, for whoever looks into a core file.
 std::list<char**>& kept() {
-  static auto& traces = *new std::list<char**>;
-  return traces;
+  static internal::lasting<std::list<char**>> traces;
+  return *traces;
 }
 
 // A line of `backtrace_symbols`.  That asks the loader for names, which a static program
@@ -51,19 +51,4 @@ std::ostream& stack::write(std::ostream& out) const {
 
 std::ostream& operator<<(std::ostream& out, const stack& trace) {
   return trace.write(out);
-}
-
-std::string convertSymbol(std::string_view line) {
-  const std::size_t open = line.find("(_Z");
-  const std::size_t plus = open != std::string_view::npos ? line.find('+', open) : open;
-  if (plus == std::string_view::npos) {
-    return std::string(line);
-  }
-  const std::size_t name = open + 3;
-  return std::string(line.substr(0, open + 1)) + demangle(line.substr(name, plus - name)) +
-         std::string(line.substr(plus));
-}
-
-std::string demangle(std::string_view mangled) {
-  return demangler<std::string>(mangled).function();
 }

@@ -1,0 +1,26 @@
+// What a user wants to be different in a settings file.
+#pragma once
+
+#include <algorithm>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "trusted.h"
+
+namespace hopopen {
+
+struct change {
+  /// From a scheme to the viewer that opens it, or to nothing when the choice is forgotten.
+  std::map<std::string, std::optional<std::string>> use = {};
+  std::vector<trustedHost> distrust = {};  ///< taken out first, wherever they are
+  std::vector<trustedHost> trust = {};     ///< added, but for those that are there already
+};
+
+/// True when the list has that host.
+inline bool contains(const std::vector<trustedHost>& list, const trustedHost& host) {
+  return std::find(list.begin(), list.end(), host) != list.end();
+}
+
+}  // namespace hopopen

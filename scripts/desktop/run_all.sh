@@ -1,0 +1,131 @@
+#!/usr/bin/env bash
+# Shows the packages at work on a desktop, end to end: builds them, tries their life, and
+# puts them into a clean Debian with all viewers of viewers/, where
+#
+# - links are opened by a click in Chromium, xdg-open, gio and hopopen, and reach real VNC
+#   and SSH servers (links_test.sh);
+# - ViewOnly is held to (view_only_test.sh), and refusals are read (refusal_test.sh);
+# - each viewer keeps what is the user's from hostile servers (viewers_test.sh,
+#   ssh_viewers_test.sh).
+#
+# Needs root, the mirror of Debian, and a kernel with overlayfs and namespaces.  Several
+# tests run at once, each with a network, processes and a screen of its own.  Screenshots
+# and what the tests say are in build/desktop/.  All else is gone at the end, but for
+# build/clean_debian/, which makes the next run quicker.
+#
+#   ./test --desktop [TEST...]   only those tests, with the packages that are there
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/../.."
+# shellcheck source=scripts/lib.sh
+source scripts/lib.sh
+if ((EUID != 0)); then
+  printf '%s needs root: it makes a Debian of its own.\n' "$0" >&2
+  exit 1
+fi
+need debootstrap
+
+output=build/desktop
+rm -rf "$output"
+mkdir -p "$output"
+
+debian=(adwaita-icon-theme chromium dbus desktop-file-utils dunst fonts-dejavu-core gvncviewer
+  imagemagick kdialog krdc libglib2.0-bin libnotify-bin libnss-wrapper librsvg2-common openbox
+  openssh-client openssh-server openssl putty putty-tools python3 remmina remmina-plugin-vnc
+  strace tesseract-ocr tigervnc-standalone-server tigervnc-tools tigervnc-viewer virt-viewer
+  wmctrl x11-apps x11-utils x11-xserver-utils xauth xdg-utils xdotool xfonts-base xsel xterm
+  xtightvncviewer xvfb zenity)
+
+only=$*
+
+# --- Tests that run at once --------------------------------------------------------
+
+declare -A running=() # process id: name
+
+# finish NAME STATUS: says what a test said, and adds up its counts.  One without counts
+# is one step.
+finish() {
+  local log=$output/$1.log
+  printf '== %s (after %d s)\n' "$1" "$SECONDS"
+  if [[ $(tail -n 1 "$log") =~ ^[0-9]+\ passed,\ [0-9]+\ failed$ ]]; then
+    cat "$log"
+    add_counts "$log" "$2"
+  else
+    outcome "$1" "$2" "$(tail -n 40 "$log")"
+  fi
+}
+
+# wait_for_one: until one of those that run has finished.
+wait_for_one() {
+  local id status=0
+  wait -n -p id "${!running[@]}" || status=$?
+  finish "${running[$id]}" "$status"
+  unset "running[$id]"
+}
+
+# begin NAME COMMAND...: at most as many at once as most tests, which mostly wait, bear.
+at_once=4
+begin() {
+  [[ -z $only || " $only debian " == *" $1 "* ]] || return 0
+  while ((${#running[@]} >= at_once)); do
+    wait_for_one
+  done
+  setsid "${@:2}" >"$output/$1.log" 2>&1 &
+  running[$!]=$1
+}
+
+is_running() { [[ " ${running[*]} " == *" $1 "* ]]; }
+
+# wait_for NAME...: until those have finished.
+wait_for() {
+  local name
+  for name; do
+    while is_running "$name"; do
+      wait_for_one
+    done
+  done
+}
+
+# end_all: unshare waits for its child through other signals, and kills it when it is
+# killed.  The other tests clear away themselves.
+end_all() {
+  local id
+  for id in "${!running[@]}"; do
+    kill -- "-$id" 2>/dev/null || true
+    [[ ${running[$id]} == package* ]] || kill -s KILL -- "-$id" 2>/dev/null || true
+  done
+  wait
+}
+trap end_all EXIT
+trap 'exit 1' INT TERM HUP
+
+# --- The tests -----------------------------------------------------------------------
+
+in_debian() { begin "$1" scripts/desktop/clean_debian.sh run "${@:2}"; }
+
+# viewers_of PREFIX FILE: the viewers that a script of tests has tests for.
+viewers_of() { sed -n "s/^$1_\([a-z-]*\)().*/\1/p" "scripts/desktop/$2"; }
+
+begin_all() {
+  local viewer
+  in_debian links scripts/desktop/links_test.sh
+  in_debian view-only scripts/desktop/view_only_test.sh
+  in_debian refusal scripts/desktop/refusal_test.sh
+  for viewer in $(viewers_of settings viewer_settings.sh); do
+    in_debian "viewers-$viewer" scripts/desktop/viewers_test.sh "$viewer"
+  done
+  for viewer in $(viewers_of test ssh_viewers_test.sh); do
+    in_debian "ssh-$viewer" scripts/desktop/ssh_viewers_test.sh "$viewer"
+  done
+}
+
+begin package ./package
+begin debian scripts/desktop/clean_debian.sh make "${debian[@]}"
+wait_for package
+if ((failed == 0)); then
+  begin package-life scripts/desktop/package_life.sh
+  wait_for debian
+  [[ ! -e build/clean_debian/base ]] || begin_all
+fi
+wait_for "${running[@]}"
+printf 'It took %d s.\n' "$SECONDS"
+closing_line
