@@ -27,7 +27,7 @@ if command -v ccache >/dev/null; then
   launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
 fi
 
-# prints PROGRAM ROOT: the program prints what is expected, with that root behind "DC=".
+# prints PROGRAM ROOT: the program prints what is expected, with that root after "DC=".
 prints() {
   LD_LIBRARY_PATH=$(dirname "$library") "$1" 2>&1 |
     diff <(sed "s/ROOT/$2/" tests/outside/expected.txt) -
