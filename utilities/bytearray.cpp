@@ -16,7 +16,7 @@ constexpr std::string_view hexDigits = "0123456789abcdefABCDEF";
 constexpr std::string_view radix64Digits =
     "=ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
-// The value of each byte as a digit of radix 64, already where it stands as the first to
+// The value of each byte as a digit of radix 64, already in its place as the first to
 // fourth digit of a group; NO_DIGIT outside the alphabet.  So four look-ups decode a group.
 constexpr std::uint32_t NO_DIGIT = 1u << 24;
 constexpr std::array<std::array<std::uint32_t, 256>, 4> radix64Values = []() {

@@ -28,7 +28,7 @@ constexpr std::array<const char*, 7> dayNames = {"Thu", "Fri", "Sat", "Sun", "Mo
 constexpr std::array<const char*, 12> monthNames = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
                                                     "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
 
-// Reads at most `maxDigits` digits and the one separator behind them.  White space
+// Reads at most `maxDigits` digits and the one separator after them.  White space
 // is a separator only with `skipBlank`.
 int getInt(const char*& text, int maxDigits, int defaultValue, bool skipBlank) {
   if (!isDigit(*text)) {

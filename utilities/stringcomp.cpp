@@ -11,7 +11,7 @@
 namespace {
 
 // The number of bytes that two texts begin with alike, by the word as far as there are whole
-// ones.  Names that are looked up and found are the same as a rule, and compared twice.
+// ones.  A lookup that succeeds mostly compares equal names, and does so twice.
 std::size_t equalBytes(const char* a, const char* b, std::size_t size) {
   std::size_t result = 0;
   for (std::uint64_t left, right; size - result >= sizeof left; result += sizeof left) {

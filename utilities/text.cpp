@@ -61,7 +61,7 @@ std::string CSVescape(const std::string& text) {
 
 namespace {
 
-// Reads a field behind its opening quote.
+// Reads a field after its opening quote.
 std::string quotedField(const char*& ptr) {
   std::string result;
   for (; *ptr != '\0'; ptr++) {

@@ -92,7 +92,7 @@ URI::URI(const std::string& text) {
 }
 
 // A copy is good for its addresses and its ticket: callers rely on the scheme and
-// the parameters staying behind.
+// the parameters not being copied.
 URI::URI(const URI& other)
     : ticket(other.ticket), keyId(other.keyId), addresses(other.addresses), m_okay(other.m_okay) {}
 
@@ -206,14 +206,14 @@ uriParse URI::parse(const std::string& wholeText) {
     }
     stop = parseTicket(ptr);
   }
-  // Parameters are read where the ticket begins, so only behind an empty one.
+  // Parameters are read where the ticket begins, so only after an empty one.
   if (stop == US_COMPLETE && *ptr == '?') {
     stop = parseParameters(ptr);
   }
   return {stop, static_cast<std::size_t>(ptr - text.c_str())};
 }
 
-// Each reader moves `ptr` to what it could not read, and behind what it could; only
+// Each reader moves `ptr` to what it could not read, and past what it could; only
 // the ticket, once read, is left where it is.
 
 uriStop URI::parseAddresses(const char*& ptr, const RegExpr& machine_RE) {

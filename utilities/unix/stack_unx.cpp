@@ -13,7 +13,7 @@
 
 namespace {
 
-// The lines of every trace stay until the end, for whoever looks into a core file.
+// The lines of every trace stay until the end: they help to read a core file.
 std::list<char**>& kept() {
   static internal::lasting<std::list<char**>> traces;
   return *traces;
