@@ -85,7 +85,7 @@ struct gregorianDate {
   std::string format(const std::string& pattern) const;
 };
 
-/// Writes `year/month/day@hour:minute:second.microseconds`, unpadded but for the
+/// Writes `year/month/day@hour:minute:second.microseconds`, unpadded except for the
 /// microseconds, for example `2026/11/15@11:7:34.042517`, whatever flags and locale the
 /// stream has.
 std::ostream& operator<<(std::ostream& out, const gregorianDate& date);
@@ -107,7 +107,7 @@ class DateTime {
   /// - Fields are read in the order year (up to 4 digits), month, day, hour,
   ///   minute, second (up to 2 each), fraction (up to 6); one that is missing
   ///   keeps its value of 1970-01-01 00:00:00.
-  /// - Behind a field one separator is skipped: any character but a digit and
+  /// - After a field one separator is skipped: any character but a digit and
   ///   white space.  Reading ends where a field does not start with a digit, so
   ///   a blank ends it.
   /// - Nothing is range-checked; the seconds wrap in 32 bits.

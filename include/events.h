@@ -12,7 +12,7 @@
 // The operation is written as it is, line feeds and control bytes included, so one that has
 // text from strangers can make lines that look like other reports.
 //
-// *3. Handlers* decide what becomes of reports.  Each thread has a map of handlers by
+// *3. Handlers* decide what happens with reports.  Each thread has a map of handlers by
 // priority (threads that have none share the start-up map).  A report is offered in
 // ascending priority; a handler that serves some of the report's audiences clears them, and
 // the first that answers true ends the walk.  A handler enters the map of the thread that
@@ -256,7 +256,7 @@ class ThreadedEventHandlerList : private ThreadedDatatype {
   static EventHandlerMap& startUpMap();
 };
 
-/// Decides what becomes of reports.
+/// Decides what happens with reports.
 ///
 /// Constructing a handler registers it.  A derived class must be able to handle
 /// reports from then on, so it works out whatever might itself raise a report

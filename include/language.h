@@ -47,7 +47,7 @@ class language {
   /// The language `name`, or `Default()` when there is none.
   static language& find(const std::string& name);
   /// The language that the item `defaultLanguage` names, else the first by name,
-  /// else the stand-by language "BAD".
+  /// else the reserve language "BAD".
   static language& Default();
   /// All languages in the order of their names.
   static std::vector<std::pair<std::string, language*>> list();

@@ -83,7 +83,7 @@ class Thread {
   bool m_fullWeight;
 };
 
-/// Watches for the shutdown, once a second without drift, and then tells the
+/// Watches for the shutdown, once a second without drift, and then calls the
 /// notifiers.
 class exitWaitThread : public Thread {
  public:
@@ -109,7 +109,7 @@ class shutdownNotified {
   /// Called once at shutdown.
   virtual void shutdown() = 0;
 
-  /// Tells every notifier alive, in the order of their construction.  Runs at
+  /// Calls every notifier alive, in the order of their construction.  Runs at
   /// most once per process; a notifier may construct and destroy others.
   static void callShutdowns();
 

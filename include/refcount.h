@@ -147,7 +147,7 @@ class reference : public ThreadedDataObject {
   /// Holds the instance of `canonical`, or with `writable` a private clone of it.
   /// Null when there is none, or it does not clone.
   reference& set(bool writable, const reference& canonical);
-  /// Puts the private instance held here, or null, in the place of `canonical`'s.
+  /// Puts the private instance held here, or null, in place of `canonical`'s.
   /// With `check` only when this holds a copy of what is there.  Returns whether
   /// it did.
   bool setCanonical(reference& canonical, bool check);

@@ -51,7 +51,7 @@ enum uriStop : int {
 };
 
 /// What the grammar wants there, to be put after "expected", for example
-/// "\"/\" behind the addresses".  "nothing more" for a complete URI, and
+/// "an address".  "nothing more" for a complete URI, and
 /// "<invalid uriStop>".
 const char* text(uriStop stop);
 
