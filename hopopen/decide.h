@@ -1,4 +1,4 @@
-// Deciding what comes of a link.  Nothing is opened or started here.
+// Deciding what happens with a link.  Nothing is opened or started here.
 #pragma once
 
 #include <optional>

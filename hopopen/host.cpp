@@ -47,7 +47,7 @@ std::optional<hostFault> readLabel(std::string_view name, std::size_t start, std
 
 bool looksLikeNumber(std::string_view label) {
   if (label.size() >= 2 && label[0] == '0' && lower(label[1]) == 'x') {
-    return std::all_of(label.begin() + 2, label.end(), isHex);
+    return std::all_of(label.begin() + 2, label.end(), isHexDigit);
   }
   return std::all_of(label.begin(), label.end(), isDigit);
 }

@@ -2,8 +2,8 @@
 // draft on ssh URIs.  Nothing is looked up; what the pieces mean to a viewer is decided
 // elsewhere.
 //
-// Whatever a stranger can put into a link is held against a short list of what is allowed,
-// and all else is refused, so that any program can be given a piece.
+// Whatever a stranger can put into a link is compared with a short list of what is allowed,
+// and everything else is refused, so that any program can be given a piece.
 #pragma once
 
 #include <cstddef>

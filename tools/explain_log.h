@@ -1,4 +1,4 @@
-// What would become of a log, without opening it or making it.
+// What would happen to a log, without opening it or making it.
 #pragma once
 
 #include <string>

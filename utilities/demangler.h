@@ -5,6 +5,8 @@
 #include <string_view>
 #include <utility>
 
+#include "ascii.h"
+
 namespace internal {
 
 /// Reads a mangled name from left to right and writes what it understands.  It
@@ -42,7 +44,7 @@ class demangler {
     return true;
   }
 
-  bool atLength() const { return next() >= '0' && next() <= '9'; }
+  bool atLength() const { return isDigit(next()); }
 
   void functionName() {
     if (next() == 'N') {
