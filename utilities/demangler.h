@@ -153,9 +153,9 @@ class demangler {
     }
     const std::string_view marks = whole.substr(0, whole.size() - m_rest.size());
     typeName();
-    for (auto mark = marks.rbegin(); mark != marks.rend(); ++mark) {
-      if (*mark == 'P' || *mark == 'R') {
-        m_out += *mark == 'P' ? '*' : '&';
+    for (std::size_t i = marks.size(); i-- > 0;) {
+      if (marks[i] == 'P' || marks[i] == 'R') {
+        m_out += marks[i] == 'P' ? '*' : '&';
       }
     }
   }
