@@ -1,15 +1,18 @@
 // The orderings of distinguished names.
 
 #include <algorithm>
-#include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <memory>
+#include <string>
+#include <string_view>
 
 #include "../utilities/ascii.h"
 #include "DistName.h"
-#include "asserts.h"
+#include "assertion.h"
 #include "conversion.h"
 #include "segments.h"
+#include "stringcomp.h"
 
 namespace {
 

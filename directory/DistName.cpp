@@ -6,11 +6,13 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <string_view>
 #include <vector>
 
 #include "../utilities/ascii.h"
-#include "asserts.h"
+#include "assertion.h"
 #include "conversion.h"
+#include "events.h"
 #include "segments.h"
 
 namespace {

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "../utilities/ascii.h"
+#include "../utilities/ascii.h"  // IWYU pragma: export
 
 namespace hopopen {
 

@@ -1,6 +1,7 @@
 #include "explain_json.h"
 
 #include <cstdint>
+#include <string_view>
 #include <vector>
 
 #include "../utilities/ascii.h"

@@ -9,7 +9,7 @@
 #include <string_view>
 
 #include "ascii.h"
-#include "asserts.h"
+#include "assertion.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include <array>
 #include <cmath>
 #include <cstring>
-#include <ostream>
+#include <ostream>  // IWYU pragma: keep
 #include <utility>
 
 #include "ascii.h"

@@ -2,8 +2,8 @@
 #pragma once
 
 #include <cstddef>
+#include <iterator>
 #include <string_view>
-#include <utility>
 
 #include "ascii.h"
 

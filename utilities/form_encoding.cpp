@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "ascii.h"
+#include "assoclist.h"
 #include "html_escape.h"
 
 namespace {

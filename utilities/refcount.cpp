@@ -1,10 +1,10 @@
 #include "refcount.h"
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <locale>
 #include <optional>
-#include <ostream>
 #include <sstream>
 #include <string>
 #include <utility>
@@ -12,6 +12,7 @@
 #include "pointers.h"
 #include "processes.h"
 #include "stack.h"
+#include "trace.h"
 #include "trace_flags.h"
 
 namespace {

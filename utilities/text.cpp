@@ -2,10 +2,13 @@
 
 #include <algorithm>
 #include <cctype>
-#include <cstddef>
 #include <cstring>
+#include <list>
 #include <ostream>
+#include <set>
+#include <string>
 #include <utility>
+#include <vector>
 
 #include "ascii.h"
 #include "c_locale.h"

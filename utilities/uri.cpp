@@ -2,12 +2,14 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include "ascii.h"
-#include "asserts.h"
+#include "assertion.h"
 #include "conversion.h"
 #include "html_escape.h"
 #include "regexpr.h"
+#include "stringcomp.h"
 
 namespace {
 

@@ -1,5 +1,7 @@
 // Reports of the operating system's errors, and to its log.
 
+#include "events.h"
+
 #include <syslog.h>
 
 #include <cerrno>
@@ -7,9 +9,9 @@
 #include <cstring>
 #include <locale>
 #include <sstream>
+#include <string>
 
 #include "../c_locale.h"
-#include "events.h"
 
 // --- OSevent ---------------------------------------------------------------
 
