@@ -15,7 +15,7 @@ import sys
 import tomllib
 from urllib.parse import quote
 
-VIEWERS = pathlib.Path(__file__).resolve().parent.parent / "viewers"
+VIEWERS = pathlib.Path(__file__).resolve().parents[2] / "viewers"
 
 
 def pieces(options, definition):
