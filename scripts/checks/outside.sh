@@ -65,13 +65,14 @@ names() {
             s/^void //; s/[^A-Za-z0-9_].*//' | sort -u | grep -v '^HOPLAUNCH_1$'
 }
 
-# The shared library exports what the headers declare, all of it and nothing else.
+# The shared library exports what the headers declare, all of it and nothing else. (The
+# namespace `internal`, of which a header has a part, is not for programs.)
 exports_what_headers_declare() {
   local headers declared exported name
   headers=$(sed 's,//.*,,' "$prefix"/include/hoplaunch/*.h)
   exported=$(names --dynamic "$library")
   declared=$(for name in $(names --extern-only "$(file libhoplaunch.a)"); do
-    if [[ $name != std ]] && grep -qw "$name" <<<"$headers"; then
+    if [[ $name != std && $name != internal ]] && grep -qw "$name" <<<"$headers"; then
       echo "$name"
     fi
   done)
