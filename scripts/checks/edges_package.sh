@@ -44,11 +44,10 @@ built() {
 }
 
 file() { find "$1" -name "$2" -print -quit; }
-expected() { sed 's/ROOT//' "$top/tests/outside/expected.txt"; }
 
 # prints PROGRAM LIBRARY-FOLDER
 prints() {
-  LD_LIBRARY_PATH=$2 timeout 20 "$1" 2>&1 | diff <(expected) -
+  LD_LIBRARY_PATH=$2 timeout 20 "$1" 2>&1 | diff <(expected_outside '') -
 }
 
 # --- Hidden visibility ---
