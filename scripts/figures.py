@@ -48,10 +48,12 @@ def table(head, rows):
 
 
 def commit():
-    """What is measured: the last commit, and whether files differ from it."""
-    said = subprocess.run(["git", "describe", "--always", "--dirty", "--abbrev=10"],
-                          capture_output=True, text=True, check=False)
-    return said.stdout.strip()
+    """What is measured: the last commit, and whether files but documents differ from it."""
+    last = subprocess.run(["git", "rev-parse", "--short=10", "HEAD"], capture_output=True,
+                          text=True, check=False).stdout.strip()
+    same = subprocess.run(["git", "diff", "--quiet", "HEAD", "--", ".", ":!docs", ":!*.md"],
+                          check=False).returncode == 0
+    return last if same else f"{last}-dirty"
 
 
 def keep(name, command, **results):
