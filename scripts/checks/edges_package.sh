@@ -1,5 +1,6 @@
 # The library from outside, at its edges.
-# Hidden visibility, no run-time types, no shared library, absolute folders, and as a part of another project.
+# Hidden visibility, no run-time types, no shared library, absolute folders, and as a part of
+# another project.
 # Arguments: [FOLDER]
 # Builds in FOLDER, which stays, or in one that is removed at the end.
 # shellcheck shell=bash source=scripts/lib.sh
