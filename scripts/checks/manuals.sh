@@ -23,7 +23,9 @@ written_keys() { "$build/hopexplain" -format=json vnc://h/ | sed -n 's/^  "\([^"
 
 # What troff says of a page, which lintian looks at, too.
 typeset_warnings() {
-  LC_ALL=C.UTF-8 MANROFFSEQ='' MANWIDTH=80 man --warnings -E UTF-8 -l -Tutf8 -Z "$1" 2>&1 >"$scratch/page"
+  LC_ALL=C.UTF-8 MANROFFSEQ='' MANWIDTH=80 \
+    man --warnings -E UTF-8 -l -Tutf8 -Z "$1" >"$scratch/page" 2>"$scratch/warnings"
+  cat "$scratch/warnings"
 }
 
 # The examples as a reader sees them: each command, and below it what it prints, without
