@@ -5,7 +5,7 @@
 # shellcheck shell=bash source=scripts/lib.sh
 set -uo pipefail
 source scripts/lib.sh
-need groff man-db mandoc python3
+need man-db mandoc python3
 (($# > 0)) || build release hoplaunch hopexplain hopopen demo_viewer || exit 1
 build=$(realpath "${1:-build/release}")
 scratch=$(mktemp -d)
