@@ -14,6 +14,8 @@
 #include <utility>
 #include <vector>
 
+namespace folders_test {
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -253,3 +255,5 @@ TEST(Folders, AreDescribedWithTheirExemptions) {
 }
 
 }  // namespace
+
+}  // namespace folders_test

@@ -15,6 +15,8 @@
 #include <string>
 #include <vector>
 
+namespace rooms_test {
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -188,3 +190,5 @@ TEST(Rooms, LetToolsKnowNothingOfTheFrontDoor) {
 }
 
 }  // namespace
+
+}  // namespace rooms_test
