@@ -2,8 +2,10 @@
 #pragma once
 
 #include <cstddef>
+#include <iterator>
 #include <string_view>
-#include <utility>
+
+#include "ascii.h"
 
 namespace internal {
 
@@ -42,7 +44,7 @@ class demangler {
     return true;
   }
 
-  bool atLength() const { return next() >= '0' && next() <= '9'; }
+  bool atLength() const { return isDigit(next()); }
 
   void functionName() {
     if (next() == 'N') {

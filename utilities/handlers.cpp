@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cstdint>
 #include <locale>
-#include <ostream>
 #include <sstream>
+#include <string>
 
 #include "datetime.h"
 #include "events.h"
@@ -15,6 +15,7 @@
 #include "standard_error.h"
 #include "startup.h"
 #include "threading.h"
+#include "trace.h"
 #include "trace_flags.h"
 
 // --- Handler maps ----------------------------------------------------------

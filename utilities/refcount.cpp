@@ -1,16 +1,18 @@
 #include "refcount.h"
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <locale>
 #include <optional>
-#include <ostream>
 #include <sstream>
 #include <string>
 #include <utility>
 
+#include "pointers.h"
 #include "processes.h"
 #include "stack.h"
+#include "trace.h"
 #include "trace_flags.h"
 
 namespace {

@@ -1,11 +1,11 @@
 #include "frames.h"
 
 #include <dlfcn.h>
+#include <elf.h>
 #include <link.h>
 
 #include <array>
 #include <cerrno>
-#include <cstddef>
 #include <cstdio>
 #include <ostream>
 #include <string_view>

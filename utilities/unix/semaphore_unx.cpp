@@ -9,7 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "asserts.h"
+#include "assertion.h"
 #include "processes.h"
 #include "threading.h"
 

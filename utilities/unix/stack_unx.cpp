@@ -4,9 +4,10 @@
 #include <ucontext.h>
 
 #include <cerrno>
-#include <cstddef>
 #include <cstdio>
+#include <list>
 #include <ostream>
+#include <string>
 
 #include "frames.h"
 #include "lasting.h"
