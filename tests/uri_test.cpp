@@ -214,7 +214,7 @@ TEST(URIparse, NeedsASlashBehindTheAddresses) {
 
 TEST(URIparse, ReadsKeyIdsAndTickets) {
   const struct {
-    const char* rest;  // behind the addresses
+    const char* rest;  // after the addresses
     std::int32_t keyId;
     const char* ticket;
   } cases[] = {

@@ -167,15 +167,15 @@ const char* text(uriStop stop) {
     case US_SCHEME:
       return "a scheme, which begins with a letter";
     case US_SEPARATOR:
-      return "\"://\" behind the scheme";
+      return "\"://\" after the scheme";
     case US_DELIMITER:
-      return "\"/\" behind the addresses";
+      return "\"/\" after the addresses";
     case US_ADDRESS:
       return "an address, which begins with a letter or digit or ends in brackets";
     case US_TICKET:
       return "a ticket in base64, whose length is a multiple of four";
     case US_PARAMETER:
-      return "\"=\" behind the name of a parameter";
+      return "\"=\" after the name of a parameter";
   }
   return "<invalid uriStop>";
 }
