@@ -22,6 +22,8 @@
 #include "shell_word.h"
 #include "threading.h"
 
+namespace explain_test {
+
 namespace {
 
 using namespace std::string_literals;
@@ -759,3 +761,5 @@ TEST(ExplainJSON, HasTheExactBytesOfTheURIAndTheArguments) {
 }
 
 }  // namespace
+
+}  // namespace explain_test

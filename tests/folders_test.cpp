@@ -14,6 +14,8 @@
 #include <utility>
 #include <vector>
 
+namespace folders_test {
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -312,3 +314,5 @@ TEST(Folders, AreDescribedWithTheirCircles) {
 }
 
 }  // namespace
+
+}  // namespace folders_test

@@ -15,6 +15,8 @@
 #include <string>
 #include <vector>
 
+namespace rooms_test {
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -208,3 +210,5 @@ TEST(Headers, BringTheAssertionAlone) {
 }
 
 }  // namespace
+
+}  // namespace rooms_test

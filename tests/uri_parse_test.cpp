@@ -7,6 +7,8 @@
 
 #include "uri.h"
 
+namespace uri_parse_test {
+
 namespace {
 
 struct stopCase {
@@ -242,3 +244,5 @@ TEST(URIstopText, SaysWhatTheGrammarWants) {
 }
 
 }  // namespace
+
+}  // namespace uri_parse_test

@@ -9,6 +9,8 @@
 #include <utility>
 #include <vector>
 
+namespace uri_test {
+
 namespace {
 
 using pairList = std::vector<std::pair<std::string, std::string>>;
@@ -473,3 +475,5 @@ TEST(decimalInt, ReadsDigitsUpToTheFirstOtherCharacter) {
 }
 
 }  // namespace
+
+}  // namespace uri_test
