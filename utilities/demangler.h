@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstddef>
-#include <iterator>
 #include <string_view>
 
 #include "ascii.h"
