@@ -68,6 +68,7 @@ void removeSet() {
   std::abort();
 }
 
+// Once: a call that a signal interrupts has failed, and is not tried again.
 bool change(int id, int section, short by, short flags) {
   struct sembuf operation = {static_cast<unsigned short>(section), by, flags};
   return semop(id, &operation, 1) == 0;
