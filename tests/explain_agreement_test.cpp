@@ -16,6 +16,7 @@
 #include <string>
 #include <vector>
 
+#include "execution.h"
 #include "json_reader.h"
 #include "random_lines.h"
 
@@ -73,14 +74,6 @@ class Stream {
 // Starts a program with descriptors 1, `at` and `and`.
 pid_t start(const char* program, const Strings& words, const Strings& variables, Stream& first,
             int at, Stream* second) {
-  const auto pointers = [](const Strings& texts) {
-    std::vector<char*> result;
-    for (const std::string& text : texts) {
-      result.push_back(const_cast<char*>(text.c_str()));
-    }
-    result.push_back(nullptr);
-    return result;
-  };
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
   for (const int number : {0, 1, 2}) {
@@ -91,8 +84,8 @@ pid_t start(const char* program, const Strings& words, const Strings& variables,
     posix_spawn_file_actions_adddup2(&actions, second->writing(), 8);
   }
   pid_t pid = -1;
-  EXPECT_EQ(0, posix_spawn(&pid, program, &actions, nullptr, pointers(words).data(),
-                           pointers(variables).data()));
+  EXPECT_EQ(0, posix_spawn(&pid, program, &actions, nullptr, execution::pointers(words).data(),
+                           execution::pointers(variables).data()));
   posix_spawn_file_actions_destroy(&actions);
   first.closeWriting();
   if (second != nullptr) {

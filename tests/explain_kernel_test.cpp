@@ -18,6 +18,8 @@
 #include <string>
 #include <vector>
 
+#include "elf_program.h"
+#include "execution.h"
 #include "find_program.h"
 #include "fresh_process.h"
 
@@ -59,14 +61,11 @@ class Folder {
 };
 
 // How a process ends that really executes the program.
-std::string executed(const std::string& program, Strings arguments, const std::string& path) {
+std::string executed(const std::string& program, const Strings& arguments,
+                     const std::string& path) {
   return runChild([&] {
            setenv("PATH", path.c_str(), 1);
-           std::vector<char*> vector;
-           for (std::string& argument : arguments) {
-             vector.push_back(argument.data());
-           }
-           vector.push_back(nullptr);
+           const std::vector<char*> vector = execution::pointers(arguments);
            if (std::freopen("/dev/null", "w", stderr) == nullptr) {
              return 98;
            }
@@ -180,23 +179,7 @@ TEST(Kernel, FollowsFiveInterpretersThatAreScripts) {
 
 // A program that is nothing but its headers, with the lines of a script after them.
 std::string program(int machine, const std::string& loader, int type = ET_EXEC) {
-  Elf64_Ehdr header = {};
-  const unsigned char start[] = {ELFMAG0,    ELFMAG1,     ELFMAG2,   ELFMAG3,
-                                 ELFCLASS64, ELFDATA2LSB, EV_CURRENT};
-  std::copy(std::begin(start), std::end(start), header.e_ident);
-  header.e_type = static_cast<Elf64_Half>(type);
-  header.e_machine = static_cast<Elf64_Half>(machine);
-  header.e_version = EV_CURRENT;
-  header.e_phoff = sizeof header;
-  header.e_phentsize = sizeof(Elf64_Phdr);
-  header.e_phnum = 1;
-  Elf64_Phdr segment = {};
-  segment.p_type = PT_INTERP;
-  segment.p_offset = sizeof header + sizeof segment;
-  segment.p_filesz = loader.size();
-  return std::string(reinterpret_cast<const char*>(&header), sizeof header) +
-         std::string(reinterpret_cast<const char*>(&segment), sizeof segment) + loader +
-         "\nexit 201\n";
+  return elfProgram(machine, loader, type) + "\nexit 201\n";
 }
 
 TEST(Kernel, LeavesAProgramForAnotherMachineToTheShell) {

@@ -11,27 +11,15 @@
 #include <cstdio>
 #include <exception>
 
+#include "execution.h"
+
 namespace door {
 
+using execution::pointers;
+using execution::redirect;
+using execution::replace;
+
 namespace {
-
-std::vector<char*> pointers(Strings& texts) {
-  std::vector<char*> result;
-  for (std::string& text : texts) {
-    result.push_back(text.data());
-  }
-  result.push_back(nullptr);
-  return result;
-}
-
-void replace(int file, int descriptor) {
-  if (file < 0 || (file != descriptor && (dup2(file, descriptor) < 0 || close(file) != 0))) {
-    _exit(125);
-  }
-}
-void redirect(const fs::path& name, int descriptor) {
-  replace(open(name.c_str(), O_RDWR | O_CREAT | O_TRUNC, 0666), descriptor);
-}
 
 // Until the last process that has the terminal has closed it.
 std::string readAll(int screen) {

@@ -13,29 +13,18 @@
 #include <fstream>
 #include <iterator>
 
+#include "execution.h"
+
 namespace launcher {
+
+using execution::pointers;
+using execution::redirect;
 
 namespace {
 
 // By the clock that stamps the log: `time` may lag behind it by a tick.
 std::time_t now() {
   return std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
-}
-
-std::vector<char*> pointers(Strings& texts) {
-  std::vector<char*> result;
-  for (std::string& text : texts) {
-    result.push_back(text.data());
-  }
-  result.push_back(nullptr);
-  return result;
-}
-
-void redirect(const std::filesystem::path& name, int descriptor) {
-  const int file = open(name.c_str(), O_RDWR | O_CREAT | O_TRUNC, 0666);
-  if (file < 0 || (file != descriptor && (dup2(file, descriptor) < 0 || close(file) != 0))) {
-    _exit(125);
-  }
 }
 
 }  // namespace

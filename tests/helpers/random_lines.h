@@ -2,7 +2,6 @@
 // takes or refuses.
 #pragma once
 
-#include <elf.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -14,6 +13,8 @@
 #include <random>
 #include <string>
 #include <vector>
+
+#include "elf_program.h"
 
 namespace randomly {
 
@@ -40,21 +41,7 @@ inline const std::string byShell = "\nexec ./rec sh \"$0\" \"$@\"\n";
 /// The headers of a program, and the name of its loader.
 inline std::string elf(int machine) {
   static const std::string loader("/no/such/loader\0", 16);
-  Elf64_Ehdr header = {};
-  const unsigned char start[] = {ELFMAG0,    ELFMAG1,     ELFMAG2,   ELFMAG3,
-                                 ELFCLASS64, ELFDATA2LSB, EV_CURRENT};
-  std::copy(std::begin(start), std::end(start), header.e_ident);
-  header.e_type = ET_EXEC;
-  header.e_machine = static_cast<Elf64_Half>(machine);
-  header.e_phoff = sizeof header;
-  header.e_phentsize = sizeof(Elf64_Phdr);
-  header.e_phnum = 1;
-  Elf64_Phdr segment = {};
-  segment.p_type = PT_INTERP;
-  segment.p_offset = sizeof header + sizeof segment;
-  segment.p_filesz = loader.size();
-  return std::string(reinterpret_cast<const char*>(&header), sizeof header) +
-         std::string(reinterpret_cast<const char*>(&segment), sizeof segment) + loader;
+  return elfProgram(machine, loader);
 }
 
 /// Makes a file of some kind, or none.
