@@ -33,6 +33,13 @@ need() {
   } >&2
 }
 
+# need_root WHY: ends the script with what it needs root for, unless it has it.
+need_root() {
+  ((EUID == 0)) && return
+  printf '%s needs root: %s.\n' "$0" "$1" >&2
+  exit 1
+}
+
 # The packages that building needs.
 build_packages=(g++ cmake ninja-build libcli11-dev libtomlplusplus-dev nlohmann-json3-dev)
 
@@ -98,7 +105,6 @@ silent() {
   printf '%s\n' "$said"
   return 1
 }
-
 
 # has_line PATTERN TEXT: a line of the text matches the extended regular expression.
 has_line() { grep -qE -- "$1" <<<"$2"; }

@@ -10,10 +10,7 @@
 set -uo pipefail
 source scripts/lib.sh
 need bash-completion coreutils fish gcc libc6-dev locales python3 python3-pexpect util-linux zsh
-if ((EUID != 0)); then
-  printf 'This needs root for its private IPC namespaces.\n' >&2
-  exit 1
-fi
+need_root 'it makes private IPC namespaces'
 export LC_ALL=C
 (($# > 0)) || build release hoplaunch hopexplain hopopen || exit 1
 build=$(cd "${1:-build/release}" && pwd) || exit 1

@@ -7,10 +7,7 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/../.."
 # shellcheck source=scripts/lib.sh
 source scripts/lib.sh
-if ((EUID != 0)); then
-  printf '%s needs root: it makes a Debian of its own.\n' "$0" >&2
-  exit 1
-fi
+need_root 'it makes a Debian of its own'
 need debootstrap
 
 scratch=$(mktemp -d)
