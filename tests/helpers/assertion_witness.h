@@ -1,4 +1,4 @@
-// A handler that shows failed assertions, for tests of what aborts.
+// A handler that shows failed assertions, for tests of code that aborts.
 #pragma once
 
 #include <sys/resource.h>
@@ -8,13 +8,13 @@
 #include "events.h"
 #include "threading.h"
 
-/// Lets an expected abort of this process leave no core file.
+/// An expected abort of this process then leaves no core file.
 inline void leaveNoCoreFile() {
   const rlimit none{0, 0};
   setrlimit(RLIMIT_CORE, &none);
 }
 
-/// Writes a line of what every report carries to standard error.  It stands
+/// Writes the common parts of every report as a line to standard error.  It comes
 /// before the storing handler, which would claim the report.
 class assertionWitness : public eventHandler {
  public:

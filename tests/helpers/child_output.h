@@ -1,4 +1,4 @@
-// Catches what is written to standard error, in this process or in a child.
+// Catches the output on standard error, of this process or of a child.
 #pragma once
 
 #include <sys/resource.h>

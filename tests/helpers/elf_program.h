@@ -1,4 +1,4 @@
-// A program of 64 bits that is nothing but its headers.
+// A program of 64 bits that has only its headers.
 #pragma once
 
 #include <elf.h>
@@ -7,7 +7,7 @@
 #include <iterator>
 #include <string>
 
-/// The headers, and after them `loader`, which is a name and its NUL.
+/// The headers, followed by `loader`, which is a name and its NUL.
 inline std::string elfProgram(int machine, const std::string& loader, int type = ET_EXEC) {
   Elf64_Ehdr header = {};
   const unsigned char start[] = {ELFMAG0,    ELFMAG1,     ELFMAG2,   ELFMAG3,

@@ -1,4 +1,4 @@
-// Handlers and reports that tests look into.
+// Handlers and reports for tests to look into.
 #pragma once
 
 #include <sstream>
@@ -47,8 +47,8 @@ class eventProbe : public eventHandler {
   bool m_claims;
 };
 
-/// A report with nothing but what the base gives.  It is not reported by its
-/// destructor, so it can be handed to one handler only.
+/// A report with only the members of the base class.  Its destructor does not report
+/// it, so it can be handed to one handler only.
 class bareEvent : public eventReport {
  public:
   bareEvent(eventSeverity severity, eventAudience audience, int code = 0,

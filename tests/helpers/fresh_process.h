@@ -1,5 +1,5 @@
 // Runs a test's body in a process of its own, to its real end: exit functions and
-// static destructors included.  What the process tells comes back as text.
+// static destructors run, too.  The output of the process comes back as text.
 #pragma once
 
 #include <poll.h>
@@ -29,8 +29,8 @@ inline std::string endingOf(int status) {
   return "exit " + std::to_string(WEXITSTATUS(status));
 }
 
-/// No test waits longer than this for what never comes: the process is ended by
-/// SIGALRM.
+/// No test waits longer than this for something that never comes: SIGALRM ends the
+/// process.
 inline void limitLife() {
   alarm(100);
 }
@@ -53,7 +53,7 @@ inline void drain(std::array<pollfd, 2> ends, std::array<std::string*, 2> texts)
   }
 }
 
-/// Runs `body` in a child, which then ends through `exit` with what it returned.
+/// Runs `body` in a child, which then ends through `exit` with the status that `body` returned.
 template <class Body>
 processEnd runChild(Body body) {
   std::fflush(nullptr);
@@ -93,8 +93,8 @@ processEnd runFreshChild(Body body) {
   return runChild(body);
 }
 
-/// Runs `body` in a child that shares this process's semaphore set, and removes
-/// the set afterwards.  For bodies that a signal ends, which removes nothing.
+/// Runs `body` in a child that shares this process's semaphore set, and removes the
+/// set afterwards.  For bodies that a signal ends: such an end removes nothing.
 template <class Body>
 processEnd runSharingChild(Body body) {
   semaphoreSet(false);

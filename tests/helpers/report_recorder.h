@@ -1,4 +1,4 @@
-// Handlers that see every report before the standard ones do.
+// Handlers that get every report before the standard ones.
 #pragma once
 
 #include <cstdio>
@@ -36,7 +36,7 @@ class reportRecorder : public eventHandler {
 };
 
 /// Writes the line of each report to standard error in angle brackets and claims
-/// it: for processes that end by an abort.
+/// it.  For processes that end by an abort.
 class reportPrinter : public eventHandler {
  public:
   reportPrinter() : eventHandler(1) {}

@@ -1,4 +1,4 @@
-// Looks into System V semaphore sets, and tells what the library says of them.
+// Looks into System V semaphore sets, and prints what the library says about them.
 #pragma once
 
 #include <sys/ipc.h>
@@ -14,7 +14,7 @@
 
 #include "threading.h"
 
-/// The fourth argument of `semctl`, which its callers define.
+/// The fourth argument of `semctl`.  Callers have to define its type.
 union semaphoreArgument {
   int val;
   semid_ds* buf;
@@ -34,7 +34,7 @@ inline bool setExists(int set) {
   return semctl(set, 0, GETVAL) >= 0;
 }
 
-/// Whether a set was removed; if it was not, it is now.
+/// Whether a set was removed.  If not, removes it.
 inline bool isGone(int set) {
   if (!setExists(set)) return true;
   semctl(set, 0, IPC_RMID);
@@ -51,7 +51,7 @@ inline std::string sixValues(int set) {
   return result;
 }
 
-/// Waits until a process waits for a semaphore; false when that takes a minute.
+/// Waits until a process waits for a semaphore.  False after a minute.
 inline bool someoneWaits(int set, int number) {
   for (int i = 0; i < 60000; ++i) {
     if (semctl(set, number, GETNCNT) == 1) return true;
@@ -60,7 +60,7 @@ inline bool someoneWaits(int set, int number) {
   return false;
 }
 
-/// Whether `text` is exactly the one line of a failed semaphore call.
+/// Whether `text` is exactly one line, that of a failed semaphore call.
 inline testing::AssertionResult isFailureLine(std::string_view text, std::string_view expression) {
   const std::string start = std::string(expression) + " in ../utilities/unix/semaphore_unx@";
   std::size_t end = start.size();
@@ -72,12 +72,12 @@ inline testing::AssertionResult isFailureLine(std::string_view text, std::string
          << "not the line \"" << start << "NNN\\n\": " << testing::PrintToString(std::string(text));
 }
 
-/// Tells a number on standard output.
+/// Prints a number on standard output.
 inline void tell(const char* name, int value) {
   dprintf(STDOUT_FILENO, "%s %d\n", name, value);
 }
 
-/// The sections that the calling thread is told to have: "0 0 1 0 0 0".
+/// The sections that the library says the calling thread has: "0 0 1 0 0 0".
 inline std::string allHave() {
   std::string result;
   for (const sectionId id : sections) {
@@ -87,7 +87,7 @@ inline std::string allHave() {
   return result;
 }
 
-/// Tells all of that on standard output.
+/// Prints all of that on standard output.
 inline void tellState(const char* when, int set) {
   dprintf(STDOUT_FILENO, "%s: %s, have %s\n", when, sixValues(set).c_str(), allHave().c_str());
 }

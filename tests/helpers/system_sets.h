@@ -1,4 +1,4 @@
-// The semaphore sets that the system has.
+// The semaphore sets of the system.
 #pragma once
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-// A handler that tells on standard output what reports it sees.
+// A handler that prints on standard output which reports it gets.
 #pragma once
 
 #include <unistd.h>
@@ -7,7 +7,7 @@
 
 #include "events.h"
 
-/// Stands before the library's own storing handler and claims every report.
+/// Comes before the library's own storing handler and claims every report.
 ///
 ///     commonEvent 6, severity 2, audience 31: light-weight threads | Thread::createT()
 class tellingHandler : public eventHandler {
