@@ -147,7 +147,7 @@ TEST(DistNameNewName, WritesTheCommaAlsoWithoutAParent) {
 }
 
 TEST(DistNameNewName, BuildsOnTheParsedParts) {
-  // Blanks behind the first comma are gone, and the short name is not escaped
+  // Blanks after the first comma are gone, and the short name is not escaped
   // again.
   const wanted criterion("none");
   name("CN = a\\,b ,  OU=x, DC=c").newName(criterion, 1, 20);
@@ -405,7 +405,7 @@ TEST(DisplayOrder, ComparesShortNamesThenWholeTexts) {
       {"CN=\\2Ca", "CN=-a", -1},
       {"CN=\\61", "CN=a", -1},
       {"CN=10", "CN=9", -1},
-      // Bytes from 128 up stand before all others.
+      // Bytes from 128 up come before all others.
       {"CN=\xC3\xA9", "CN=a", -1},
       {"CN=\x80", "CN=\x7F", -1},
       {"CN=\x80", "CN=\xFF", -1},

@@ -89,7 +89,7 @@ TEST(DistNameProperties, AnEscapedValueIsOneSegmentAndReadsBack) {
     const std::string escaped = DistName::escape(value);
     ASSERT_EQ(DistName::segments(escaped), 1U) << quote(escaped);
     ASSERT_EQ(DistName::shortName("CN=" + escaped), value) << quote(escaped);
-    // A blank behind a backslash counts as escaped, even behind an escaped one.
+    // A blank after a backslash counts as escaped, even after an escaped one.
     const std::string end = value.back() == '\\' ? ",DC=c" : " ,DC=c";
     ASSERT_EQ(DistName::shortName("CN= " + escaped + end), value) << quote(escaped);
     ASSERT_EQ(DistName::extractId("CN=" + escaped + ",DC=c", "CN", DistName::SINGLE, '/'), escaped);
@@ -182,7 +182,7 @@ TEST(DistNameProperties, CompareIgnoresCaseAndBlanksBetweenSegments) {
       const std::string text = source.wellFormed(1);
       tight += (segment > 0 ? "," : "") + text;
       loose += (segment > 0 ? ", " : " ") + upper(text);
-      // A blank behind a backslash would count as escaped.
+      // A blank after a backslash would count as escaped.
       if (text.back() != '\\') loose += source.of(" \t", 0, 2);
     }
     ASSERT_EQ(name(tight).compare(name(loose)), 0) << quote(tight) << " and " << quote(loose);

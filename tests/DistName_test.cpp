@@ -259,7 +259,7 @@ TEST(DistNameShortName, IsTheValueOfTheFirstSegment) {
       {"John", ""},
       {"John,DC", ""},
       {"", ""},
-      // The key is not looked at, nor that it stands in the first segment.
+      // The key does not matter, nor does the segment that it is in.
       {"=x", "x"},
       {"a,CN=x,DC=c", "x"},
   };
@@ -412,8 +412,8 @@ TEST(DistNameCanonicalName, EndsTheDomainAtTheFirstOtherSegment) {
   const textCase cases[] = {
       {"DC=b,CN=x,DC=a", "a/x/b"},
       {"DC=c,DC=b,CN=x,DC=a", "a/x/b/c"},
-      // The key of a domain component has two characters and stands directly
-      // behind the comma.
+      // The key of a domain component has two characters and comes directly
+      // after the comma.
       {"CN=x, DC=com", "/com/x"},
       {"DC=x, DC=com", "/com/x"},
       {"CN=x,DC =com", "/com/x"},

@@ -278,7 +278,7 @@ TEST(URIargs, PassesThePortOfTheFirstAddressAsAnOption) {
       {"ssh://a+b:2,c:3/", "x", 0, AS_SEPARATE, "p", {"x", "a", "b", "c"}},
       {"ssh://a+b:2/", "x", 1, AS_SEPARATE, "p", {"x", "a"}},
       {"ssh://a:1+b:2/", "x", 1, AS_SEPARATE, "p", {"x", "-p", "1", "a"}},
-      // Whatever is behind the last colon is the port.
+      // The port is all that follows the last colon.
       {"ssh://h:/", "x", 0, AS_EQUALS, "p", {"x", "-p=", "h"}},
       {"ssh://h:/", "x", 0, AS_SEPARATE, "p", {"x", "-p", "", "h"}},
       {"ssh://h:22:33/", "x", 0, AS_EQUALS, "p", {"x", "-p=33", "h:22"}},
@@ -289,7 +289,7 @@ TEST(URIargs, PassesThePortOfTheFirstAddressAsAnOption) {
       {"ssh://h:22/", "x", 0, AS_EQUALS, "", {"x", "-=22", "h"}},
       {"ssh://h:22/", "x", 0, AS_SEPARATE, "", {"x", "-", "22", "h"}},
       {"ssh://h:22/", "x", 0, AS_EQUALS, "-port", {"x", "--port=22", "h"}},
-      // Behind the other options, of which it replaces none.
+      // It comes after the other options and replaces none of them.
       {"ssh://h:22/?p=1&z=2", "x", 0, AS_EQUALS, "p", {"x", "-p=1", "-z=2", "-p=22", "h"}},
   };
   checkArgs(cases);

@@ -35,7 +35,7 @@ static_assert(onTheStack<assertEvent> && !onTheHeap<assertEvent>);
 static_assert(!std::is_copy_constructible_v<assertEvent>);
 static_assert(!std::is_copy_assignable_v<assertEvent>);
 
-// Tells on standard error what it sees of a report, but for the stack trace.
+// Prints what it gets of a report on standard error, except for the stack trace.
 class teller : public eventHandler {
  public:
   explicit teller(bool claims) : eventHandler(5), m_claims(claims) {}

@@ -1,6 +1,6 @@
-"""Types command lines into bash, zsh and fish on a terminal, and checks what comes of them.
+"""Types command lines into bash, zsh and fish on a terminal, and checks the results.
 
-A function stands in for each program and writes down the arguments that it is given.  fish
+A function replaces each program and writes down the arguments that it gets.  fish
 is also asked for its completions.  What hopopen knows comes from the program itself, in a
 home with two viewers.
 
@@ -50,7 +50,7 @@ NAMES = [
 # One that no line can hold as it is: quoted, or not offered.
 TWO_LINES = "r1\ntouch pwned"
 
-# What is typed, where "\t" asks for a completion, and the arguments that come of it.
+# The keys to type, where "\t" asks for a completion, and the arguments that result.
 CASES = [
     ("hoplaunch -lo\tx", ["-log=x"]),
     ("hoplaunch -prog\tx", ["-program=x"]),
@@ -70,7 +70,7 @@ CASES = [
     ("hoplaunch ss\th/", ["ssh://h/"]),
     ("hoplaunch vnc:\th/", ["vnc://h/"]),
     ("hoplaunch -dummy=1 -por\tP vn\th/", ["-dummy=1", "-portArg=P", "vnc://h/"]),
-    # The argument behind a keyword is its value, whatever it looks like.
+    # The argument after a keyword is its value, whatever it looks like.
     ("hoplaunch -dummy -por\tx", ["-dummy", "-porx"]),
     ("hoplaunch -program=launch_this_v\tvnc://h/", ["-program=launch_this_viewer", "vnc://h/"]),
     ("hoplaunch -log=launch_logs/a_\tvnc://h/", ["-log=launch_logs/a_log", "vnc://h/"]),

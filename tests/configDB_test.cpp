@@ -441,7 +441,7 @@ TEST_F(ConfigDB, FinalisesTheLocalisedStringsBeforeItPublishes) {
    public:
     watch() : eventHandler(0) {}
     bool handle(eventReport& event) override {
-      seen.push_back(reportLine(event) + (configDB(RT_READ).null() ? ", before" : ", behind"));
+      seen.push_back(reportLine(event) + (configDB(RT_READ).null() ? ", before" : ", after"));
       return true;
     }
     const char* name() const override { return "watch"; }

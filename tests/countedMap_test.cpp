@@ -33,7 +33,7 @@ struct entry {
 
 using entryMap = countedMap<std::string, entry, caseInsensitive>;
 
-/// A value that tells of its end.
+/// A value that records its end.
 struct mortal {
   mortal(const std::string&, const std::string&, bool, bool) {}
   mortal(const mortal&) = default;

@@ -1,6 +1,6 @@
-// Linked into the executables of a build that measures coverage: the counters are also
-// written where a process ends without running what `exit` runs.  (Where it becomes
-// another program, and where it forks, the compiler sees to that.)
+// Linked into the executables of a build that measures coverage.  It also writes the
+// counters when a process ends without the functions that `exit` runs.  (The compiler
+// does so when a process becomes another program, and when it forks.)
 
 extern "C" {
 

@@ -82,7 +82,7 @@ std::string text(const timespec& interval) {
   return std::to_string(interval.tv_sec) + " s " + std::to_string(interval.tv_nsec) + " ns";
 }
 
-/// Stands the clock still, and makes every sleep succeed at once.
+/// Stops the clock, and makes every sleep succeed at once.
 class DateTimeClock : public testing::Test {
  protected:
   DateTimeClock() {

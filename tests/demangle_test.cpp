@@ -13,8 +13,8 @@
 #include "stack.h"
 
 // Functions whose names the compiler makes.  They are exported, so that the
-// loader knows them; every compound type stands in a name once, since later
-// mentions are abbreviated.
+// loader knows them.  Each name has every compound type only once, because
+// later mentions are abbreviated.
 struct Plain {
   void change(int) {}
   static int count(const Plain&) { return 0; }
@@ -195,7 +195,7 @@ TEST(demangle, MarksARestrictQualifier) {
   EXPECT_EQ(read("3fooPrKci"), "foo(???CV='r'???const char*, int)");
   EXPECT_EQ(read("3foori"), "foo(???CV='r'???int)");
   EXPECT_EQ(read("3foo3BoxIPriE"), "foo(Box<???CV='r'???int*>)");
-  // With nothing behind it.
+  // With nothing after it.
   EXPECT_TRUE(starts(read("3foobar"), "foo(bool, signed char, ???CV='r'???")) << read("3foobar");
 }
 
@@ -203,7 +203,7 @@ TEST(demangle, MarksANestedNameThatDoesNotEnd) {
   EXPECT_EQ(read("N3foo3bar"),
             "foo::bar???NN???"
             "()");
-  // The character in the place of the "E" is passed over.
+  // The character at the place of the "E" is skipped.
   EXPECT_EQ(read("N3foo3barX"),
             "foo::bar???NN???"
             "()");

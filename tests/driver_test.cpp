@@ -1,5 +1,5 @@
 // The driver within the test's own process: `execvp` records and fails, the clock
-// stands still, and nobody sleeps.
+// does not move, and nobody sleeps.
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

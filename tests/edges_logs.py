@@ -57,7 +57,7 @@ def launch(arguments, **more):
 
 
 def fill(writer, leave=0):
-    """Fills a pipe but for so many bytes of its last page; returns how much is in it."""
+    """Fills a pipe except for so many bytes of its last page; returns how much is in it."""
     os.set_blocking(writer, False)
     total = 0
     for size in (4096, 1):

@@ -66,7 +66,7 @@ def command():
 
 
 def tries():
-    """What came of each limit, up to ten successes."""
+    """The results of each limit, up to ten successes."""
     successes = 0
     limit = smallest() + 8  # a stack that cannot grow is not what is tried
     while successes < 10 and limit * STEP < MOST:

@@ -160,8 +160,8 @@ Told explain(const Strings& line, const Strings& variables) {
   return {waitFor(pid), out.text};
 }
 
-// The arguments that a viewer has recorded, behind the first, as it was executed by itself
-// ("rec" and "./rec" are its names as an interpreter and from the shell).
+// Compares the record of a viewer: its file, its name, and the arguments after the name.
+// (The name is "rec" when it runs as an interpreter, and "./rec" when the shell runs it.)
 void compareRecord(const Strings& record, const Json& json) {
   const std::string& file = json["file"].text;
   const Strings arguments = json["argumentsBytes"].bytes();

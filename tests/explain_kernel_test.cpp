@@ -94,7 +94,7 @@ struct kernelCase {
   int status;  // of what is executed, or the error number
 };
 
-// Each with second/tool behind it on the path.
+// Each has second/tool after it on the path.
 template <std::size_t size>
 void check(const kernelCase (&cases)[size]) {
   const Folder folder;
@@ -238,7 +238,7 @@ bool isWideKernel() {
   return uname(&system) == 0 && std::string(system.machine).find("64") != std::string::npos;
 }
 
-// 0 when the vector is executed, else the error number; and what is told of it.
+// Expects 0 if the vector executes, otherwise the error number, and the report of it.
 void checkRoom(const Strings& arguments, int error, rlim_t stack = 0) {
   SCOPED_TRACE(testing::Message() << arguments.size() << " arguments, the last of "
                                   << arguments.back().size() << " bytes, stack " << stack);
@@ -319,7 +319,7 @@ TEST(Kernel, CountsWhatAScriptAddsToItsArguments) {
   }
   const Folder folder;
   writeFile("script", "#!/bin/true  an argument \n");
-  // In the place of the first argument there is the interpreter, its argument, the script.
+  // The interpreter, its argument and the script replace the first argument.
   const std::size_t added = sizeof "/bin/true" + sizeof "an argument" + sizeof "./script";
   for (const int more : {0, 1}) {
     SCOPED_TRACE(more);

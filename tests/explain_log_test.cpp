@@ -1,4 +1,4 @@
-// What hopexplain says of a log, beside what comes of opening it.
+// What hopexplain says about a log, compared with the result of opening it.
 
 #include "explain_log.h"
 

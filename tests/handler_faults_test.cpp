@@ -53,7 +53,7 @@ TEST(ThrowingHandler, HasNotClaimedTheReport) {
   const scriptedHandler second(2, "b", [](eventReport&) -> bool { throw 5; });
   const scriptedHandler third(3, "c", [](eventReport&) -> bool { throw std::bad_alloc(); });
   const scriptedHandler last(4, "d", [](eventReport&) { return true; });
-  const scriptedHandler behind(5, "e");
+  const scriptedHandler unreached(5, "e");
   EXPECT_EQ(callsOf("1"), "a1 b1 c1 d1 ");
 }
 

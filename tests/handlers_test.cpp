@@ -101,7 +101,7 @@ const claim byAudienceUpToWarning[] = {
     {"audience already empty, above", FAILURE, 0, true, 0, false},
 };
 
-// Hands a report of each case to `handler`; `output` tells all it has written.
+// Hands a report of each case to `handler`; `output` returns all that it has written.
 template <std::size_t N, class Output>
 void checkClaims(eventHandler& handler, const claim (&cases)[N], Output output) {
   for (const claim& c : cases) {

@@ -32,7 +32,7 @@ const Fault faultsOfDefinitions[] = {
      "default"},
     {"an unknown key", with("colour = 1\n"), "5:1", "colour"},
     {"an unknown key in another letter case", with("Rank = 1\n"), "5:1", "Rank"},
-    {"an unknown key behind blanks", with("   colour = 1\n"), "5:4", "colour"},
+    {"an unknown key after blanks", with("   colour = 1\n"), "5:4", "colour"},
     {"an unknown table", with("[colours]\n"), "5:2", "colours"},
     {"an unknown dotted key", with("colour.dark = 1\n"), "5:1", "colour"},
 

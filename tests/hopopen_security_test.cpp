@@ -18,7 +18,7 @@ using door::Machine;
 using door::Outcome;
 using door::Strings;
 
-// Words in capitals stand between the places, so that it is known which piece is where.
+// Words in capitals are between the places, so that a test can see which piece is where.
 const char* const EVERYTHING = R"(name = "Everything"
 schemes = ["vnc", "ssh"]
 programs = ["everything"]

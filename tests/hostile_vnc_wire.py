@@ -6,7 +6,7 @@ import struct
 import threading
 import time
 
-# No client has reason to send more at once, but for its clipboard.
+# No client has reason to send more at once, except for its clipboard.
 LONGEST = 1 << 26
 
 

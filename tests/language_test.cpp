@@ -130,7 +130,7 @@ TEST(language, TakesTheOnlyOneForItsDefault) {
   testLanguage& french = testLanguage::make("French");
   EXPECT_EQ(&language::Default(), &french);
   EXPECT_EQ(&language::find("German"), &french);
-  EXPECT_EQ(names(), "French=French ") << "no stand-by is needed";
+  EXPECT_EQ(names(), "French=French ") << "no substitute is needed";
 }
 
 TEST(language, TakesTheFirstByNameWithoutTheConfiguredOne) {

@@ -202,7 +202,7 @@ TEST(LaunchFault, OfMovingTheLogFromAStandardStreamLeavesNoLog) {
   }
 }
 
-// The lines behind it are tried afresh: a disk may have room again.
+// The lines after it are tried again: a disk may have room again.
 TEST(LaunchFault, OfWritingALineLosesThatLineOnly) {
   for (const int error : {ENOSPC, EIO, EPIPE, EFBIG, EDQUOT, EAGAIN, EBADF}) {
     SCOPED_TRACE(error);

@@ -113,7 +113,7 @@ TEST(LauncherFailure, AProgramThatCannotBeExecutedIsLoggedBeforeAWait) {
        "./bin",
        "\t\"bin\"\n\t\"h\"\n",
        "13 Permission denied"},
-      {"a folder with a slash behind it",
+      {"a folder with a slash after it",
        {"ssh://h/", "-program=bin/"},
        "bin/",
        "\t\"\"\n\t\"h\"\n",
@@ -288,7 +288,7 @@ TEST(LauncherFailure, ALogThatMayNotGrowStopsNothing) {
   EXPECT_EQ("0000000000000000", outcome.viewer->status.at("SigIgn"));
 }
 
-// Newer kernels put an empty name in the place of a missing one.
+// Newer kernels put an empty name in place of a missing one.
 TEST(LauncherInput, AVectorWithoutAnyElementPrintsTheUsage) {
   Workshop shop;
   const Outcome outcome = shop.run({.arguments = {}, .noArgv = true});

@@ -17,7 +17,7 @@ using launcher::Outcome;
 using launcher::Strings;
 using launcher::Workshop;
 
-// The viewer's arguments behind its name and "--autoreconnect=0".
+// The viewer's arguments after its name and "--autoreconnect=0".
 Strings given(const Strings& arguments) {
   Workshop shop;
   const Outcome outcome = shop.run({.arguments = arguments});

@@ -111,7 +111,7 @@ TEST(Language, ThatIsGoneIsNoLongerListed) {
   EXPECT_EQ(languages(), "Danish Dutch Finnish ");
   second.reset();
   EXPECT_EQ(languages(), "Danish Finnish ");
-  EXPECT_EQ(&language::find("Dutch"), &first) << "the first by name stands in";
+  EXPECT_EQ(&language::find("Dutch"), &first) << "the first by name replaces it";
   const someLanguage again("DUTCH");
   EXPECT_TRUE(again.okay());
   EXPECT_EQ(&language::find("Dutch"), &again);

@@ -181,7 +181,7 @@ Lines expected(const Row& row, const std::string& key) {
   return result.empty() && key == "refused" ? Lines{{"none"}} : result;
 }
 
-// Lines as they stand in the file, but for escapes.
+// Lines as they are in the file, except for escapes.
 std::string shown(const std::string& key, const Lines& lines) {
   std::string result;
   for (const Strings& line : lines) {

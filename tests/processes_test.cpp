@@ -45,7 +45,7 @@ class functionThread : public Thread {
   bool (*m_body)();
 };
 
-// Tells of its shutdown.
+// Reports its shutdown.
 class notified : public shutdownNotified {
  public:
   explicit notified(const char* name) : m_name(name) {}
@@ -408,7 +408,7 @@ TEST(ShutdownNotified, MayAskForTheShutdownsAgain) {
 TEST(ShutdownNotified, CarryACookieThatIsReallyClearedInTheEnd) {
   alignas(notified) static unsigned char place[sizeof(notified)];
   const auto cookie = [] {
-    // Behind the pointer to the virtual table.
+    // It is after the pointer to the virtual table.
     std::uint32_t result;
     std::memcpy(&result, place + sizeof(void*), sizeof result);
     return result;

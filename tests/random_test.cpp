@@ -1,5 +1,5 @@
 // The generator and the clock of these tests are `random`, `srandom` and
-// `gettimeofday` of this file.  The clock stands still; the generator is the C
+// `gettimeofday` of this file.  The clock does not move.  The generator is the C
 // library's unless a test says what it draws.
 
 #include <gtest/gtest.h>
@@ -181,7 +181,7 @@ TEST(PRNGDie, WithOneSideAlwaysGivesZero) {
   for (int i = 0; i < 1000; i++) ASSERT_EQ(generator.die(1), 0) << "throw " << i;
 }
 
-// The clock stands still and so does the seed, so the following are no gamble.
+// The clock does not move, so the seed is fixed, and the following tests are no gamble.
 
 TEST(PRNGDie, ThrowsEachOfSixSidesAboutEquallyOften) {
   PRNG generator;

@@ -245,7 +245,7 @@ TEST(RegExpr, FindsTheLeftmostMatch) {
       {"c$", "abc", true, 2, 1, "c"},
       {"^c", "abc", false, 0, 0, ""},
       {"a", "", false, 0, 0, ""},
-      // Every text holds an empty match, which counts only behind the first byte.
+      // Every text holds an empty match, which counts only after the first byte.
       {"", "abc", true, 0, 0, ""},
       {"", "", true, 0, 0, ""},
       {"^", "abc", true, 0, 0, ""},

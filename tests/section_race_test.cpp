@@ -70,7 +70,7 @@ class counter : public Thread {
   int m_last;
 };
 
-// Starts `count` counters and waits for them; tells what does not end well.
+// Starts `count` counters and waits for them; reports those that do not end well.
 void race(board& shared, int count, int rounds, int first, int last) {
   semaphoreSet(false);
   std::vector<std::unique_ptr<counter>> children;

@@ -24,7 +24,7 @@ using launcher::Recording;
 using launcher::Strings;
 using launcher::Workshop;
 
-// The options of a registration.  Each has its value behind an "=", and the URI is the
+// The options of a registration.  Each has its value after an "=", and the URI is the
 // last argument.
 struct Entry {
   Strings options;
@@ -380,7 +380,7 @@ TEST(AText, ThatBeginsWithADashLaunchesNothing) {
   }
 }
 
-// Why every option of an entry has its value behind an "=".
+// This is why every option of an entry has its value after an "=".
 TEST(ARegistration, ThatEndsInABareKeywordLosesItsURI) {
   for (const std::string keyword : {"--", "-log", "-style"}) {
     EXPECT_EQ(Strings{"no viewer"}, viewerOf({keyword, "vnc://h/"})) << keyword;

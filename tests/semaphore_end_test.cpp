@@ -23,7 +23,7 @@ namespace semaphore_end_test {
 
 namespace {
 
-// The set that a child told of on standard output as its first line, "set 123".
+// The set that a child named on standard output in its first line, "set 123".
 int toldSet(const processEnd& end) {
   return end.output.starts_with("set ") ? std::atoi(end.output.c_str() + 4) : -1;
 }
@@ -50,7 +50,7 @@ TEST(SemaphoreEnd, ByAnAssertionRemovesTheSetAfterTheReport) {
   EXPECT_TRUE(isGone(toldSet(end)));
 }
 
-// Tells whether the set is there while the report is handled.
+// Prints whether the set exists while the report is handled.
 class lookingHandler : public eventHandler {
  public:
   explicit lookingHandler(int set) : eventHandler(1), m_set(set) {}

@@ -28,7 +28,7 @@ int __real_semop(int set, sembuf* operations, std::size_t count);
 
 namespace {
 
-// What goes wrong, and what is told of the calls on standard output.
+// What goes wrong, and what is printed about the calls on standard output.
 struct faultPlan {
   bool tellCalls = false;  // the calls for the set of six
   bool tellSets = false;   // what is created and removed, by size
@@ -92,7 +92,7 @@ void strike(int id) {
   }
 }
 
-// Removes what children left behind, and tells the sizes: "6 ".
+// Removes what children left behind, and returns the sizes: "6 ".
 std::string removeLeftovers() {
   std::string result;
   while (ledger().count > 0) {

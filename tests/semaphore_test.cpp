@@ -111,12 +111,12 @@ TEST(CriticalSection, TakesItsOwnSemaphoreForItsScope) {
           tell("okay", section.okay());
           tellState("inside", set);
         }
-        tellState("behind", set);
+        tellState("after", set);
         return 0;
       });
       EXPECT_EQ(end.output, std::string("before: 1 1 1 1 1 1, have 0 0 0 0 0 0\n"
                                         "okay 1\n") +
-                                row.told + "behind: 1 1 1 1 1 1, have 0 0 0 0 0 0\n");
+                                row.told + "after: 1 1 1 1 1 1, have 0 0 0 0 0 0\n");
       EXPECT_EQ(end.errors, "");
       EXPECT_EQ(end.ending, "exit 0");
     }
@@ -131,12 +131,12 @@ TEST(CriticalSection, CanBeAMember) {
       } owner;
       tellState("inside", semaphoreSet(false));
     }
-    tellState("behind", semaphoreSet(false));
+    tellState("after", semaphoreSet(false));
     return 0;
   });
   EXPECT_EQ(end.output,
             "inside: 1 1 1 1 1 0, have 0 0 0 0 0 1\n"
-            "behind: 1 1 1 1 1 1, have 0 0 0 0 0 0\n");
+            "after: 1 1 1 1 1 1, have 0 0 0 0 0 0\n");
 }
 
 TEST(CriticalSection, CanBeTakenAgainAndAgain) {
@@ -146,10 +146,10 @@ TEST(CriticalSection, CanBeTakenAgainAndAgain) {
       criticalSection section(CS_REFCOUNT, false);
       if (!section.okay() || semaphoreSet(false) != set) return 1;
     }
-    tellState("behind", set);
+    tellState("after", set);
     return 0;
   });
-  EXPECT_EQ(end.output, "behind: 1 1 1 1 1 1, have 0 0 0 0 0 0\n");
+  EXPECT_EQ(end.output, "after: 1 1 1 1 1 1, have 0 0 0 0 0 0\n");
   EXPECT_EQ(end.ending, "exit 0");
 }
 

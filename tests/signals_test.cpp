@@ -57,7 +57,7 @@ void touchForbiddenPage() {
   (void)*byte;
 }
 
-// Reads a page behind the end of its file.
+// Reads a page after the end of its file.
 void touchMissingPage() {
   std::FILE* file = std::tmpfile();
   if (file == nullptr) std::_Exit(98);

@@ -294,7 +294,7 @@ long timeOfOne(const std::string& launcher, const std::string& viewer) {
 }
 
 // Launches that are killed, one after the other, at some moment of the time that a
-// launch takes.  Nobody can clean up behind them: what they leave is counted.
+// launch takes.  Nobody can clean up after them, so the round counts what they leave.
 void kill(const std::string& launcher, const std::string& viewer, int launches) {
   const long microseconds = timeOfOne(launcher, viewer);
   Soak round(launcher, viewer, launches);

@@ -136,7 +136,7 @@ TEST(CaseInsensitive, OrdersStringsBehindANULByte) {
 }
 
 TEST(CaseInsensitive, OrdersEachPairOfSingleBytes) {
-  // All bytes in their order; upper-case letters stand with their lower-case ones.
+  // All bytes in their order; upper-case letters are with their lower-case ones.
   std::vector<int> ranked;
   for (int byte = 128; byte < 256; byte++) ranked.push_back(byte);
   for (int byte = 0; byte < 128; byte++) ranked.push_back(byte);

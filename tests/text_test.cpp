@@ -180,7 +180,7 @@ TEST(CSVunescape, ReadsOneFieldAndMovesBehindIt) {
       {"\"a\",", "a", ""},
       {"\"a\",,b", "a", ",b"},
 
-      // One character behind the closing quote is passed over, and only one.
+      // One character after the closing quote is skipped, and only one.
       {"\"a\"x", "a", ""},
       {"\"a\"x,b", "a", "b"},
       {"\"a\" ,b", "a", "b"},

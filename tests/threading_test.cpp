@@ -21,7 +21,7 @@ void tell(const char* name, int value) {
   dprintf(STDOUT_FILENO, "%s %d\n", name, value);
 }
 
-// Tells of its end.
+// Reports its end.
 class slip : public ThreadedDataObject {
  public:
   explicit slip(const char* owner) : m_owner(owner) {}
@@ -32,7 +32,7 @@ class slip : public ThreadedDataObject {
   const char* m_owner;
 };
 
-// A kind of data that tells what is created, when it is asked to.
+// A kind of data that reports what it creates, if it is asked to.
 class kind : public ThreadedDatatype {
  public:
   explicit kind(const char* name) : m_name(name) {}

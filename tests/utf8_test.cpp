@@ -52,7 +52,7 @@ const Row wellFormed[] = {
 };
 
 // Calls `use(bytes, length, code point)` for every character in order, until it
-// answers false.  Returns the code point behind the last one.
+// answers false.  Returns the code point after the last one.
 template <class Use>
 std::int32_t eachCharacter(Use use) {
   std::int32_t codePoint = 0;

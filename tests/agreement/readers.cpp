@@ -23,7 +23,7 @@
 namespace {
 
 struct reading {
-  std::optional<std::string> user;  // as in the link, but for hopopen's
+  std::optional<std::string> user;  // as in the link, except for hopopen's
   std::string host;
   std::optional<std::string> port;
   std::optional<std::string> zone;
