@@ -201,7 +201,7 @@ TEST(ASSERT, ReportsAGivenPosition) {
       {"../utilities/uri", 142, "../utilities/uri @ 142"},
       {"../brimcore/configRef", 122, "../brimcore/configRef @ 122"},
       {"../utilities/unix/stack_unx", 1, "../utilities/unix/stack_unx @ 1"},
-      // An ending is left out; dots in folders are none.
+      // An ending is left out; a dot in a folder's name does not begin one.
       {"../utilities/uri.cpp", 142, "../utilities/uri @ 142"},
       {"../include/uri.h", 9, "../include/uri @ 9"},
       {"../release-1.2/uri", 9, "../release-1.2/uri @ 9"},

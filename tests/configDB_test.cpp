@@ -34,8 +34,8 @@ struct opened {
 };
 template struct opened<&ThreadData::clientObjects>;
 
-/// Publishes an empty database for each test, so that what other tests and the
-/// library registered does not show, and records all reports.
+/// Publishes an empty database for each test, so that no test sees what other tests
+/// and the library registered.  Records all reports.
 class ConfigDB : public testing::Test {
  protected:
   ConfigDB() {
@@ -44,7 +44,7 @@ class ConfigDB : public testing::Test {
   }
   ~ConfigDB() override {
     configDB::dummy() = configItem(std::string(), "", false, false);
-    // At exit a handle cannot give an obsolete version back any more.
+    // At exit a handle can no longer give back an obsolete version.
     threadedConfigDB::refresh();
   }
 
@@ -436,7 +436,7 @@ TEST(ConfigDBFinalise, PublishesBehindTheThreadData) {
 }
 
 TEST_F(ConfigDB, FinalisesTheLocalisedStringsBeforeItPublishes) {
-  /// Keeps whether a database was published by the time of a report.
+  /// Records whether a database was published at the time of a report.
   class watch : public eventHandler {
    public:
     watch() : eventHandler(0) {}

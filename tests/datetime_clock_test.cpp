@@ -37,7 +37,7 @@ struct sleepResult {
 };
 bool sleepIsFake = false;
 std::vector<sleepResult> sleepResults;
-std::vector<timespec> sleeps;  // what was asked for
+std::vector<timespec> sleeps;  // the requested times
 
 volatile std::sig_atomic_t signals = 0;
 
@@ -233,7 +233,7 @@ TEST(DateTimeTimezone, ReadsTheTextOfAZone) {
       {"+0199", 159},
       {"99:99", 6039},
       {"+14:00 or so", 840},
-      // White space is no separator, and one separator is enough.
+      // White space is not a separator, and one separator is enough.
       {"+01 30", 60},
       {"+01::30", 60},
       {"+ 01", 0},

@@ -1,4 +1,4 @@
-// Reading mangled function names, good, bad and hostile ones.
+// Reads mangled function names: good, bad and hostile ones.
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>
@@ -151,7 +151,7 @@ TEST(demangle, ReadsArguments) {
       {"3fooRKSsi", "foo(const std::string&, int)"},
       {"3fooPSsSs", "foo(std::string*, std::string)"},
       {"3fooSt9exceptioni", "foo(std::exception, int)"},
-      // More than 2 to the power of 64: all there is.
+      // More than 2 to the power of 64: the name has all the rest.
       {"3foo18446744073709551617Bar", "foo(Bar)"},
   };
   for (const auto& c : cases) EXPECT_EQ(read(c.mangled), c.expected) << c.mangled;
@@ -169,7 +169,7 @@ TEST(demangle, ReadsFunctionNames) {
       {"N3foo3barEv", "foo::bar(void)"},
       {"N1a1b1c1dE1e", "a::b::c::d(e)"},
       {"N3foo3barEiPKc", "foo::bar(int, const char*)"},
-      // A length says how much belongs to the name, whatever that is.
+      // Only the length says how much belongs to the name.
       {"5iiiiii", "iiiii(int)"},
       {"N2EE2NNEi", "EE::NN(int)"},
   };

@@ -38,12 +38,12 @@ std::string readFile(const std::string& name) {
   return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
-// What `execvp` and `nanosleep` were called with.
+// The calls of `execvp` and `nanosleep`.
 struct Calls {
   bool active = false;
-  int error = ENOENT;  // what `execvp` fails with
+  int error = ENOENT;  // the error of `execvp`
   std::string logName;
-  void (*meanwhile)() = nullptr;  // what the test looks at during `execvp`
+  void (*meanwhile)() = nullptr;  // called during `execvp`
 
   int executions = 0;
   std::string program;
@@ -73,7 +73,7 @@ int descriptorFlags(const std::string& file) {
 
 namespace {
 
-int firstSection = -1;  // the first that was taken in this process
+int firstSection = -1;  // the first one that this process entered
 
 }  // namespace
 
@@ -358,8 +358,8 @@ TEST_F(Driver, SwitchesFlagsOnWhateverTheirValue) {
   }
 }
 
-// Items are asked without regard to letter case and before flags; what either has
-// taken does not reach the launch.
+// Items come before flags, and letter case does not count for them.  An option that
+// either has used does not reach the launch.
 TEST_F(Driver, KeepsTheNamesOfItemsAndFlagsFromTheLaunch) {
   const childEnd end = runInChild([this] {
     static traceFlag style("style", 0);

@@ -22,7 +22,7 @@ namespace {
 __extension__ using Wide = unsigned __int128;
 __extension__ using Signed = __int128;
 
-// A time of its parts, to be looked into.
+// A time made of its parts, which tests can read.
 class Instant : public DateTime {
  public:
   Instant(std::uint32_t seconds, std::uint32_t microseconds) : DateTime(seconds, microseconds) {}
@@ -104,8 +104,8 @@ bool split(double delta, Signed& mantissa, int& shift) {
   return shift <= 70;
 }
 
-// What seconds + microseconds / 1,000,000 + delta must give; nothing where `split` gives
-// up.
+// The right result of seconds + microseconds / 1,000,000 + delta; nothing if `split`
+// fails.
 std::optional<std::string> expectedSum(std::uint32_t seconds, std::uint32_t micros, double delta) {
   Signed mantissa = 0;
   int shift = 0;

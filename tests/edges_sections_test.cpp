@@ -76,7 +76,7 @@ bool leftWith(const Child& child, int status) {
   return WIFEXITED(child.status) && WEXITSTATUS(child.status) == status;
 }
 
-// Writes whether the set is still there when the report of an assertion comes by.
+// Writes whether the set still exists when it gets the report of an assertion.
 class setWatch : public eventHandler {
  public:
   setWatch(const Report& report, int set) : eventHandler(1), m_report(report), m_set(set) {}
@@ -91,7 +91,7 @@ class setWatch : public eventHandler {
   int m_set;
 };
 
-// Removes what a test that fails has left.
+// Removes what a failing test has left.
 class Remover {
  public:
   explicit Remover(int set) : m_set(set) {}

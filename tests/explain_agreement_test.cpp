@@ -32,7 +32,7 @@ constexpr int linesOfAShare = EXPLAIN_AGREEMENT_LINES / static_cast<int>(shares)
 constexpr int linesOfAShare = 5000;
 #endif
 
-// One end of a pipe to a child, and what came out of it.
+// One end of a pipe to a child, and the text that came out of it.
 class Stream {
  public:
   Stream() {
@@ -56,7 +56,7 @@ class Stream {
     }
     m_writing = -1;
   }
-  // Reads what is there; false at the end.
+  // Reads the available bytes; false at the end.
   bool take() {
     char buffer[65536];
     const ssize_t count = read(m_reading, buffer, sizeof buffer);
@@ -111,7 +111,7 @@ bool saysFailed(const std::string& log) {
   return last != log.npos && log.back() == '\n' && log.find('\n', last + 1) == log.size() - 1;
 }
 
-// The launcher logs into a pipe, so that the five seconds of a failed launch can be cut.
+// The launcher logs into a pipe, so that the test can cut the five seconds of a failed launch.
 Launched launch(const Strings& line, const Strings& variables) {
   Stream record;
   Stream log;

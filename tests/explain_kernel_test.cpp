@@ -1,5 +1,5 @@
-// What hopexplain says of the kernel: files that are no programs, interpreters, room for
-// arguments.  Each case is also really executed.
+// What hopexplain says about the kernel: files that are not programs, interpreters, and room
+// for arguments.  The kernel also executes each case.
 
 #include "explain_kernel.h"
 
@@ -35,7 +35,7 @@ void writeFile(const std::string& name, const std::string& text, mode_t mode = 0
   ASSERT_EQ(0, chmod(name.c_str(), mode)) << name;
 }
 
-// A working folder that goes with the test.
+// A working folder that is removed after the test.
 class Folder {
  public:
   Folder() {
@@ -60,7 +60,7 @@ class Folder {
   std::filesystem::path m_path;
 };
 
-// How a process ends that really executes the program.
+// The ending of a process that really executes the program.
 std::string executed(const std::string& program, const Strings& arguments,
                      const std::string& path) {
   return runChild([&] {
@@ -77,7 +77,7 @@ std::string executed(const std::string& program, const Strings& arguments,
       .ending;
 }
 
-// The path, the shell and the error that are told.
+// The path, the shell and the error that hopexplain finds.
 std::string told(const std::string& program, const Strings& arguments, const std::string& path) {
   return runChild([&] {
            setenv("PATH", path.c_str(), 1);
@@ -91,7 +91,7 @@ std::string told(const std::string& program, const Strings& arguments, const std
 struct kernelCase {
   std::string text;  // of first/tool
   std::string told;
-  int status;  // of what is executed, or the error number
+  int status;  // of the executed file, or the error number
 };
 
 // Each has second/tool after it on the path.
@@ -144,7 +144,7 @@ TEST(Kernel, LeavesWhatIsNoProgramToTheShell) {
       {"#! \t \nexit 201\n", "first/tool|/bin/sh|0", 201},
       {"# !/bin/sh\nexit 201\n", "first/tool|/bin/sh|0", 201},
       {" #!/bin/sh\nexit 201\n", "first/tool|/bin/sh|0", 201},
-      // Longer than what the kernel looks at.
+      // Longer than the part that the kernel reads.
       {"#!" + std::string(254, ' ') + "\nexit 201\n", "first/tool|/bin/sh|0", 201},
       {"#!/" + std::string(260, 'x') + "\nexit 201\n", "first/tool|/bin/sh|0", 201},
       {"#!" + std::string(247, ' ') + "/bin/sh\nexit 201\n", "first/tool|/bin/sh|0", 201},
@@ -177,7 +177,7 @@ TEST(Kernel, FollowsFiveInterpretersThatAreScripts) {
 
 // --- Programs ------------------------------------------------------------------
 
-// A program that is nothing but its headers, with the lines of a script after them.
+// A program that has only its headers, and the lines of a script after them.
 std::string program(int machine, const std::string& loader, int type = ET_EXEC) {
   return elfProgram(machine, loader, type) + "\nexit 201\n";
 }
@@ -200,11 +200,11 @@ TEST(Kernel, PassesOverAProgramWhoseLoaderIsMissingOrMayNotBeExecuted) {
       {program(EM_X86_64, "/no/such/loader\0"s, ET_DYN), "second/tool||0", 202},
       {program(EM_X86_64, "/etc/passwd\0"s), "second/tool||0", 202},
       {program(EM_X86_64, "/etc\0"s), "second/tool||0", 202},
-      // No program itself, or one with a name that does not end.
+      // Not a program, or a program whose name of the loader does not end.
       {program(EM_X86_64, "/no/such/loader\0"s, ET_REL), "first/tool|/bin/sh|0", 201},
       {program(EM_X86_64, "/no/such/loader"), "first/tool|/bin/sh|0", 201},
       {program(EM_X86_64, "\0"s), "first/tool|/bin/sh|0", 201},
-      // A loader that is no program is another error, at which the search ends.
+      // A loader that is not a program gives another error, which ends the search.
       {program(EM_X86_64, "first/../text\0"s), "||80", ELIBBAD},
       {program(EM_X86_64, "first/../short\0"s), "||5", EIO},
   };
@@ -230,7 +230,7 @@ TEST(Kernel, LooksNoFurtherThanTheHeadersOfAProgram) {
 
 // --- Room --------------------------------------------------------------------
 
-// The pointers that count are those of the kernel.
+// The pointers of the kernel count, not those of the program.
 constexpr std::size_t pointer = 8;
 
 bool isWideKernel() {
@@ -276,13 +276,13 @@ TEST(Kernel, TakesNoArgumentOf131072Bytes) {
   checkRoom({std::string(131072, 'x'), "t"}, E2BIG);
 }
 
-// Arguments that take `size` bytes with "/bin/true", "A=bc" and all pointers.
+// Arguments that need `size` bytes together with "/bin/true", "A=bc" and all pointers.
 Strings argumentsOf(std::size_t size) {
   const std::size_t rest = sizeof "/bin/true" + sizeof "A=bc" + pointer;
   constexpr std::size_t piece = 100000;
   Strings result;
   for (std::size_t left = size - rest; left > 0;) {
-    // What is left after a piece must have room for a pointer, a byte and its end.
+    // The rest after a piece needs room for a pointer, a byte and its end.
     std::size_t length = std::min(left - pointer - 1, piece);
     const std::size_t after = left - (length + 1 + pointer);
     length -= after > 0 && after < pointer + 2 ? pointer + 2 : 0;

@@ -89,7 +89,7 @@ void makeFiles() {
   std::filesystem::create_symlink("loop", "loop");
 }
 
-// What `body` prints as a user without privileges.
+// The output of `body`, run as a user without privileges.
 template <class Body>
 std::string asNobody(Body body) {
   return runChild([&] {
@@ -102,7 +102,7 @@ std::string asNobody(Body body) {
       .output;
 }
 
-// The error of opening it as the launcher does; the file is removed if that made it.
+// The error of opening it as the launcher does.  Removes the file if that created it.
 std::string opened(const std::string& path) {
   struct stat status = {};
   const bool there = stat(path.c_str(), &status) == 0;
@@ -226,7 +226,7 @@ TEST(LogFault, IsThatOfAnotherUsersFileInASharedFolder) {
   ASSERT_EQ(0, chown("shared/file", somebody, somebody));
   EXPECT_EQ(logFault("shared/file"), "cannot be opened: Permission denied");
   EXPECT_EQ(opened("shared/file"), "cannot be opened: Permission denied");
-  // Without the bit that makes it shared, and of the folder's own user.
+  // The folder without the bit that makes it shared, and a file of the folder's own user.
   ASSERT_EQ(0, chmod("shared", 0777));
   EXPECT_EQ(logFault("shared/file"), "");
   EXPECT_EQ(opened("shared/file"), "");

@@ -1,4 +1,4 @@
-// What hopexplain finds, and what it prints of it.
+// What hopexplain finds, and what it prints about it.
 
 #include "explain.h"
 
@@ -50,7 +50,7 @@ void writeFile(const std::string& name, const std::string& text, mode_t mode) {
   ASSERT_EQ(0, chmod(name.c_str(), mode)) << name;
 }
 
-// A working folder that goes with the test.
+// A working folder that is removed after the test.
 class Folder {
  public:
   Folder() {
@@ -77,14 +77,14 @@ class Folder {
 
 // --- The search ------------------------------------------------------------
 
-// Whom a folder without permissions keeps out.
+// Folders without permissions do not let this user in.
 void becomeNobody() {
   if (geteuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0)) {
     std::exit(99);
   }
 }
 
-// Each program ends with a status of its own.
+// Each program ends with a different status.
 void makePrograms() {
   for (const char* const folder : {"first", "second", "plain", "dirs", "dirs/tool", "locked"}) {
     std::filesystem::create_directory(folder);
@@ -111,7 +111,7 @@ struct searchCase {
   int result;  // the status of the program, or the error number
 };
 
-// The file and the error number, as a process without privileges finds them.
+// The file and the error number that a process without privileges finds.
 std::string searched(const searchCase& one) {
   return runChild([&] {
            becomeNobody();
@@ -123,8 +123,8 @@ std::string searched(const searchCase& one) {
       .output;
 }
 
-// How a process ends that really executes the program: with the program's status or
-// with the error number.
+// The ending of a process that really executes the program: the program's status or
+// the error number.
 std::string executed(const searchCase& one) {
   return runChild([&] {
            becomeNobody();

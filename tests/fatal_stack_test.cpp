@@ -1,5 +1,5 @@
-// Faults that leave little to work with: an overflown stack, and an allocator that is
-// broken.  This program's allocator is the C library's until it is told to fail.
+// Faults after which little still works: an overflowed stack, and a broken allocator.
+// This program's allocator is the C library's until a test makes it fail.
 
 #include <gtest/gtest.h>
 #include <sys/mman.h>

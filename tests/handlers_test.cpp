@@ -309,7 +309,7 @@ TEST(eventHandler, GivesUpItsRegistrationOfLowestPriority) {
 TEST(eventHandler, GivesUpNothingThatIsNotItsOwn) {
   eventProbe other(5);
   auto unlisted = std::make_unique<eventProbe>(5);
-  // Out of the map before its end.
+  // It leaves the map before it is destroyed.
   for (auto entry = localMap().begin(); entry != localMap().end(); ++entry) {
     if (entry->second != unlisted.get()) continue;
     localMap().erase(entry);

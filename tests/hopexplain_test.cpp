@@ -1,5 +1,5 @@
-// hopexplain as its users see it, side by side with the launcher: what it says of a
-// command line is what the launcher does with it.
+// hopexplain as its users see it, side by side with the launcher: it says about a
+// command line what the launcher does with it.
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -207,7 +207,7 @@ TEST(Hopexplain, SaysWhyALogHasNoLinesWithoutTouchingIt) {
 
 // --- Output that is lost -------------------------------------------------------
 
-// Makes standard output something that takes nothing.
+// These make standard output something that accepts nothing.
 void toFullDisk() {
   dup2(open("/dev/full", O_WRONLY), STDOUT_FILENO);
 }
@@ -262,7 +262,7 @@ TEST(Hopexplain, EndsWithTwoWhereItsOutputIsLost) {
 
 TEST(Hopexplain, EndsWithTwoWhereItsFileMayNotGrow) {
   Workshop shop;
-  // The message is a file that may not grow, too.
+  // The message also goes to a file that may not grow.
   EXPECT_EQ(2, explain(shop, {.arguments = {"vnc://h/"}, .prepare = toFileAtItsLimit}).status);
 }
 
@@ -283,7 +283,7 @@ TEST(Hopexplain, LosesNothingInAPipeThatDoesNotBlock) {
   Workshop shop;
   int ends[2] = {-1, -1};
   ASSERT_EQ(0, pipe2(ends, O_CLOEXEC | O_NONBLOCK));
-  // More than a pipe takes at once.
+  // More than a pipe accepts at once.
   const std::string host(100000, 'h');
   launcher::Command command{.arguments = {"-format=json", "vnc://" + host + "/"},
                             .prepare = [&] { dup2(ends[1], STDOUT_FILENO); },
@@ -328,7 +328,7 @@ TEST(Hopexplain, KeepsEveryByteOfItsArgumentsInJSON) {
   const Json json = explainJSON(
       shop, {.arguments = {"-program=" + all, "-log=" + all, "-x" + all + "=" + all, all}});
   EXPECT_EQ(all, json["uriBytes"].binary());
-  // As a text, what is not UTF-8 is lost.
+  // The text loses what is not UTF-8.
   const std::string ascii = all.substr(0, 0x7f);
   EXPECT_EQ(ascii, json["uri"].text.substr(0, 0x7f));
   EXPECT_EQ(ascii, json["log"].text.substr(0, 0x7f));

@@ -1,4 +1,4 @@
-// Which viewer is chosen, by whom, and what is said when none can be.
+// Which viewer is chosen, who chooses it, and the message when there is none.
 
 #include <sched.h>
 #include <sys/mount.h>
@@ -117,7 +117,7 @@ TEST(Choice, IsTheOptionsThenTheUsersThenTheAdministrators) {
   machine.set("[use]\nvnc = \"b\"\n", "second");
   EXPECT_EQ("b", machine.comesOf({"vnc://h"}, variables));
   machine.set("[use]\nssh = \"x\"\n", "first");
-  EXPECT_EQ("b", machine.comesOf({"vnc://h"}, variables)) << "the first says nothing of vnc";
+  EXPECT_EQ("b", machine.comesOf({"vnc://h"}, variables)) << "the first says nothing about vnc";
   machine.set("[use]\nvnc = \"c\"\n", "first");
   EXPECT_EQ("c", machine.comesOf({"vnc://h"}, variables));
   machine.set("[use]\nvnc = \"d\"\n");
@@ -281,7 +281,7 @@ TEST(NoViewer, HasNoPlaceInTheLink) {
   EXPECT_EQ(false, told["trusted"]);
 }
 
-// A chosen viewer cannot do what a link asks for: no other is tried, but named.
+// The chosen viewer cannot do what a link asks for: hopopen names others, but tries none.
 TEST(Restriction, NamesTheInstalledViewersThatCouldKeepIt) {
   const Machine machine;
   install(machine, "a", "rank = 1\n");

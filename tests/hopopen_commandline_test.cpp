@@ -1,4 +1,4 @@
-// The command line of hopopen: exactly one wish, and words as they are.
+// The command line of hopopen: exactly one request, and words as they are.
 
 #include "hopopen_runner.h"
 

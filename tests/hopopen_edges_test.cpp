@@ -1,5 +1,5 @@
-// What may happen around hopopen: logs that would keep it waiting, output that nobody
-// takes, memory that runs out.
+// What may happen around hopopen: logs that would make it wait, output that nobody
+// reads, memory that runs out.
 
 #include <sched.h>
 #include <sys/resource.h>
@@ -83,7 +83,7 @@ void noFileMayGrow() {
 TEST(OpeningOutput, OfALaunchMayBeLost) {
   const Machine machine;
   machine.plain();
-  machine.define("broken", "name =\n");  // which is told on standard error
+  machine.define("broken", "name =\n");  // standard error reports it
   const Outcome outcome = machine.call({.arguments = {"vnc://h"}, .prepare = [] {
                                           closedPipe(1);
                                           closedPipe(2);
@@ -151,7 +151,7 @@ TEST(OpeningOutput, OfAnAnswerThatIsLostIsStatusTwo) {
 constexpr char noMemory[] =
     "hopopen: There is not enough memory. Close some programs, and try again. (start)\n";
 
-// Allows so many bytes of addresses, and no more.
+// Limits the addresses to so many bytes.
 std::function<void()> withAddresses(rlim_t bytes) {
   return [bytes] {
     const rlimit limit{bytes, bytes};

@@ -1,5 +1,5 @@
-// Faults of definitions: each is found, at its line and column, and takes its file out of
-// use, and no other.
+// Faults of definitions.  hopopen finds each at its line and column, and ignores only the
+// file that has it.
 
 #include "hopopen_runner.h"
 
@@ -203,7 +203,7 @@ TEST(FaultsOfDefinitions, AreAllToldByCheck) {
        {faulty + ":5:1: ", faulty + ":6:8: ", faulty + ":8:8: ", other + ":1:1: "}) {
     EXPECT_TRUE(door::contains(check.out, line)) << line << " is not in\n" << check.out;
   }
-  // Of the other file: the unknown key, and the four keys that must be there.
+  // Faults of the other file: the unknown key, and the four required keys.
   EXPECT_EQ(8U, machine.json({"--check", "--format=json"})["faults"].size()) << check.out;
 }
 

@@ -1,6 +1,6 @@
-// The notification of a refusal: which program shows it, with what, and when there is none.
+// The notification of a refusal: which program shows it, which text, and when there is none.
 //
-// The programs are scripts that keep their arguments and do what a test wants then.
+// The programs are scripts that keep their arguments and then do what a test wants.
 
 #include "hopopen_runner.h"
 
@@ -44,7 +44,7 @@ Strings argumentsOf(const Machine& machine, const std::string& name) {
   return door::split(machine.read("shown." + name), '\0');
 }
 
-// What a person reads of a refusal: without "hopopen: " and the code.
+// The text of a refusal for people, without "hopopen: " and the code.
 std::string messageOf(const Outcome& outcome) {
   return outcome.err.substr(9, outcome.err.rfind(" (") - 9);
 }
@@ -154,7 +154,7 @@ TEST(Notification, HasNoOptionOfALink) {
       const Strings arguments = argumentsOf(machine, name);
       ASSERT_EQ(usual.size(), arguments.size()) << name;
       for (std::size_t index = 0; index < usual.size(); ++index) {
-        // What is not of the link stays, and what is does not begin with the link.
+        // Arguments without the link stay the same, and those with it do not begin with it.
         EXPECT_EQ(usual[index].substr(0, 1), arguments[index].substr(0, 1)) << name;
         EXPECT_FALSE(arguments[index].starts_with(link)) << name;
       }
@@ -218,7 +218,7 @@ TEST(Notification, ThatStaysIsNotWaitedFor) {
   EXPECT_EQ((Strings{"notify-send"}), shownBy(machine)) << "it failed after two seconds";
 }
 
-// Who reads what hopopen says to its end must not wait for a window to be closed.
+// A program that reads all output of hopopen must not wait until somebody closes a window.
 TEST(Notification, ThatStaysHoldsNothingOfTheCaller) {
   const Machine machine;
   machine.plain();

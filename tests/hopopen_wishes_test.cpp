@@ -1,4 +1,4 @@
-// --use, --forget, --trust and --distrust: what they do to the user's file, and what they say.
+// --use, --forget, --trust and --distrust: their changes of the user's file, and their output.
 
 #include "hopopen_runner.h"
 
@@ -39,7 +39,7 @@ void refuse(const Machine& machine, const Strings& arguments, const std::string&
   EXPECT_EQ(1U, door::count(outcome.err, "\n")) << outcome.err;
 }
 
-// Who chose the viewer for each scheme of it, by the list.
+// Who chose the viewer for each of its schemes, according to --list.
 std::string chosen(const Machine& machine, const std::string& name) {
   const Json list = machine.json({"--list", "--format=json"});
   for (const Json& viewer : list["viewers"]) {

@@ -120,7 +120,7 @@ const textCase percentDecoding[] = {
     {"%41%", "A"},
     {"%41%4", "A"},
     {"%f", ""},
-    // What only looks like an escape.
+    // Texts that only look like escapes.
     {"%G1", "%G1"},
     {"%4G", "%4G"},
     {"%g", "%g"},
@@ -312,7 +312,7 @@ TEST(LDAPunEscape, DecodesOrDropsEveryEscape) {
       {"\\c3\\A9", "\xc3\xa9"},
       {"\\00", std::string(1, '\0')},
       {"\\ff", "\xff"},
-      // A backslash before something that is no digit.
+      // A backslash before something that is not a digit.
       {"\\,", ","},
       {"\\\\", "\\"},
       {"\\\\41", "\\41"},
@@ -320,7 +320,7 @@ TEST(LDAPunEscape, DecodesOrDropsEveryEscape) {
       {"\\ 41", " 41"},
       {"\\\xe9", "\xe9"},
       {std::string("\\\0", 2), std::string(1, '\0')},
-      // A digit and something that is no digit: both are dropped.
+      // A digit and something that is not a digit: both are dropped.
       {"\\4G", "G"},
       {"a\\4Gb", "aGb"},
       {"\\4\\41", "\\41"},

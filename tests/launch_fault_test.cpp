@@ -19,14 +19,14 @@ namespace {
 
 constexpr int LOG = 1000;  // the log's descriptor; the system gives out smaller ones
 
-// What is to fail, and what was called.
+// The planned failures, and the calls so far.
 struct Plan {
   bool active = false;
   int openError = 0;
-  int opened = LOG;  // what `open` gives
+  int opened = LOG;  // the result of `open`
   int moveError = 0;
-  std::vector<int> writes = {};  // for each of the first: an error, or 0 for all of it
-  std::size_t portion = 1000;    // no `write` takes more
+  std::vector<int> writes = {};  // for the first calls: an error, or 0 to write all
+  std::size_t portion = 1000;    // the most that one `write` writes
   bool clockFails = false;
 
   std::string log = {};
@@ -238,7 +238,7 @@ TEST(LaunchFault, LosesNothingToASignalOrToShortWrites) {
   }
 }
 
-// The time of no clock is the invalid time, for which nobody waits.
+// Without a clock the time is the invalid time, and nobody waits for that.
 TEST(LaunchFault, OfTheClockStopsNothing) {
   Plan wanted;
   wanted.clockFails = true;

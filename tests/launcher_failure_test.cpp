@@ -82,7 +82,7 @@ struct FailedLaunch {
   const char* error;
 };
 
-// All at once, since each takes five seconds.
+// All at once, because each takes five seconds.
 TEST(LauncherFailure, AProgramThatCannotBeExecutedIsLoggedBeforeAWait) {
   const std::string ticket = "vnc://h/" + std::string(120000, 'Q');
   const std::string hexTicket = [] {
@@ -177,7 +177,7 @@ TEST(LauncherFailure, AProgramThatCannotBeExecutedIsLoggedBeforeAWait) {
   }
 }
 
-// The C library has the shell run what the kernel cannot (ENOEXEC).
+// The C library lets the shell run files that the kernel cannot run (ENOEXEC).
 TEST(LauncherFailure, AProgramOfNoKnownFormatIsRunByTheShell) {
   Workshop shop;
   launcher::writeFile(shop.work() / "bin" / "script", "echo \"$0\" \"$@\"\nexit 7\n");

@@ -1,4 +1,4 @@
-// What the launcher does not look at, and hands on or shows as it is: README.md, the manual
+// What the launcher does not check, and passes on or shows as it is.  README.md, the manual
 // page and SECURITY.md say so, and programs rely on it.
 
 #include <gtest/gtest.h>

@@ -382,7 +382,7 @@ TEST(ShutdownNotified, MayConstructAndDestroyOthers) {
     shutdownNotified::callShutdowns();
     return 0;
   });
-  // Whether the added one is told is open; it came last.
+  // The added one may be notified or not; it came last.
   EXPECT_EQ(end.output.substr(0, 17), "one\nmeddler\nfour\n");
   EXPECT_TRUE(end.output.substr(17) == "" || end.output.substr(17) == "added\n") << end.output;
   EXPECT_EQ(end.ending, "exit 0");

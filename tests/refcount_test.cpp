@@ -595,7 +595,7 @@ TEST(RefcountAssertions, ReportTheirPositions) {
       {"assigning a type of -1", [] { assignBadType(-1); },
        "<4/31 assert/0: false [|] [.][.]/include/refcount @ 606>"},
   };
-  const int set = semaphoreSet(false);  // the children share it, and do not live to remove one
+  const int set = semaphoreSet(false);  // the children share it, and remove none
   for (const auto& row : rows) {
     SCOPED_TRACE(row.what);
     EXPECT_EXIT(
@@ -609,7 +609,7 @@ TEST(RefcountAssertions, ReportTheirPositions) {
   }
 }
 
-/// Runs in a child: what handles do once the sections are gone.
+/// Runs in a child.  Uses handles after the sections are gone.
 [[noreturn]] void releaseWithoutSections() {
   auto* privateOne = new boxRef(new box("private"));
   auto* sharedOne = new boxRef(boxIn(RCS_CANONICAL, "canonical"));
@@ -641,7 +641,7 @@ TEST(Reference, LeavesSharedInstancesAliveWhenTheSectionIsGone) {
   EXPECT_EXIT(releaseWithoutSections(), testing::ExitedWithCode(0),
               "destroyed private; destroyed parent'; canonical, count 1, version 0; obsolete, "
               "count 1, version 0; canonical, count 2, version 0[.]");
-  EXPECT_EQ(semctl(set, CS_REFCOUNT, GETVAL), 1) << "the child took the set of its parent away";
+  EXPECT_EQ(semctl(set, CS_REFCOUNT, GETVAL), 1) << "the child removed the set of its parent";
 }
 
 }  // namespace

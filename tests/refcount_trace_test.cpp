@@ -18,7 +18,7 @@ namespace refcount_trace_test {
 
 namespace {
 
-/// Takes the trace output, and watches in which section it is written.
+/// Captures the trace output, and watches in which section it is written.
 class traceCapture : private std::streambuf {
  public:
   traceCapture() : m_old(traceFlag::out().rdbuf(this)), m_flags(traceFlag::out().flags()) {
@@ -38,7 +38,7 @@ class traceCapture : private std::streambuf {
   }
   bool empty() const { return m_text.empty(); }
   bool flushed() const { return m_flushed == m_text.size(); }
-  /// True when all was written inside `CS_LOGOUT` alone.
+  /// True if everything was written inside `CS_LOGOUT` and no other section.
   bool inSection() const { return m_inSection; }
 
  private:

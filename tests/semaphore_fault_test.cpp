@@ -31,8 +31,8 @@ namespace {
 // What goes wrong, and what is printed about the calls on standard output.
 struct faultPlan {
   bool tellCalls = false;  // the calls for the set of six
-  bool tellSets = false;   // what is created and removed, by size
-  bool tellHave = false;   // the operations, and whether the section is had meanwhile
+  bool tellSets = false;   // the sizes of the sets that are created and removed
+  bool tellHave = false;   // the operations, and whether the section is held meanwhile
 
   bool drawFails = false;
   bool drawIsZero = false;
@@ -55,7 +55,7 @@ struct faultPlan {
 faultPlan plan;
 int turn = 0;  // how often the value of `plan.valueNumber` was asked for
 
-// All sets that exist, shared with the children, as one that aborts removes none.
+// All existing sets, shared with the children: a child that aborts removes none.
 struct knownSet {
   int id;
   int size;
@@ -103,12 +103,12 @@ std::string removeLeftovers() {
   return result;
 }
 
-// Runs `body` in a child without a set, in which the calls go by `fault`.
+// Runs `body` in a child without a set.  The child's calls follow `fault`.
 template <class Body>
 processEnd runWith(const faultPlan& fault, Body body) {
   ledger();  // shared with the child from here on
   return runFreshChild([&] {
-    tellingHandler handler;  // sees nothing of a failed semaphore call
+    tellingHandler handler;  // gets no report of a failed semaphore call
     plan = fault;
     turn = 0;
     const int result = body();
@@ -117,7 +117,7 @@ processEnd runWith(const faultPlan& fault, Body body) {
   });
 }
 
-// Takes the section `id` in a child whose set exists already.
+// Enters the section `id` in a child whose set exists already.
 processEnd takeWith(const faultPlan& fault, sectionId id) {
   return runSharingChild([&] {
     tellingHandler handler;

@@ -26,7 +26,7 @@ concept canBeNewedAsArray = requires {
   new T[1]{{CS_STDOUT, false}};
 };
 
-// Taken by a static initialiser.
+// A static initialiser enters this section.
 const bool takenBeforeMain = [] {
   criticalSection section(CS_NETWORK, true);
   return section.okay() && criticalSection::have(CS_NETWORK);
@@ -220,7 +220,7 @@ TEST(CriticalSection, BlocksForeverWhenItIsTakenTwice) {
   EXPECT_EQ(waitpid(child, &status, WNOHANG), 0) << endingOf(status);
   kill(child, SIGKILL);
   EXPECT_EQ(waitpid(child, &status, 0), child);
-  // What died inside a section leaves it taken.
+  // A process that died inside a section leaves it taken.
   EXPECT_EQ(sixValues(set), "1 1 1 1 1 0");
   semaphoreRelease();
 }

@@ -53,7 +53,7 @@ class kind : public ThreadedDatatype {
 bool kind::telling = false;
 void (*kind::whileCreating)() = nullptr;
 
-// A kind that has nothing to keep.
+// A kind without data.
 class emptyKind : public ThreadedDatatype {
  public:
   ThreadedDataObject* create() const override {
@@ -69,7 +69,7 @@ emptyKind& empty = *new emptyKind;
 kind& second = *new kind("second");
 kind& third = *new kind("third");
 
-// Asked for by a static initialiser.
+// A static initialiser asks for this.
 const bool nothingBeforeMain = first.data(false) == nullptr && third.data(false) == nullptr &&
                                !ThreadData::initialised() && !ThreadData::ended();
 
@@ -83,7 +83,7 @@ void tellOwners(bool force) {
           ownerOf(second.data(force)), ownerOf(third.data(force)));
 }
 
-// Runs `body` in a process that has no `ThreadData` yet, where the kinds tell.
+// Runs `body` in a process that has no `ThreadData` yet, and in which the kinds report.
 template <class Body>
 processEnd runTelling(Body body) {
   return runFreshChild([&] {

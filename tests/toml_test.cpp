@@ -82,7 +82,7 @@ TEST(Toml, IsRefusedWithoutAnEndOfItsTexts) {
   }
 }
 
-// Each would end the stack if it were read.
+// Reading any of these would overflow the stack.
 TEST(Toml, OfAMebibyteIsReadOrRefused) {
   const std::size_t half = 524288;
   EXPECT_EQ(read(repeated("a.", half - 2) + "a=1"), "1:64: a key has more than 32 parts");
@@ -91,7 +91,7 @@ TEST(Toml, OfAMebibyteIsReadOrRefused) {
   EXPECT_NE(read("a=" + repeated("{a=", half / 2)), "good");
 }
 
-// As deep as a file can be.  With sanitizers each level takes several times as much of the
+// The greatest depth of a file.  With sanitizers each level needs several times as much
 // stack.
 TEST(Toml, MayHaveLongKeysInTablesWithinTables) {
 #ifdef SANITIZED

@@ -20,7 +20,7 @@ pairList pairsOf(const assocList& list) {
   return pairList(list.begin(), list.end());
 }
 
-// What a text that parses gives.
+// The result of a text that parses.
 struct parsed {
   std::string text;
   std::string scheme;

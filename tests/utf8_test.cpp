@@ -334,7 +334,7 @@ TEST(ValidUTF8, JudgesATextOfAGivenLength) {
   }
 }
 
-// Plain text is looked at by the word.
+// Plain text is read word by word.
 TEST(ValidUTF8, FindsABadByteAtAnyPlaceOfALongText) {
   for (std::size_t size = 1; size <= 40; size++) {
     const std::string plain(size, 'a');

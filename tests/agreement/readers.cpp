@@ -4,8 +4,8 @@
 //     refused
 //     USER HOST PORT ZONE  USER HOST PORT ZONE  USER HOST PORT ZONE
 //
-// for the three in this order: user, host and zone in hexadecimal, "-" for what is not
-// there, and four times "!" for one that takes the text for no link.  An IPv6 address is
+// for the three in this order: user, host and zone in hexadecimal, "-" for a missing
+// part, and four times "!" for one that does not accept the link.  An IPv6 address is
 // the bytes of its value.
 
 #include <arpa/inet.h>

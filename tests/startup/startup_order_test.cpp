@@ -1,5 +1,5 @@
-// What is there before `main`, in programs that are linked in different ways: see
-// CMakeLists.txt beside this file.
+// The flags and items that exist before `main`, in programs that are linked in different
+// ways: see CMakeLists.txt beside this file.
 
 #include <gtest/gtest.h>
 
