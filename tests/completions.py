@@ -35,7 +35,7 @@ FISH_SETUP = (
     " set -g fish_autosuggestion_enabled 0"
 )
 
-# Names of programs and of files that a shell must not read, each after a mark of its own.
+# Names of programs and files that a shell must not interpret, each after its own mark.
 NAMES = [
     "q1 blank",
     "q2$(touch pwned)",
@@ -47,7 +47,7 @@ NAMES = [
     "q8\\back",
     "q9>pwned",
 ]
-# One that no line can hold as it is: quoted, or not offered.
+# No line can hold this one as it is: it is quoted, or not offered.
 TWO_LINES = "r1\ntouch pwned"
 
 # The keys to type, where "\t" asks for a completion, and the arguments that result.
@@ -99,12 +99,12 @@ CASES = [
     ("hopopen x-\th", ["x-beta://h"]),
     ("hopopen --quiet vn\th", ["--quiet", "vnc://h"]),
     ("hopopen -- vn\th", ["--", "vnc://h"]),
-    # Texts of a definition are no names and no schemes, and no shell runs them.
+    # Texts of a definition are neither names nor schemes, and no shell runs them.
     ("hopopen --viewer=ev\t", ["--viewer=ev"]),
     ("hopopen --forget ev\t", ["--forget", "ev"]),
 ]
 
-# What fish has for the last word of a line.
+# The completions that fish has for the last word of a line.
 FISH_CASES = [
     ("hopopen --vie", ["--viewer"]),
     ("hopopen --viewer ", ["alpha-1", "beta"]),
@@ -178,7 +178,7 @@ def name_cases():
             yield f"{program} -log=files/{mark}\tvnc://h/", [f"-log=files/{name}", "vnc://h/"]
         yield f"hopopen --log files/{mark}\tvnc://h", ["--log", f"files/{name}", "vnc://h"]
         yield f"hopopen --log=files/{mark}\tvnc://h", [f"--log=files/{name}", "vnc://h"]
-    # Where something special was typed already.
+    # Lines that already have something special.
     yield "hoplaunch -program=q1\\ b\tvnc://h/", ["-program=q1 blank", "vnc://h/"]
     yield "hoplaunch -program=q2\\$\tvnc://h/", ["-program=q2$(touch pwned)", "vnc://h/"]
 
@@ -245,7 +245,7 @@ def arguments(child, typed, folder):
 
 
 def separated(words):
-    """Long options with their values as arguments of their own, as fish writes them."""
+    """Long options with their values as separate arguments, as fish writes them."""
     return [part for word in words for part in (word.split("=", 1) if word[:2] == "--" else [word])]
 
 

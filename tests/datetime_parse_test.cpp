@@ -60,8 +60,8 @@ TEST(DateTimeFromText, ReadsNoFieldThatDoesNotStartWithADigit) {
       {"-2026-11-15", "1970-1-1 0:0:0 0"},
       {"+2026", "1970-1-1 0:0:0 0"},
       {".5", "1970-1-1 0:0:0 0"},
-      // Only one separator is skipped, so that the second keeps every later field
-      // from being read.
+      // Only one separator is skipped, so the second one ends the reading, and all
+      // later fields are missing.
       {"2026--11-15", "2026-1-1 0:0:0 0"},
       {"2026-11-15TT11:07:34", "2026-11-15 0:0:0 0"},
       {"2026-11-15T11:07:34..5", "2026-11-15 11:7:34 0"},

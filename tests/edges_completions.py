@@ -120,7 +120,7 @@ class Shell:
             self.child = None
 
     def arguments(self, typed):
-        """What the program was given."""
+        """The arguments that the program got."""
         got = f"{FOLDER}/start/got"
         if os.path.exists(got):
             os.remove(got)

@@ -1,4 +1,4 @@
-"""Launches with logs that block: FIFOs, pipes that are full, terminals that take nothing.
+"""Launches with logs that block: FIFOs, full pipes, terminals that accept nothing.
 
     edges_logs.py NAME FOLDER-OF-VIEWERS COMMAND...
 
@@ -162,7 +162,7 @@ def try_lost_line():
 
 
 def try_terminal():
-    """A terminal whose output nobody takes: it is full after some kilobytes."""
+    """A terminal whose output nobody reads: it is full after some kilobytes."""
     master, slave = pty.openpty()
     name = os.ttyname(slave)
     status, out = launch(command(name))

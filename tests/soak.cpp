@@ -344,7 +344,7 @@ int main(int count, char** arguments) {
     return 2;
   }
   if (unshare(CLONE_NEWIPC) != 0 && unshare(CLONE_NEWUSER | CLONE_NEWIPC) != 0) {
-    std::perror("an IPC namespace takes root");
+    std::perror("an IPC namespace needs root");
     return 2;
   }
   close_range(3, ~0U, CLOSE_RANGE_CLOEXEC);  // the viewers must not get ours
