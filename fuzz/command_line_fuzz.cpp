@@ -68,7 +68,7 @@ class configuration {
   std::vector<std::pair<std::string, std::vector<std::string>>> m_items;
 };
 
-// What is written to standard error while it lives.  (The C library lets programs
+// The output on standard error while it lives.  (The C library lets programs
 // exchange the stream.)
 class messages {
  public:
@@ -196,7 +196,7 @@ void checkExplained(const std::string& given, const assocList& options, const as
     check(printable(line), "people are told in printable ASCII", line);
   }
   const std::string json = asJSON(launch);
-  const Json told = JsonReader::read(json);  // throws at what is not JSON
+  const Json told = JsonReader::read(json);  // throws unless it is JSON
   checkSame(told["uriBytes"].binary(), given, "JSON has the URI as given", json);
   if (launch.plan.arguments != nullptr) {
     check(told["argumentsBytes"].bytes() == vectorOfStrings(launch.plan.arguments),

@@ -5,7 +5,7 @@
 // - Reading it again gives the same.
 // - A definition has a title, schemes in lower case, programs without a folder and a port
 //   that is one.  No password is in an argument, nor anywhere in a terminal.  A value is
-//   nowhere but in the arguments of a parameter that limits it.  Only parameters that links
+//   only in the arguments of a parameter that limits it.  Only parameters that links
 //   have are there, each once, and only variables that can be.
 // - Written anew from what was read, it reads the same.
 //

@@ -1,4 +1,4 @@
-// What a viewer is given for a link.  An input has a host that is trusted, the link, and a
+// What a viewer gets for a link.  An input has a host that is trusted, the link, and a
 // definition; a "!" before the host means that the viewer was chosen by name.  For every
 // link:
 //
@@ -7,9 +7,9 @@
 //   it, or when it has no display; with the code of the first of these.
 // - Otherwise the argument vector is made of the program's name, or the terminal's and the
 //   path, and the definition's words, in their order, with checked pieces of the link for
-//   their placeholders and nothing else.  What lacks a piece is left out.
-// - So are the variables, but that the password may be there.
-// - What is shown as used and dropped is what was used and dropped.
+//   their placeholders and nothing else.  An element without its piece is left out.
+// - The variables are made in the same way, but the password may be in them.
+// - Parameters are shown as used and dropped exactly when they were used and dropped.
 //
 // The expectation is made of the text of the definition as the TOML reader gives it, and of
 // the link as the rules of link_rules.h read it.
@@ -330,7 +330,7 @@ bool isAddress(const ruledLink& host) {
   return host.bracketed || only(host.host, "0123456789.");
 }
 
-// Whether the text, as settings have it, trusts the host.  Nothing when it is no host.
+// Whether the text, as settings have it, trusts the host.  Nothing if it is not a host.
 std::optional<bool> trustsByRules(std::string_view text, const ruledLink& host) {
   const bool below = text.starts_with('.');
   ruledLink trusted;

@@ -17,7 +17,7 @@
 // - The program is first.  Options follow, each with a dash; the last arguments are the
 //   addresses, without their ports if there is a port option.
 // - Both styles pass the same options in the same order.
-// - Of a second vector only the program is new.
+// - In a second vector only the program is new.
 
 #include <algorithm>
 #include <cstring>
