@@ -193,7 +193,7 @@ void checkPlan(const std::string& given, const assocList& options) {
 void checkExplained(const std::string& given, const assocList& options, const assocList& rest) {
   const explanation launch(given, options, rest);
   for (const std::string& line : stringToVector(asText(launch), '\n')) {
-    check(printable(line), "people are told in printable ASCII", line);
+    check(printable(line), "people get printable ASCII", line);
   }
   const std::string json = asJSON(launch);
   const Json told = JsonReader::read(json);  // throws unless it is JSON

@@ -117,7 +117,7 @@ void checkFault(const hopopen::fault& one, std::string_view text) {
         "a fault is at a column of the line", text, one.lineOfText());
   check(!one.message.empty() && printable(one.message) && printable(one.lineOfText()),
         "a fault is told in printable ASCII", one.message);
-  check(one.message.back() != '.', "a fault is told without a full stop", one.message);
+  check(one.message.back() != '.', "a fault ends without a full stop", one.message);
 }
 
 // --- Definitions -----------------------------------------------------------
@@ -207,8 +207,8 @@ void fuzz(std::string_view input) {
     const std::string file = written(*what);
     checkSame(written(*copy), file, "reading again gives the same", text);
     const auto anew = hopopen::readDefinition("b", file, "/a/b.toml", again);
-    check(anew.has_value(), "what is written anew reads", file,
+    check(anew.has_value(), "the text written anew reads", file,
           again.empty() ? "" : again.front().lineOfText());
-    checkSame(written(*anew), file, "what is written anew reads the same", text);
+    checkSame(written(*anew), file, "the text written anew reads the same", text);
   }
 }

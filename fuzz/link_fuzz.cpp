@@ -183,7 +183,7 @@ void checkQuoted(const std::string& text) {
   check(printable(plain) && plain.find_first_of("<>&") == std::string::npos,
         "without markup there is none", plain);
   checkSame(unquoted(plain, false), text, "without markup it reads back, too", plain);
-  check(printable(hopopen::printable(text)), "what is made printable is", text);
+  check(printable(hopopen::printable(text)), "the printable form is printable", text);
 }
 
 }  // namespace

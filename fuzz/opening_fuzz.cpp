@@ -9,7 +9,7 @@
 //   path, and the definition's words, in their order, with checked pieces of the link for
 //   their placeholders and nothing else.  An element without its piece is left out.
 // - The variables are made in the same way, but the password may be in them.
-// - Parameters are shown as used and dropped exactly when they were used and dropped.
+// - Exactly what was used and dropped is shown as used and dropped.
 //
 // The expectation is made of the text of the definition as the TOML reader gives it, and of
 // the link as the rules of link_rules.h read it.

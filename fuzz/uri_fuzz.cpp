@@ -37,7 +37,7 @@ void checkParsed(const URI& uri, const std::string& text) {
     check(!address.empty() && address.find_first_of("+,/") == address.npos,
           "an address has no delimiter", text, address);
   }
-  check(uri.ticket.empty() || uri.parameters.empty(), "parameters are read without a ticket only",
+  check(uri.ticket.empty() || uri.parameters.empty(), "only a URI without a ticket has parameters",
         text);
   checkSame(uri.hexString(), uri.ticket.format(16), "the ticket in hexadecimal", text);
 }
@@ -101,7 +101,7 @@ std::vector<std::string> vectorOf(URI& uri, unsigned int maxHosts, argsStyle sty
   const std::size_t optionCount = options(uri);
   const std::size_t room =
       hosts + perOption * optionCount + (portArg != nullptr ? perOption : 0) + 2;
-  check(arguments.size() + 1 <= room, "the vector keeps to the room computed for it");
+  check(arguments.size() + 1 <= room, "the vector fits into the room computed for it");
   check(arguments.size() >= 1 + perOption * optionCount + hosts && arguments[0] == "viewer",
         "the program is first");
   for (std::size_t i = 0; i < hosts; i++) {

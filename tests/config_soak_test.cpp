@@ -128,7 +128,7 @@ board& newBoard() {
 }
 
 // Reads the copies that a child process has of the versions: those that existed when it
-// began, and those that it makes.  It reads until the parent tells it to stop.
+// began, and those that it makes.  It reads until the parent ends it.
 class reader : public Thread {
  public:
   reader(board& shared, int number) : Thread(true), m_shared(shared), m_number(number) {}
