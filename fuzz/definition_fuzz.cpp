@@ -7,7 +7,7 @@
 //   that is one.  No password is in an argument, nor anywhere in a terminal.  A value is
 //   only in the arguments of a parameter that limits it.  Only parameters that links
 //   have are there, each once, and only variables that can be.
-// - Written anew from what was read, it reads the same.
+// - A definition that is written anew reads the same.
 //
 // Texts whose expressions could ask for much are left out: users write them, not strangers.
 
@@ -70,7 +70,7 @@ std::string source(const std::vector<Item>& items) {
   return result + ']';
 }
 
-// All that a definition says, as a file that says the same.
+// A file that says the same as a definition.
 std::string written(const definition& what) {
   std::string result =
       "name = " + literal(what.title) + "\nschemes = " + source(what.schemes) +

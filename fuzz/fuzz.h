@@ -97,7 +97,7 @@ constexpr std::string_view LOWER_HEX = "0123456789abcdef";
 constexpr std::string_view LETTERS = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
 
 /// True if the expressions of a file, which may have some, ask little of the C library.
-/// (What it asks for repeated repetitions has no bound: see regexpr_fuzz.cpp.)
+/// (Repeated repetitions may need memory and time without bound: see regexpr_fuzz.cpp.)
 inline bool cheapExpressions(std::string_view file) {
   if (file.find("allow") == std::string_view::npos) {
     return true;

@@ -91,7 +91,7 @@ pieces piecesOf(const ruledLink& link, std::optional<unsigned int> port) {
   return result;
 }
 
-// What a definition makes of a link.
+// The launch that a definition gives for a link.
 class expectation {
  public:
   expectation(const toml::table& file, const ruledLink& link, bool trusted)
@@ -216,7 +216,7 @@ std::string expectation::readCredential(const std::string& value, bool valid,
   return value.empty() || isUsed ? "" : "user";
 }
 
-// The code of what is wrong with a parameter, or nothing.
+// The code of the fault of a parameter, or nothing.
 std::string expectation::read(const std::string& name, const std::string& value, bool& isUsed) {
   if (isOneOf(name, {"ViewOnly"})) {
     if (isOneOf(value, {"false", "0", "no"})) {

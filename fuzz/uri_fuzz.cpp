@@ -1,7 +1,7 @@
 // URIs.  For every text:
 //
-// - Parsing stops within the text.  What is before the byte that does not fit does
-//   fit: it is a URI, or parsing it stops at its end.
+// - Parsing stops within the text.  The text before the byte that does not fit is a
+//   URI, or parsing it stops at its end.
 // - A URI has a scheme that begins with a letter, and at least one address, none of them
 //   empty or with a delimiter in it.  It has parameters only without a ticket.
 // - What `format` writes parses back to the same scheme, addresses, ticket, parameters and

@@ -471,7 +471,7 @@ TEST_F(ConfigDB, KeepsAThreadOnItsVersionUntilItRefreshes) {
   EXPECT_FALSE(has(local, "key"));
   EXPECT_EQ(old->count(), 2) << "this thread's handle and the one elsewhere";
   threadedConfigDB::refresh();
-  EXPECT_EQ(&threadedConfigDB::local(), &local) << "the handle stays, what it holds changes";
+  EXPECT_EQ(&threadedConfigDB::local(), &local) << "the handle stays, but holds another version";
   EXPECT_EQ(local.version(), 1);
   EXPECT_EQ(local.stage(), RCS_CANONICAL);
   EXPECT_TRUE(has(local, "key"));

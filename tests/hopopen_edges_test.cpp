@@ -176,7 +176,7 @@ void fill(const Machine& machine) {
 
 TEST(OpeningMemory, ThatRunsOutIsARefusal) {
 #ifdef SANITIZED
-  GTEST_SKIP() << "sanitizers take addresses without bound";
+  GTEST_SKIP() << "sanitizers use addresses without bound";
 #endif
   const Machine machine;
   fill(machine);
@@ -205,7 +205,7 @@ TEST(OpeningMemory, ThatRunsOutIsARefusal) {
 
 TEST(OpeningMemory, ThatRunsOutIsQuietWhenAsked) {
 #ifdef SANITIZED
-  GTEST_SKIP() << "sanitizers take addresses without bound";
+  GTEST_SKIP() << "sanitizers use addresses without bound";
 #endif
   const Machine machine;
   fill(machine);

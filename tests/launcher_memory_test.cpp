@@ -52,7 +52,7 @@ rlim_t smallest(const char* binary, const std::string& uri) {
 
 TEST(LauncherMemory, ThatRunsOutIsAFailedLaunch) {
 #ifdef SANITIZED
-  GTEST_SKIP() << "sanitizers take addresses without bound";
+  GTEST_SKIP() << "sanitizers use addresses without bound";
 #endif
   const bool own = unshare(CLONE_NEWIPC) == 0;
   const std::string uri = manyParameters();
@@ -87,7 +87,7 @@ TEST(LauncherMemory, ThatRunsOutIsAFailedLaunch) {
 
 TEST(LauncherMemory, ThatRunsOutWithoutALogIsSilent) {
 #ifdef SANITIZED
-  GTEST_SKIP() << "sanitizers take addresses without bound";
+  GTEST_SKIP() << "sanitizers use addresses without bound";
 #endif
   const std::string uri = manyParameters();
   Workshop shop;
@@ -103,7 +103,7 @@ TEST(LauncherMemory, ThatRunsOutWithoutALogIsSilent) {
 
 TEST(ExplanationMemory, ThatRunsOutIsSaid) {
 #ifdef SANITIZED
-  GTEST_SKIP() << "sanitizers take addresses without bound";
+  GTEST_SKIP() << "sanitizers use addresses without bound";
 #endif
   const bool own = unshare(CLONE_NEWIPC) == 0;
   const std::string uri = manyParameters();

@@ -43,7 +43,7 @@ using names = std::vector<std::string>;
 
 }  // namespace
 
-// A flag must live as long as the process, as the registry never forgets one; so
+// A flag must live as long as the process: the registry never forgets one.  So
 // the flags of the tests are static.
 
 TEST(TraceFlag, HasTheNameAndTheLevelItWasGiven) {

@@ -31,7 +31,7 @@ constexpr const char* MACHINE = "^([a-z0-9]+([-.][a-z0-9]+)*)|(\\[[0-9a-f:.]+\\]
 constexpr const char* SCHEME = "^[a-z][a-z0-9+.\\-]*://";
 
 // MACHINE matches at the beginning of an address or at its last "[", and nowhere between.
-// A failing search through a long address would take quadratic time.
+// A failing search through a long address would need quadratic time.
 bool isAddress(const RegExpr& machine_RE, const std::string& address) {
   if (internal::isLetterOrDigit(address[0])) {
     return machine_RE.matchs(address);

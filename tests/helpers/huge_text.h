@@ -74,6 +74,6 @@ inline std::uint64_t freeGigabytes() {
 /// Skips the test on a machine without that much memory.
 #define NEEDS_GIGABYTES(number)                                    \
   if (freeGigabytes() < (number)) {                                \
-    GTEST_SKIP() << "this takes " << (number) << " GiB of memory"; \
+    GTEST_SKIP() << "this needs " << (number) << " GiB of memory"; \
   } else                                                           \
     static_cast<void>(0)
