@@ -7,9 +7,9 @@
 //   it, or when it has no display; with the code of the first of these.
 // - Otherwise the argument vector is made of the program's name, or the terminal's and the
 //   path, and the definition's words, in their order, with checked pieces of the link for
-//   their placeholders and nothing else.  An element without its piece is left out.
-// - The variables are made in the same way, but the password may be in them.
-// - Exactly what was used and dropped is shown as used and dropped.
+//   their placeholders and nothing else.  What lacks a piece is left out.
+// - So are the variables, but that the password may be there.
+// - What is shown as used and dropped is what was used and dropped.
 //
 // The expectation is made of the text of the definition as the TOML reader gives it, and of
 // the link as the rules of link_rules.h read it.
@@ -216,7 +216,7 @@ std::string expectation::readCredential(const std::string& value, bool valid,
   return value.empty() || isUsed ? "" : "user";
 }
 
-// The code of the fault of a parameter, or nothing.
+// The code of what is wrong with a parameter, or nothing.
 std::string expectation::read(const std::string& name, const std::string& value, bool& isUsed) {
   if (isOneOf(name, {"ViewOnly"})) {
     if (isOneOf(value, {"false", "0", "no"})) {

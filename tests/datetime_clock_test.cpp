@@ -37,7 +37,7 @@ struct sleepResult {
 };
 bool sleepIsFake = false;
 std::vector<sleepResult> sleepResults;
-std::vector<timespec> sleeps;  // the requested times
+std::vector<timespec> sleeps;  // what was asked for
 
 volatile std::sig_atomic_t signals = 0;
 

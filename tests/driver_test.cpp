@@ -38,10 +38,10 @@ std::string readFile(const std::string& name) {
   return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
-// The calls of `execvp` and `nanosleep`.
+// What `execvp` and `nanosleep` were called with.
 struct Calls {
   bool active = false;
-  int error = ENOENT;  // the error of `execvp`
+  int error = ENOENT;  // what `execvp` fails with
   std::string logName;
   void (*meanwhile)() = nullptr;  // called during `execvp`
 
@@ -73,7 +73,7 @@ int descriptorFlags(const std::string& file) {
 
 namespace {
 
-int firstSection = -1;  // the first one that this process entered
+int firstSection = -1;  // the first that was taken in this process
 
 }  // namespace
 

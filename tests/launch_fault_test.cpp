@@ -25,8 +25,8 @@ struct Plan {
   int openError = 0;
   int opened = LOG;  // the result of `open`
   int moveError = 0;
-  std::vector<int> writes = {};  // for the first calls: an error, or 0 to write all
-  std::size_t portion = 1000;    // the most that one `write` writes
+  std::vector<int> writes = {};  // for each of the first: an error, or 0 for all of it
+  std::size_t portion = 1000;    // no `write` takes more
   bool clockFails = false;
 
   std::string log = {};

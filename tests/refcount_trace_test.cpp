@@ -18,7 +18,7 @@ namespace refcount_trace_test {
 
 namespace {
 
-/// Captures the trace output, and watches in which section it is written.
+/// Takes the trace output, and watches in which section it is written.
 class traceCapture : private std::streambuf {
  public:
   traceCapture() : m_old(traceFlag::out().rdbuf(this)), m_flags(traceFlag::out().flags()) {

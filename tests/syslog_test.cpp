@@ -22,8 +22,8 @@ std::vector<record> records;
 
 }  // namespace
 
-// Both names that the C library has for it.  The format is kept as it came; there
-// were no arguments for it to convert.
+// Both names under which the C library has it.  The format is kept as it came;
+// what it would convert was not passed.
 extern "C" void __wrap_syslog(int priority, const char* format, ...) {
   records.push_back({priority, format});
 }

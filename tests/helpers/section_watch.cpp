@@ -8,7 +8,7 @@ extern "C" {
 int __real_semop(int set, sembuf* operations, std::size_t count);
 int __wrap_semop(int set, sembuf* operations, std::size_t count);
 
-// -1 enters a section, and +1 leaves it.
+// A section is taken by -1 and given back by +1.
 int __wrap_semop(int set, sembuf* operations, std::size_t count) {
   const int result = __real_semop(set, operations, count);
   if (result == 0 && count == 1 && operations->sem_num < CS_COUNT) {

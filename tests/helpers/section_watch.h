@@ -1,4 +1,4 @@
-// Watches the library's use of critical sections at the system call.
+// What the library does to the critical sections, seen at the system call.
 //
 // For a program that is linked with `semop` wrapped and section_watch.cpp.
 #pragma once

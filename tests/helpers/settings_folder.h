@@ -118,7 +118,7 @@ int __wrap_open(const char* path, int flags, ...) {
   return done(fails("open") ? -1 : __real_open(path, flags, mode));
 }
 
-// The descriptor is closed even if the call fails.
+// A descriptor is closed also when that fails.
 int __wrap_close(int descriptor) {
   const bool failing = fails("close");
   const int error = errno;
