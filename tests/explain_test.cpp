@@ -28,7 +28,7 @@ namespace {
 
 using namespace std::string_literals;
 
-int remoteError = 0;  // of anything in a folder "remote"
+int remoteError = 0;  // of what is in a folder "remote"
 
 }  // namespace
 
