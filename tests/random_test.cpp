@@ -1,6 +1,5 @@
-// The generator and the clock of these tests are `random`, `srandom` and
-// `gettimeofday` of this file.  The clock does not move.  The generator is the C
-// library's unless a test says what it draws.
+// The clock of these tests does not move; the generator is the C library's unless a test
+// says what it draws.
 
 #include <gtest/gtest.h>
 #include <sys/time.h>
