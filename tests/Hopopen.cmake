@@ -1,7 +1,7 @@
 # The tests of the front door: of its units, and of the program as its users run it.
 set(opening LINKS hoplaunch_opening hoplaunch_driver test_programs)
 test_program(opening_test TOGETHER ${opening} TESTS
-  catalog desktop_entry file host patterns settings settings_edit settings_random shown template
+  catalog desktop_entry file host out_of_memory patterns settings settings_edit settings_random shown template
   toml WRAPS fstat read regcomp)
 set(file_calls mkdir open flock read write fsync fchmod close rename unlink stat lstat fstat
   readlink)

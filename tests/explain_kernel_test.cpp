@@ -5,6 +5,7 @@
 
 #include <elf.h>
 #include <gtest/gtest.h>
+#include <sys/personality.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/utsname.h>
@@ -193,6 +194,23 @@ TEST(Kernel, LeavesAProgramForAnotherMachineToTheShell) {
 }
 
 #ifdef __x86_64__
+
+// The kernel then shows its programs a narrow machine.
+TEST(Kernel, ExecutesBothWidthsWhateverItSaysOfItself) {
+  const kernelCase cases[] = {
+      {program(EM_X86_64, "/no/such/loader\0"s), "second/tool||0", 202},
+      {narrowElfProgram(EM_386, "/no/such/loader\0"s) + "\nexit 201\n", "second/tool||0", 202},
+      {narrowElfProgram(EM_PPC, "/no/such/loader\0"s) + "\nexit 201\n", "first/tool|/bin/sh|0",
+       201},
+  };
+  check(cases);
+  ASSERT_NE(-1, personality(PER_LINUX32));
+  utsname system = {};
+  ASSERT_EQ(0, uname(&system));
+  EXPECT_STREQ("i686", system.machine);
+  check(cases);
+  personality(PER_LINUX);
+}
 
 TEST(Kernel, PassesOverAProgramWhoseLoaderIsMissingOrMayNotBeExecuted) {
   const kernelCase cases[] = {

@@ -4,6 +4,8 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sched.h>
+#include <sys/mount.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -237,6 +239,38 @@ TEST(LogFault, IsThatOfAnotherUsersFileInASharedFolder) {
   ASSERT_EQ(0, chown("shared/file", 0, 0));
   EXPECT_EQ(logFault("shared/file"), "");
   EXPECT_EQ(opened("shared/file"), "");
+}
+
+// The kernel's setting decides.  Here a file replaces it.
+TEST(LogFault, DependsOnWhichFilesOfOthersLinuxProtects) {
+  const Folder folder;
+  makeFolder("shared", 01777);
+  makeFolder("group", 01770);
+  for (const char* const name : {"shared/file", "group/file"}) {
+    makeFile(name, 0666);
+    if (chown(name, somebody, somebody) != 0) {
+      GTEST_SKIP() << "only root may give files away";
+    }
+  }
+  const auto faults = [](const char* level) {
+    return runChild([level] {
+      std::ofstream("level") << level << std::endl;
+      if (unshare(CLONE_NEWNS) != 0 ||
+          mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+          mount("level", "/proc/sys/fs/protected_regular", nullptr, MS_BIND, nullptr) != 0) {
+        return 77;
+      }
+      std::printf("%s|%s", logFault("shared/file").c_str(), logFault("group/file").c_str());
+      return 0;
+    });
+  };
+  if (faults("0").ending == "exit 77") {
+    GTEST_SKIP() << "nothing can be mounted here";
+  }
+  const std::string denied = "cannot be opened: Permission denied";
+  EXPECT_EQ("|", faults("0").output);
+  EXPECT_EQ(denied + "|", faults("1").output);
+  EXPECT_EQ(denied + "|" + denied, faults("2").output);
 }
 
 }  // namespace

@@ -225,7 +225,7 @@ void toPipeWithoutReader() {
 }
 void toFileAtItsLimit() {
   std::signal(SIGXFSZ, SIG_IGN);
-  const rlimit none = {0, 0};
+  const rlimit none = {0, RLIM_INFINITY};
   setrlimit(RLIMIT_FSIZE, &none);
 }
 
@@ -270,7 +270,7 @@ TEST(Hopexplain, EndsWithTwoWhereOnlyTheEndOfItsOutputIsLost) {
   Workshop shop;
   const auto prepare = [] {
     std::signal(SIGXFSZ, SIG_IGN);
-    const rlimit some = {100, 100};
+    const rlimit some = {100, RLIM_INFINITY};
     setrlimit(RLIMIT_FSIZE, &some);
   };
   const Outcome outcome = explain(shop, {.arguments = {"vnc://h/"}, .prepare = prepare});

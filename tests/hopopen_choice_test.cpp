@@ -127,6 +127,25 @@ TEST(Choice, IsTheOptionsThenTheUsersThenTheAdministrators) {
   EXPECT_EQ("d", machine.comesOf({"VNC://h"}, variables));
 }
 
+TEST(Choice, IsExplainedByADryRun) {
+  const Machine machine;
+  install(machine, "a", "rank = 1\n");
+  install(machine, "b", "rank = 2\n");
+  const auto viewer = [&](const Strings& options) {
+    Strings arguments = options;
+    arguments.insert(arguments.end(), {"--dry-run", "vnc://h"});
+    const std::string text = machine.run(arguments).out;
+    const std::size_t start = text.find("\nviewer ") + 1;
+    return text.substr(start, text.find('\n', start) - start);
+  };
+  EXPECT_TRUE(viewer({}).ends_with(" (a), the first by rank")) << viewer({});
+  machine.set("[use]\nvnc = \"b\"\n", "etc");
+  EXPECT_TRUE(viewer({}).ends_with(" (b), chosen by the administrator")) << viewer({});
+  machine.set("[use]\nvnc = \"a\"\n");
+  EXPECT_TRUE(viewer({}).ends_with(" (a), chosen in your settings")) << viewer({});
+  EXPECT_TRUE(viewer({"--viewer=b"}).ends_with(" (b), chosen by --viewer"));
+}
+
 TEST(Choice, OfAUserIsFoundBelowHomeByDefault) {
   const Machine machine;
   install(machine, "a");

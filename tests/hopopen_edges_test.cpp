@@ -74,7 +74,7 @@ void closedPipe(int descriptor) {
 }
 
 void noFileMayGrow() {
-  const rlimit none{0, 0};
+  const rlimit none{0, RLIM_INFINITY};
   if (setrlimit(RLIMIT_FSIZE, &none) != 0 || signal(SIGXFSZ, SIG_DFL) == SIG_ERR) {
     _exit(124);
   }
@@ -154,7 +154,7 @@ constexpr char noMemory[] =
 // Limits the addresses to so many bytes.
 std::function<void()> withAddresses(rlim_t bytes) {
   return [bytes] {
-    const rlimit limit{bytes, bytes};
+    const rlimit limit{bytes, RLIM_INFINITY};
     const rlimit noCore{0, 0};
     if (setrlimit(RLIMIT_CORE, &noCore) != 0 || setrlimit(RLIMIT_AS, &limit) != 0) {
       _exit(124);
@@ -201,6 +201,34 @@ TEST(OpeningMemory, ThatRunsOutIsARefusal) {
   }
   EXPECT_GE(refusals, 10);
   EXPECT_EQ(3, launches);
+}
+
+// With a little more than what hopopen has, somebody can be told.
+TEST(OpeningMemory, ThatRunsOutIsShownOnADesktop) {
+#ifdef SANITIZED
+  GTEST_SKIP() << "sanitizers use addresses without bound";
+#endif
+  const Machine machine;
+  fill(machine);
+  machine.script("notify-send",
+                 "for word; do :; done\necho \"$word\" >> " + machine.path("shown") + "\n");
+  int refusals = 0;
+  for (rlim_t size = 2U << 20; size < 40U << 20; size += 64U << 10) {
+    SCOPED_TRACE(std::to_string(size) + " bytes");
+    const Outcome outcome = machine.call({.arguments = {"vnc://h"},
+                                          .variables = {{"DISPLAY", ":99"}},
+                                          .prepare = withAddresses(size)});
+    if (outcome.status == 3) {
+      ++refusals;
+      EXPECT_EQ(noMemory, outcome.err);
+    } else if (refusals > 0) {
+      break;
+    }
+  }
+  Machine::settle();
+  const std::string message = std::string(noMemory).substr(0, sizeof noMemory - 2);
+  EXPECT_TRUE(machine.read("shown").starts_with(message + "\n")) << machine.read("shown");
+  EXPECT_GE(refusals, 5);
 }
 
 TEST(OpeningMemory, ThatRunsOutIsQuietWhenAsked) {

@@ -108,6 +108,8 @@ const Fault faultsOfDefinitions[] = {
     {"the parameter vncpassword", with("[parameters.vncpassword]\narguments = []\n"), "5:13",
      "vncpassword"},
     {"a parameter that is no table", with("[parameters]\nShared = []\n"), "6:10", ""},
+    {"a parameter without arguments", with("[parameters.Shared]\nallow = \"x\"\n"), "5:13",
+     "arguments"},
     {"an unknown key in a parameter", with("[parameters.Shared]\narguments = []\nunset = []\n"),
      "7:1", "unset"},
     {"a parameter's arguments that are no list", with("[parameters.Shared]\narguments = \"x\"\n"),

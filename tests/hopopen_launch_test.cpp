@@ -360,6 +360,19 @@ TEST(Launch, OfAFileThatTheKernelDoesNotExecuteIsRefusedAtOnce) {
   }
 }
 
+TEST(Launch, ThatFailsNamesWhatToInstallAgain) {
+  const Machine machine;
+  machine.define("plain", std::string(door::PLAIN) + "packages = [\"plain-viewer\", \"other\"]\n");
+  machine.write("bin/plain", "");
+  std::filesystem::permissions(machine.path("bin/plain"), std::filesystem::perms::owner_all);
+  const Outcome launch = machine.run({"vnc://h"});
+  EXPECT_EQ(3, launch.status);
+  EXPECT_TRUE(door::contains(launch.err,
+                             "Plain could not be started: Exec format error. "
+                             "Install it again: plain-viewer and other."))
+      << launch.err;
+}
+
 TEST(Launch, InATerminalThatTheKernelDoesNotExecuteIsRefused) {
   const Machine machine;
   machine.define("plain", std::string(door::PLAIN) + "terminal = true\n");

@@ -124,6 +124,49 @@ TEST(Notification, HasItsBackslashesAsEachProgramShowsThem) {
   }
 }
 
+// Of these programs, the others break long lines well.
+TEST(Notification, HasLinesOfAtMost72Bytes) {
+  for (const char* name : {"zenity", "kdialog", "xmessage"}) {
+    const Machine machine;
+    machine.plain();
+    notifier(machine, name);
+    for (const std::string& link :
+         {"vnc://" + std::string(113, 'x') + ":0", "vnc://" + std::string(30, '<'),
+          "vnc://x" + std::string(30, '<'), "vnc://xx" + std::string(30, '<'),
+          "vnc://xxx" + std::string(30, '<')}) {
+      SCOPED_TRACE(name + (": " + link));
+      const Outcome outcome = machine.run({"--", link}, ON_A_DESKTOP);
+      const Strings arguments = argumentsOf(machine, name);
+      const auto text = std::max_element(
+          arguments.begin(), arguments.end(),
+          [](const std::string& a, const std::string& b) { return a.size() < b.size(); });
+      ASSERT_NE(arguments.end(), text);
+      std::string whole;
+      for (std::string line : door::split(*text, '\n')) {
+        if (line.starts_with("--text=")) {
+          line = line.substr(7);
+        }
+        // A backslash that the program reads itself is written twice after that.
+        for (std::size_t at = 0; (at = line.find("\\\\", at)) != line.npos; ++at) {
+          line.erase(at, 1);
+        }
+        EXPECT_GE(72U, line.size()) << line;
+        const std::size_t escape = line.rfind('\\');
+        EXPECT_TRUE(escape == line.npos || escape + 4 <= line.size()) << "cut: " << line;
+        whole += line;
+      }
+      // Nothing is lost but the blanks at which lines end.
+      std::string expected = outcome.err.substr(0, outcome.err.size() - 1);
+      std::erase(expected, ' ');
+      std::erase(whole, ' ');
+      for (std::size_t at = 0; (at = expected.find('<', at)) != expected.npos;) {
+        expected.replace(at, 1, "\\x3C");
+      }
+      EXPECT_EQ(expected, whole);
+    }
+  }
+}
+
 TEST(Notification, HasNoControlCharacterAndNoPassword) {
   for (const std::string& name : NOTIFIERS) {
     const Machine machine;

@@ -291,7 +291,7 @@ void closedErrors() {
 }
 
 void noGrowingFile() {
-  const rlimit nothing{0, 0};
+  const rlimit nothing{0, RLIM_INFINITY};
   if (setrlimit(RLIMIT_FSIZE, &nothing) != 0 || signal(SIGXFSZ, SIG_DFL) == SIG_ERR) {
     _exit(124);
   }

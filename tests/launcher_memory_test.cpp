@@ -27,7 +27,7 @@ std::string manyParameters() {
 // Limits the addresses to so many bytes.
 std::function<void()> withAddresses(rlim_t bytes) {
   return [bytes] {
-    const rlimit limit{bytes, bytes};
+    const rlimit limit{bytes, RLIM_INFINITY};
     const rlimit noCore{0, 0};
     if (setrlimit(RLIMIT_CORE, &noCore) != 0 || setrlimit(RLIMIT_AS, &limit) != 0) {
       _exit(124);

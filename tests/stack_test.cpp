@@ -5,12 +5,14 @@
 #include <gtest/gtest.h>
 #include <ucontext.h>
 
+#include <csignal>
 #include <cstddef>
 #include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "child_output.h"
 #include "kept_traces.h"
 
 namespace {
@@ -153,6 +155,16 @@ TEST(stack, SaysWhenThereIsNoContext) {
   EXPECT_EQ(&trace.write(out), &out);
   EXPECT_EQ(out.str(), "getcontext failed\n");
   contextFails = false;
+}
+
+TEST(signalHandler, SaysWhenThereIsNoContext) {
+  const childEnd end = runInChild([] {
+    stack::installHandler();
+    contextFails = true;
+    std::raise(SIGSEGV);  // no fault that would come again
+  });
+  EXPECT_EQ(end.ending(), "exit 0");
+  EXPECT_EQ(end.errors, "signal 11 caught: \ngetcontext failed\n\n");
 }
 
 TEST(stack, HasNoFramesWhereThereIsNoMemoryForTheirNames) {
