@@ -15,6 +15,7 @@
 #include "explain_runner.h"
 #include "launcher_cases.h"
 #include "launcher_runner.h"
+#include "soft_limit.h"
 
 namespace hopexplain_test {
 
@@ -225,8 +226,7 @@ void toPipeWithoutReader() {
 }
 void toFileAtItsLimit() {
   std::signal(SIGXFSZ, SIG_IGN);
-  const rlimit none = {0, RLIM_INFINITY};
-  setrlimit(RLIMIT_FSIZE, &none);
+  setSoftLimit(RLIMIT_FSIZE, 0);
 }
 
 const struct {
@@ -270,8 +270,7 @@ TEST(Hopexplain, EndsWithTwoWhereOnlyTheEndOfItsOutputIsLost) {
   Workshop shop;
   const auto prepare = [] {
     std::signal(SIGXFSZ, SIG_IGN);
-    const rlimit some = {100, RLIM_INFINITY};
-    setrlimit(RLIMIT_FSIZE, &some);
+    setSoftLimit(RLIMIT_FSIZE, 100);
   };
   const Outcome outcome = explain(shop, {.arguments = {"vnc://h/"}, .prepare = prepare});
   EXPECT_EQ(100U, outcome.out.size());

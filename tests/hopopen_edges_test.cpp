@@ -9,6 +9,7 @@
 
 #include "blocking_logs.h"
 #include "hopopen_runner.h"
+#include "soft_limit.h"
 
 namespace hopopen_edges_test {
 
@@ -74,8 +75,7 @@ void closedPipe(int descriptor) {
 }
 
 void noFileMayGrow() {
-  const rlimit none{0, RLIM_INFINITY};
-  if (setrlimit(RLIMIT_FSIZE, &none) != 0 || signal(SIGXFSZ, SIG_DFL) == SIG_ERR) {
+  if (!setSoftLimit(RLIMIT_FSIZE, 0) || signal(SIGXFSZ, SIG_DFL) == SIG_ERR) {
     _exit(124);
   }
 }
@@ -154,9 +154,8 @@ constexpr char noMemory[] =
 // Limits the addresses to so many bytes.
 std::function<void()> withAddresses(rlim_t bytes) {
   return [bytes] {
-    const rlimit limit{bytes, RLIM_INFINITY};
     const rlimit noCore{0, 0};
-    if (setrlimit(RLIMIT_CORE, &noCore) != 0 || setrlimit(RLIMIT_AS, &limit) != 0) {
+    if (setrlimit(RLIMIT_CORE, &noCore) != 0 || !setSoftLimit(RLIMIT_AS, bytes)) {
       _exit(124);
     }
   };

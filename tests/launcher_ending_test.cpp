@@ -14,6 +14,7 @@
 
 #include "explain_runner.h"
 #include "launcher_runner.h"
+#include "soft_limit.h"
 #include "system_sets.h"
 
 namespace launcher_ending_test {
@@ -291,8 +292,7 @@ void closedErrors() {
 }
 
 void noGrowingFile() {
-  const rlimit nothing{0, RLIM_INFINITY};
-  if (setrlimit(RLIMIT_FSIZE, &nothing) != 0 || signal(SIGXFSZ, SIG_DFL) == SIG_ERR) {
+  if (!setSoftLimit(RLIMIT_FSIZE, 0) || signal(SIGXFSZ, SIG_DFL) == SIG_ERR) {
     _exit(124);
   }
 }

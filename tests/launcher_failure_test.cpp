@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "launcher_runner.h"
+#include "soft_limit.h"
 
 namespace launcher_failure_test {
 
@@ -278,8 +279,7 @@ TEST(LauncherFailure, ALogThatMayNotGrowStopsNothing) {
   constexpr std::size_t limit = std::size_t{1} << 20;
   launcher::writeFile(shop.work() / "log", std::string(limit, '\n'));
   const Outcome outcome = shop.run({.arguments = {"-log=log", "vnc://h/"}, .prepare = [] {
-                                      const rlimit size = {limit, RLIM_INFINITY};
-                                      if (setrlimit(RLIMIT_FSIZE, &size) != 0) _exit(124);
+                                      if (!setSoftLimit(RLIMIT_FSIZE, limit)) _exit(124);
                                     }});
   EXPECT_EQ(42, outcome.status);
   EXPECT_EQ("", outcome.err);

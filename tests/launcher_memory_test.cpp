@@ -6,6 +6,7 @@
 
 #include "explain_runner.h"
 #include "launcher_runner.h"
+#include "soft_limit.h"
 #include "system_sets.h"
 
 namespace launcher_memory_test {
@@ -27,9 +28,8 @@ std::string manyParameters() {
 // Limits the addresses to so many bytes.
 std::function<void()> withAddresses(rlim_t bytes) {
   return [bytes] {
-    const rlimit limit{bytes, RLIM_INFINITY};
     const rlimit noCore{0, 0};
-    if (setrlimit(RLIMIT_CORE, &noCore) != 0 || setrlimit(RLIMIT_AS, &limit) != 0) {
+    if (setrlimit(RLIMIT_CORE, &noCore) != 0 || !setSoftLimit(RLIMIT_AS, bytes)) {
       _exit(124);
     }
   };
