@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <cstring>
+#include <new>
 
 #include "semaphore_sets.h"
 
@@ -139,6 +140,20 @@ int __wrap_semctl(int set, int number, int command, ...) {
     va_end(more);
   }
   return systemCalls::semctl(set, number, command, argument);
+}
+
+// The memory comes from the throwing form, which is the partner of `delete[]`.
+constinit systemCall<void*(std::size_t)> systemCalls::newArray("newArray",
+                                                               [](std::size_t size) -> void* {
+                                                                 try {
+                                                                   return ::operator new[](size);
+                                                                 } catch (const std::bad_alloc&) {
+                                                                   return nullptr;
+                                                                 }
+                                                               });
+
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
+  return systemCalls::newArray(size);
 }
 
 constinit systemCall<void(int, const char*, std::va_list)> systemCalls::syslog("syslog", vsyslog);

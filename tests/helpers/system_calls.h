@@ -129,6 +129,9 @@ extern systemCall<void(int priority, const char* format, std::va_list arguments)
 extern systemCall<int(ucontext_t* context)> getcontext;
 extern systemCall<char**(void* const* frames, int count)> backtrace_symbols;
 
+// `new (std::nothrow) T[n]`, which yields null where there is no memory.
+extern systemCall<void*(std::size_t size)> newArray;
+
 }  // namespace systemCalls
 
 /// Replaces functions before each test of one source; an object at namespace scope.
