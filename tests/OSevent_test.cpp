@@ -10,6 +10,7 @@
 
 #include "event_probe.h"
 #include "events.h"
+#include "system_calls.h"
 
 namespace OSevent_test {
 
@@ -21,10 +22,7 @@ answer theAnswer = answer::real;
 const char* theText = "";
 std::size_t theSize = 0;
 
-}  // namespace
-
-extern "C" char* __real_strerror_r(int code, char* buffer, std::size_t size);
-extern "C" char* __wrap_strerror_r(int code, char* buffer, std::size_t size) {
+char* answered(int code, char* buffer, std::size_t size) {
   theSize = size;
   switch (theAnswer) {
     case answer::null:
@@ -38,10 +36,10 @@ extern "C" char* __wrap_strerror_r(int code, char* buffer, std::size_t size) {
     case answer::real:
       break;
   }
-  return __real_strerror_r(code, buffer, size);
+  return systemCalls::strerror_r.real(code, buffer, size);
 }
 
-namespace {
+const replacedCalls here(__FILE__, [] { systemCalls::strerror_r.replace(answered); });
 
 std::string textOf(int code) {
   return OSevent(SUCCESS, AUD_NULL, 0, "", "").codeToText(code);

@@ -2,10 +2,12 @@
 #include <gtest/gtest.h>
 
 #include <cstddef>
-#include <new>
 #include <string>
 
 #include "bytearray.h"
+#include "system_calls.h"
+
+namespace bytearray_memory_test {
 
 namespace {
 
@@ -21,23 +23,12 @@ class memoryShortage {
   ~memoryShortage() { outOfMemory = false; }
 };
 
-}  // namespace
-
-// Replaces the library's operator.  The memory comes from the throwing form, which
-// is the partner of `delete[]`.
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
+void* allocate(std::size_t size) {
   allocations++;
-  if (outOfMemory) {
-    return nullptr;
-  }
-  try {
-    return ::operator new[](size);
-  } catch (const std::bad_alloc&) {
-    return nullptr;
-  }
+  return outOfMemory ? nullptr : systemCalls::newArray.real(size);
 }
 
-namespace {
+const replacedCalls here(__FILE__, [] { systemCalls::newArray.replace(allocate); });
 
 // The array has no bytes, and works like a new one.
 void expectEmptyAndUsable(ByteArray& array) {
@@ -161,3 +152,5 @@ TEST(ByteArrayWithoutMemory, IsAssignedAsAnEmptyArray) {
 }
 
 }  // namespace
+
+}  // namespace bytearray_memory_test

@@ -1,82 +1,27 @@
-// The clock and the sleep of these tests are `gettimeofday` and `nanosleep` of
-// this file, which pass on to the system's unless a test says otherwise.
+// The clock and the sleep of these tests are fake unless a test says otherwise.
 
 #include <gtest/gtest.h>
 #include <sys/time.h>
-#include <time.h>
 
 #include <cerrno>
 #include <csignal>
-#include <cstddef>
+#include <ctime>
 #include <string>
-#include <vector>
 
 #include "datetime.h"
 #include "datetime_probe.h"
 #include "event_probe.h"
 #include "events.h"
+#include "fake_clock.h"
+#include "system_calls.h"
 
 namespace datetime_clock_test {
 
 namespace {
 
-/// What the clock says next, in turn; the last one stays.
-struct clockReading {
-  time_t seconds;
-  long micros;
-  int minutesWest = 0;
-  bool fails = false;
-};
-std::vector<clockReading> clockReadings;  // empty: the system's clock
-std::size_t clockCalls = 0;
-
-/// What happens to a sleep, in turn; further ones succeed.
-struct sleepResult {
-  int error;  ///< 0 for success
-  timespec remainder;
-};
-bool sleepIsFake = false;
-std::vector<sleepResult> sleepResults;
-std::vector<timespec> sleeps;  // what was asked for
-
 volatile std::sig_atomic_t signals = 0;
 
-}  // namespace
-
-extern "C" int __real_gettimeofday(struct timeval* now, void* zone);
-extern "C" int __real_nanosleep(const struct timespec* request, struct timespec* remainder);
-
-extern "C" int __wrap_gettimeofday(struct timeval* now, void* zone) {
-  if (clockReadings.empty()) return __real_gettimeofday(now, zone);
-  const std::size_t last = clockReadings.size() - 1;
-  const clockReading& reading = clockReadings[clockCalls < last ? clockCalls : last];
-  clockCalls++;
-  if (reading.fails) {
-    errno = EFAULT;
-    return -1;
-  }
-  if (now != nullptr) {
-    now->tv_sec = reading.seconds;
-    now->tv_usec = static_cast<decltype(now->tv_usec)>(reading.micros);
-  }
-  if (zone != nullptr) {
-    static_cast<struct timezone*>(zone)->tz_minuteswest = reading.minutesWest;
-    static_cast<struct timezone*>(zone)->tz_dsttime = 0;
-  }
-  return 0;
-}
-
-extern "C" int __wrap_nanosleep(const struct timespec* request, struct timespec* remainder) {
-  if (!sleepIsFake) return __real_nanosleep(request, remainder);
-  const std::size_t index = sleeps.size();
-  sleeps.push_back(*request);
-  if (index >= sleepResults.size() || sleepResults[index].error == 0) return 0;
-  if (remainder != nullptr) *remainder = sleepResults[index].remainder;
-  errno = sleepResults[index].error;
-  return -1;
-}
-
-namespace {
+using fakeClock::sleeps;
 
 std::string text(const timespec& interval) {
   return std::to_string(interval.tv_sec) + " s " + std::to_string(interval.tv_nsec) + " ns";
@@ -85,17 +30,7 @@ std::string text(const timespec& interval) {
 /// Stops the clock, and makes every sleep succeed at once.
 class DateTimeClock : public testing::Test {
  protected:
-  DateTimeClock() {
-    clockReadings = {{1794740854, 42517}};
-    clockCalls = 0;
-    sleepIsFake = true;
-    sleepResults.clear();
-    sleeps.clear();
-  }
-  ~DateTimeClock() override {
-    clockReadings.clear();
-    sleepIsFake = false;
-  }
+  DateTimeClock() { fakeClock::stop(); }
 };
 
 // --- Reading the clock -------------------------------------------------------
@@ -136,7 +71,7 @@ TEST_F(DateTimeClock, TakesLocalTimeFromTheSystem) {
   };
   for (const auto& row : cases) {
     SCOPED_TRACE(std::to_string(row.minutesWest) + " minutes west");
-    clockReadings = {{1794740854, 42517, row.minutesWest}};
+    fakeClock::now = {1794740854, 42517, row.minutesWest};
     EXPECT_EQ(raw(DateTime::now(LOCAL_TIME)), row.expected);
     EXPECT_EQ(raw(DateTime::now("localtime")), row.expected);
     EXPECT_EQ(raw(DateTime::now(PRECISE_TIME)), "1794740854.042517");
@@ -153,23 +88,23 @@ TEST_F(DateTimeClock, TakesTheZoneOfAText) {
 }
 
 TEST_F(DateTimeClock, WrapsTheSecondsIn32Bits) {
-  clockReadings = {{0, 5}};
+  fakeClock::now = {0, 5};
   EXPECT_EQ(raw(DateTime::now(60)), "4294963696.000005");
-  clockReadings = {{2147483647, 999999}};
+  fakeClock::now = {2147483647, 999999};
   EXPECT_EQ(raw(DateTime::now(-1)), "2147483707.999999");
-  clockReadings = {{-1, 7}};  // 1969
+  fakeClock::now = {-1, 7};  // 1969
   EXPECT_EQ(raw(DateTime::now(0)), "4294967295.000007");
   if constexpr (sizeof(time_t) > 4) {
-    clockReadings = {{static_cast<time_t>(4294967295LL), 0}};
+    fakeClock::now = {static_cast<time_t>(4294967295LL), 0};
     EXPECT_EQ(raw(DateTime::now(0)), "4294967295.000000");
     EXPECT_EQ(raw(DateTime::now(-1)), "59.000000");
-    clockReadings = {{static_cast<time_t>(4294967297LL), 0}};
+    fakeClock::now = {static_cast<time_t>(4294967297LL), 0};
     EXPECT_EQ(raw(DateTime::now(0)), "1.000000");
   }
 }
 
 TEST_F(DateTimeClock, GivesAnInvalidTimeWhenTheClockCannotBeRead) {
-  clockReadings = {{1794740854, 42517, 0, true}};
+  fakeClock::now = {1794740854, 42517, 0, true};
   for (const int zone : {0, 60, -60, LOCAL_TIME, PRECISE_TIME}) {
     SCOPED_TRACE("zone " + std::to_string(zone));
     const DateTime time = DateTime::now(zone);
@@ -182,9 +117,9 @@ TEST_F(DateTimeClock, GivesAnInvalidTimeWhenTheClockCannotBeRead) {
 TEST(DateTimeNow, FollowsTheSystemsClock) {
   timeval before;
   timeval after;
-  ASSERT_EQ(__real_gettimeofday(&before, nullptr), 0);
+  ASSERT_EQ(systemCalls::gettimeofday.real(&before, nullptr), 0);
   const DateTime now = DateTime::now(0);
-  ASSERT_EQ(__real_gettimeofday(&after, nullptr), 0);
+  ASSERT_EQ(systemCalls::gettimeofday.real(&after, nullptr), 0);
   const rawTime first(static_cast<unsigned long>(before.tv_sec),
                       static_cast<unsigned long>(before.tv_usec));
   const rawTime last(static_cast<unsigned long>(after.tv_sec),
@@ -275,7 +210,7 @@ TEST_F(DateTimeClock, DoesNotWaitForAnInvalidTime) {
 }
 
 TEST_F(DateTimeClock, DoesNotWaitWithoutAClock) {
-  clockReadings = {{1794740854, 42517, 0, true}};
+  fakeClock::now = {1794740854, 42517, 0, true};
   eventProbe probe(5);
   EXPECT_FALSE(DateTime::MAX_TIME.wait());
   EXPECT_FALSE(DateTime::MIN_TIME.wait());
@@ -285,7 +220,7 @@ TEST_F(DateTimeClock, DoesNotWaitWithoutAClock) {
 
 TEST_F(DateTimeClock, SleepsForWhatIsLeft) {
   const struct {
-    clockReading now;
+    fakeClock::reading now;
     rawTime time;
     const char* expected;
   } cases[] = {
@@ -301,7 +236,7 @@ TEST_F(DateTimeClock, SleepsForWhatIsLeft) {
   };
   for (const auto& row : cases) {
     SCOPED_TRACE(raw(row.time));
-    clockReadings = {row.now};
+    fakeClock::now = row.now;
     sleeps.clear();
     EXPECT_TRUE(row.time.wait());
     ASSERT_EQ(sleeps.size(), 1U);
@@ -311,7 +246,7 @@ TEST_F(DateTimeClock, SleepsForWhatIsLeft) {
 
 TEST_F(DateTimeClock, SleepsOnAfterASignal) {
   eventProbe probe(5);
-  sleepResults = {{EINTR, {3, 123456789}}, {EINTR, {0, 1}}, {0, {}}};
+  fakeClock::sleepEnds = {{EINTR, {3, 123456789}}, {EINTR, {0, 1}}, {0, {}}};
   EXPECT_TRUE(rawTime(1794740859, 42517).wait());
   ASSERT_EQ(sleeps.size(), 3U);
   EXPECT_EQ(text(sleeps[0]), "5 s 0 ns");
@@ -322,7 +257,7 @@ TEST_F(DateTimeClock, SleepsOnAfterASignal) {
 
 TEST_F(DateTimeClock, ReportsThatTheSystemCannotSleep) {
   eventProbe probe(5);
-  sleepResults = {{EINVAL, {0, 0}}};
+  fakeClock::sleepEnds = {{EINVAL, {0, 0}}};
   EXPECT_FALSE(rawTime(1794740859, 42517).wait());
   EXPECT_EQ(sleeps.size(), 1U);
   ASSERT_EQ(probe.seen.size(), 1U);
@@ -338,7 +273,7 @@ TEST_F(DateTimeClock, ReportsThatTheSystemCannotSleep) {
 
 TEST_F(DateTimeClock, ReportsAFailureBehindASignal) {
   eventProbe probe(5);
-  sleepResults = {{EINTR, {2, 0}}, {EFAULT, {1, 0}}};
+  fakeClock::sleepEnds = {{EINTR, {2, 0}}, {EFAULT, {1, 0}}};
   EXPECT_FALSE(rawTime(1794740859, 42517).wait());
   EXPECT_EQ(sleeps.size(), 2U);
   ASSERT_EQ(probe.seen.size(), 1U);

@@ -15,6 +15,8 @@
 #include "datetime.h"
 #include "datetime_probe.h"
 
+namespace datetime_exact_test {
+
 namespace {
 
 #ifdef SANITIZED
@@ -296,3 +298,5 @@ TEST(DateTimePlus, KnowsNoNumberButThoseOfTheRange) {
 }
 
 }  // namespace
+
+}  // namespace datetime_exact_test

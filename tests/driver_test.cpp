@@ -4,7 +4,6 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/sem.h>
-#include <sys/time.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -22,12 +21,16 @@
 #include "child_output.h"
 #include "configDB.h"
 #include "events.h"
+#include "fake_clock.h"
 #include "launch.h"
 #include "main2.h"
 #include "system.h"
+#include "system_calls.h"
 #include "system_sets.h"
 #include "threading.h"
 #include "trace.h"
+
+namespace driver_test {
 
 namespace {
 
@@ -38,9 +41,8 @@ std::string readFile(const std::string& name) {
   return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
-// What `execvp` and `nanosleep` were called with.
+// What `execvp` was called with.
 struct Calls {
-  bool active = false;
   int error = ENOENT;  // what `execvp` fails with
   std::string logName;
   void (*meanwhile)() = nullptr;  // called during `execvp`
@@ -51,7 +53,6 @@ struct Calls {
   std::string log;           // at the call
   int logFlags = -1;         // of the log's descriptor
   std::size_t setsLeft = 0;  // at the call
-  std::vector<timespec> sleeps;
 };
 
 Calls calls;
@@ -69,37 +70,21 @@ int descriptorFlags(const std::string& file) {
   return -1;
 }
 
-}  // namespace
-
-namespace {
-
 int firstSection = -1;  // the first that was taken in this process
 
-}  // namespace
-
-extern "C" {
-
-int __real_semop(int set, sembuf* operations, std::size_t count);
-int __wrap_semop(int set, sembuf* operations, std::size_t count);
-
-int __wrap_semop(int set, sembuf* operations, std::size_t count) {
+int operate(int set, sembuf* operations, std::size_t count) {
   if (operations->sem_op < 0 && firstSection < 0) {
     firstSection = operations->sem_num;
   }
-  return __real_semop(set, operations, count);
+  return systemCalls::semop.real(set, operations, count);
 }
 
-int __real_execvp(const char* file, char* const* arguments);
-int __real_nanosleep(const timespec* request, timespec* remainder);
-int __real_gettimeofday(timeval* now, void* zone);
-int __wrap_execvp(const char* file, char* const* arguments);
-int __wrap_nanosleep(const timespec* request, timespec* remainder);
-int __wrap_gettimeofday(timeval* now, void* zone);
+// Before other objects take sections, and during the tests.
+[[gnu::constructor(101)]] void watchSections() {
+  systemCalls::semop.replace(operate);
+}
 
-int __wrap_execvp(const char* file, char* const* arguments) {
-  if (!calls.active) {
-    return __real_execvp(file, arguments);
-  }
+int execute(const char* file, char* const* arguments) {
   ++calls.executions;
   calls.program = file;
   calls.vector.clear();
@@ -116,26 +101,7 @@ int __wrap_execvp(const char* file, char* const* arguments) {
   return -1;
 }
 
-int __wrap_nanosleep(const timespec* request, timespec* remainder) {
-  if (!calls.active) {
-    return __real_nanosleep(request, remainder);
-  }
-  calls.sleeps.push_back(*request);
-  return 0;
-}
-
-int __wrap_gettimeofday(timeval* now, void* zone) {
-  if (!calls.active) {
-    return __real_gettimeofday(now, zone);
-  }
-  now->tv_sec = 1700000000;  // 2023-11-14 22:13:20 UTC
-  now->tv_usec = 250000;
-  return 0;
-}
-
-}  // extern "C"
-
-namespace {
+const replacedCalls here(__FILE__, watchSections);
 
 class Driver : public testing::Test {
  protected:
@@ -145,12 +111,10 @@ class Driver : public testing::Test {
     folder = std::filesystem::canonical(pattern);
     calls = Calls();
     calls.logName = folder + "/log";
-    calls.active = true;
+    systemCalls::execvp.replace(execute);
+    fakeClock::stopAt({1700000000, 250000});  // 2023-11-14 22:13:20 UTC
   }
-  ~Driver() override {
-    calls.active = false;
-    std::filesystem::remove_all(folder);
-  }
+  ~Driver() override { std::filesystem::remove_all(folder); }
 
   // The options with the log's added.
   assocList logged(const Strings& options) const {
@@ -163,7 +127,7 @@ class Driver : public testing::Test {
   // Each sleep in seconds, blank separated.
   static std::string sleeps() {
     std::string result;
-    for (const timespec& one : calls.sleeps) {
+    for (const timespec& one : fakeClock::sleeps) {
       result += std::to_string(one.tv_sec) + "." + std::to_string(one.tv_nsec) + " ";
     }
     return result;
@@ -218,7 +182,7 @@ TEST_F(Driver, LogsTheErrorOfAFailedExecution) {
     SCOPED_TRACE(one.error);
     std::filesystem::remove(calls.logName);
     calls.error = one.error;
-    calls.sleeps.clear();
+    fakeClock::sleeps.clear();
     EXPECT_EQ(-1, process({"ssh://h/"}, logged({"program=x"})));
     EXPECT_EQ(std::string("20231114T221320: URI = ssh://h/\n"
                           "executable: x\n"
@@ -234,7 +198,7 @@ TEST_F(Driver, LogsTheErrorOfAFailedExecution) {
 TEST_F(Driver, WaitsWithoutALogToo) {
   for (const char* option : {"log=", "log=/no/such/log", "log=/dev/full"}) {
     SCOPED_TRACE(option);
-    calls.sleeps.clear();
+    fakeClock::sleeps.clear();
     EXPECT_EQ(-1, process({"ssh://h/"}, assocList(Strings{option})));
     EXPECT_EQ("5.0 ", sleeps());
   }
@@ -465,3 +429,5 @@ TEST_F(Driver, LogsNulBytesOfTheRawUriAsTheyAre) {
 }
 
 }  // namespace
+
+}  // namespace driver_test

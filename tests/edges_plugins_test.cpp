@@ -12,6 +12,8 @@
 #include "processes.h"
 #include "threading.h"
 
+namespace edges_plugins_test {
+
 namespace {
 
 class duplicateWatch : public eventHandler {
@@ -199,3 +201,5 @@ TEST(PluginDatatype, IsNotDestroyedTwiceAtTheEnd) {
       },
       testing::ExitedWithCode(0), "at exit: 1 of 2 destroyed");
 }
+
+}  // namespace edges_plugins_test

@@ -20,6 +20,8 @@
 #include "json_reader.h"
 #include "random_lines.h"
 
+namespace explain_agreement_test {
+
 namespace {
 
 using randomly::Dice;
@@ -154,7 +156,7 @@ Told explain(const Strings& line, const Strings& variables) {
   Stream out;
   Strings words{"hopexplain", "-format=json", "-log=/dev/fd/8"};
   words.insert(words.end(), line.begin(), line.end());
-  const pid_t pid = start(HOPEXPLAIN_BINARY, words, variables, out, 1, nullptr);
+  const pid_t pid = start(QUICK_HOPEXPLAIN, words, variables, out, 1, nullptr);
   while (out.take()) {
   }
   return {waitFor(pid), out.text};
@@ -248,3 +250,5 @@ TEST_P(Agreement, OfHopexplainWithHoplaunchOnRandomCommandLines) {
 INSTANTIATE_TEST_SUITE_P(Shares, Agreement, testing::Range(1U, shares + 1));
 
 }  // namespace
+
+}  // namespace explain_agreement_test

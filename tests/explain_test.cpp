@@ -20,6 +20,7 @@
 #include "find_program.h"
 #include "fresh_process.h"
 #include "shell_word.h"
+#include "system_calls.h"
 #include "threading.h"
 
 namespace explain_test {
@@ -30,20 +31,15 @@ using namespace std::string_literals;
 
 int remoteError = 0;  // of what is in a folder "remote"
 
-}  // namespace
-
-extern "C" int __real_stat64(const char* path, struct stat64* status);
-extern "C" int __wrap_stat64(const char* path, struct stat64* status);
-
-int __wrap_stat64(const char* path, struct stat64* status) {
-  if (std::string(path).starts_with("remote/")) {
-    errno = remoteError;
-    return -1;
-  }
-  return __real_stat64(path, status);
-}
-
-namespace {
+const replacedCalls here(__FILE__, [] {
+  systemCalls::stat64.replace([](const char* path, struct stat64* status) {
+    if (std::string(path).starts_with("remote/")) {
+      errno = remoteError;
+      return -1;
+    }
+    return systemCalls::stat64.real(path, status);
+  });
+});
 
 void writeFile(const std::string& name, const std::string& text, mode_t mode) {
   std::ofstream(name) << text;

@@ -14,6 +14,8 @@
 #include <fstream>
 #include <string>
 
+#include "system_calls.h"
+
 namespace file_test {
 
 namespace {
@@ -39,24 +41,15 @@ class File : public testing::Test {
   const std::string path;
 };
 
-}  // namespace
-
-extern "C" {
-
-int __real_fstat(int descriptor, struct stat* details);
-int __wrap_fstat(int descriptor, struct stat* details);
-ssize_t __real_read(int descriptor, void* data, std::size_t size);
-ssize_t __wrap_read(int descriptor, void* data, std::size_t size);
-
-int __wrap_fstat(int descriptor, struct stat* details) {
+int lookAt(int descriptor, struct stat* details) {
   if (statError != 0) {
     errno = statError;
     return -1;
   }
-  return __real_fstat(descriptor, details);
+  return systemCalls::fstat.real(descriptor, details);
 }
 
-ssize_t __wrap_read(int descriptor, void* data, std::size_t size) {
+ssize_t readOrNot(int descriptor, void* data, std::size_t size) {
   if (interruptions > 0) {
     interruptions--;
     errno = EINTR;
@@ -66,9 +59,15 @@ ssize_t __wrap_read(int descriptor, void* data, std::size_t size) {
     errno = readError;
     return -1;
   }
-  return __real_read(descriptor, data, size);
+  return systemCalls::read.real(descriptor, data, size);
 }
-}
+
+const replacedCalls here(__FILE__, [] {
+  systemCalls::fstat.replace(lookAt);
+  systemCalls::read.replace(readOrNot);
+});
+
+}  // namespace
 
 TEST_F(File, IsReadAsItIs) {
   write(std::string("a\r\n\0\xFF\n", 6));

@@ -18,8 +18,9 @@
 #include "datetime.h"
 #include "event_probe.h"
 #include "events.h"
-#include "fixed_clock.h"
+#include "fake_clock.h"
 #include "kept_traces.h"
+#include "system_calls.h"
 #include "threading.h"
 #include "trace.h"
 
@@ -37,17 +38,17 @@ struct sectionStep {
 std::vector<sectionStep> steps;
 const capturedErrors* watched = nullptr;
 
-}  // namespace
-
-extern "C" int __real_semop(int set, struct sembuf* operations, std::size_t count);
-extern "C" int __wrap_semop(int set, struct sembuf* operations, std::size_t count) {
+int recordedStep(int set, sembuf* operations, std::size_t count) {
   for (std::size_t i = 0; i < count; i++)
     steps.push_back(
         {operations[i].sem_num, operations[i].sem_op, watched == nullptr ? 0 : watched->size()});
-  return __real_semop(set, operations, count);
+  return systemCalls::semop.real(set, operations, count);
 }
 
-namespace {
+const replacedCalls here(__FILE__, [] {
+  systemCalls::semop.replace(recordedStep);
+  fakeClock::stop();
+});
 
 // Makes `value` the value of a configuration item.
 void configure(const char* item, const std::string& value) {
@@ -101,7 +102,7 @@ TEST(stderrHandler, WritesALineWithTheTimeToTheMicrosecond) {
 }
 
 TEST(stderrHandler, TakesTheTimeOfNoZone) {
-  minutesWest = -60;
+  fakeClock::now.minutesWest = -60;
   EXPECT_EQ(onStandardError(),
             "20261115T110734.042517: Failure: commonEvent/unknown value \"ftp\" | open\n");
 }
@@ -122,7 +123,7 @@ TEST(stderrHandler, WritesAllThatAReportHas) {
 }
 
 TEST(storingHandler, WritesALineWithTheTimeToTheSecond) {
-  minutesWest = -60;
+  fakeClock::now.minutesWest = -60;
   EXPECT_EQ(stored(), "20261115T110734: Failure: commonEvent/unknown value \"ftp\" | open\n");
 }
 
@@ -159,14 +160,14 @@ TEST(loggingHandler, WritesTheDateOfItsPatternAndZone) {
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.expected);
-    minutesWest = c.west;
+    fakeClock::now.minutesWest = c.west;
     EXPECT_EQ(logged(c.pattern, c.zone),
               c.expected + std::string("Failure: commonEvent/unknown value \"ftp\" | open\n"));
   }
 }
 
 TEST(loggingHandler, TakesPatternAndZoneFromTheConfiguration) {
-  minutesWest = -60;
+  fakeClock::now.minutesWest = -60;
   EXPECT_EQ(logged("", BAD_TIMEZONE),
             "[Sun Nov 15 12:07:34 2026] : Failure: commonEvent/unknown value \"ftp\" | open\n");
   EXPECT_EQ(logged("", 0),

@@ -15,12 +15,15 @@
 #include "child_output.h"
 #include "event_probe.h"
 #include "events.h"
-#include "fixed_clock.h"
+#include "fake_clock.h"
+#include "system_calls.h"
 #include "threading.h"
 
 namespace handlers_test {
 
 namespace {
+
+const replacedCalls here(__FILE__, fakeClock::stop);
 
 static_assert(!std::is_copy_constructible_v<storingHandler>);
 static_assert(!std::is_copy_assignable_v<storingHandler>);

@@ -7,6 +7,8 @@
 #include <string>
 #include <type_traits>
 
+namespace lasting_test {
+
 namespace {
 
 struct noisy {
@@ -59,3 +61,5 @@ TEST(Lasting, HoldsWhatAFunctionMakesOfAPrivateConstructor) {
 }
 
 }  // namespace
+
+}  // namespace lasting_test

@@ -3,17 +3,21 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/time.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdarg>
 #include <cstddef>
+#include <cstdint>
+#include <ctime>
 #include <string>
 #include <vector>
 
 #include "assoclist.h"
+#include "fake_clock.h"
 #include "launch.h"
+#include "system_calls.h"
+
+namespace launch_fault_test {
 
 namespace {
 
@@ -27,40 +31,18 @@ struct Plan {
   int moveError = 0;
   std::vector<int> writes = {};  // for each of the first: an error, or 0 for all of it
   std::size_t portion = 1000;    // no `write` takes more
-  bool clockFails = false;
 
   std::string log = {};
   std::string calls = {};
   int flags = 0;  // of `open`
-  int mode = 0;
+  mode_t mode = 0;
 };
 
 Plan plan;
 
-}  // namespace
-
-extern "C" {
-
-int __real_open(const char* path, int flags, ...);
-int __real_fcntl(int descriptor, int command, ...);
-int __real_close(int descriptor);
-ssize_t __real_write(int descriptor, const void* data, std::size_t size);
-int __real_gettimeofday(timeval* now, void* zone);
-int __wrap_open(const char* path, int flags, ...);
-int __wrap_fcntl(int descriptor, int command, ...);
-int __wrap_close(int descriptor);
-ssize_t __wrap_write(int descriptor, const void* data, std::size_t size);
-int __wrap_gettimeofday(timeval* now, void* zone);
-int __wrap_execvp(const char* file, char* const* arguments);
-int __wrap_nanosleep(const timespec* request, timespec* remainder);
-
-int __wrap_open(const char* path, int flags, ...) {
-  std::va_list more;
-  va_start(more, flags);
-  const int mode = va_arg(more, int);
-  va_end(more);
+int openLog(const char* path, int flags, mode_t mode) {
   if (!plan.active || std::string(path) != "name") {
-    return __real_open(path, flags, mode);
+    return systemCalls::open.real(path, flags, mode);
   }
   plan.calls += "open ";
   plan.flags = flags;
@@ -69,30 +51,27 @@ int __wrap_open(const char* path, int flags, ...) {
   return plan.openError != 0 ? -1 : plan.opened;
 }
 
-int __wrap_fcntl(int descriptor, int command, ...) {
-  std::va_list more;
-  va_start(more, command);
-  const int least = va_arg(more, int);
-  va_end(more);
+int control(int descriptor, int command, std::intptr_t argument) {
   if (!plan.active || descriptor != plan.opened || command != F_DUPFD_CLOEXEC) {
-    return __real_fcntl(descriptor, command, least);
+    return systemCalls::fcntl.real(descriptor, command, argument);
   }
+  const int least = static_cast<int>(argument);
   plan.calls += "move " + std::to_string(descriptor) + " from " + std::to_string(least) + " on ";
   errno = plan.moveError;
   return plan.moveError != 0 ? -1 : LOG;
 }
 
-int __wrap_close(int descriptor) {
+int closeLog(int descriptor) {
   if (!plan.active || (descriptor != LOG && descriptor != plan.opened)) {
-    return __real_close(descriptor);
+    return systemCalls::close.real(descriptor);
   }
   plan.calls += descriptor == LOG ? "close " : "close " + std::to_string(descriptor) + " ";
   return 0;
 }
 
-ssize_t __wrap_write(int descriptor, const void* data, std::size_t size) {
+ssize_t writeLog(int descriptor, const void* data, std::size_t size) {
   if (!plan.active) {
-    return __real_write(descriptor, data, size);
+    return systemCalls::write.real(descriptor, data, size);
   }
   if (descriptor != LOG) {
     plan.calls += "write to " + std::to_string(descriptor) + " ";
@@ -112,33 +91,26 @@ ssize_t __wrap_write(int descriptor, const void* data, std::size_t size) {
   return static_cast<ssize_t>(part);
 }
 
-int __wrap_gettimeofday(timeval* now, void* zone) {
-  if (!plan.active) {
-    return __real_gettimeofday(now, zone);
-  }
-  if (plan.clockFails) {
-    errno = EFAULT;
-    return -1;
-  }
-  now->tv_sec = 1700000000;  // 2023-11-14 22:13:20 UTC
-  now->tv_usec = 0;
-  return 0;
-}
-
-int __wrap_execvp(const char* file, char* const*) {
+int execute(const char* file, char* const*) {
   plan.calls += std::string("execute ") + file + " ";
   errno = ENOENT;
   return -1;
 }
 
-int __wrap_nanosleep(const timespec*, timespec*) {
+int sleep(const timespec*, timespec*) {
   plan.calls += "sleep ";
   return 0;
 }
 
-}  // extern "C"
-
-namespace {
+const replacedCalls here(__FILE__, [] {
+  systemCalls::open.replace(openLog);
+  systemCalls::fcntl.replace(control);
+  systemCalls::close.replace(closeLog);
+  systemCalls::write.replace(writeLog);
+  systemCalls::execvp.replace(execute);
+  fakeClock::stopAt({1700000000, 0});  // 2023-11-14 22:13:20 UTC
+  systemCalls::nanosleep.replace(sleep);
+});
 
 constexpr char firstLine[] = "20231114T221320: URI = ssh://h/\n";
 constexpr char restOfLog[] =
@@ -171,7 +143,7 @@ TEST(LaunchFault, OpensTheLogToAppendOnlyAndWithoutWaiting) {
   launchBy(Plan());
   EXPECT_EQ(plan.flags,
             O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK | O_LARGEFILE);
-  EXPECT_EQ(plan.mode, 0666) << "the umask says who may read it";
+  EXPECT_EQ(plan.mode, 0666U) << "the umask says who may read it";
 }
 
 TEST(LaunchFault, OfOpeningTheLogStopsNothing) {
@@ -240,10 +212,11 @@ TEST(LaunchFault, LosesNothingToASignalOrToShortWrites) {
 
 // Without a clock the time is the invalid time, and nobody waits for that.
 TEST(LaunchFault, OfTheClockStopsNothing) {
-  Plan wanted;
-  wanted.clockFails = true;
-  EXPECT_EQ(launchBy(wanted), "open execute x close ");
+  fakeClock::now.fails = true;
+  EXPECT_EQ(launchBy(Plan()), "open execute x close ");
   EXPECT_EQ(plan.log, std::string("<bad time>: URI = ssh://h/\n") + restOfLog);
 }
 
 }  // namespace
+
+}  // namespace launch_fault_test

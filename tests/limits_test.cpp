@@ -24,6 +24,8 @@
 #include "threading.h"
 #include "trace.h"
 
+namespace limits_test {
+
 namespace {
 
 // --- Critical sections -------------------------------------------------------
@@ -227,3 +229,5 @@ TEST(DateTimeNow, TakesLocalTimeForUTCWithThisCLibrary) {
 }
 
 }  // namespace
+
+}  // namespace limits_test

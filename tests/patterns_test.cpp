@@ -12,6 +12,7 @@
 #include "decide.h"
 #include "definition_reader.h"
 #include "plan.h"
+#include "system_calls.h"
 #include "threading.h"
 
 namespace patterns_test {
@@ -20,17 +21,12 @@ namespace {
 
 std::multiset<std::string> patterns;  // that were compiled
 
-}  // namespace
-
-extern "C" int __real_regcomp(regex_t* expression, const char* pattern, int flags);
-extern "C" int __wrap_regcomp(regex_t* expression, const char* pattern, int flags);
-
-extern "C" int __wrap_regcomp(regex_t* expression, const char* pattern, int flags) {
-  patterns.insert(pattern);
-  return __real_regcomp(expression, pattern, flags);
-}
-
-namespace {
+const replacedCalls here(__FILE__, [] {
+  systemCalls::regcomp.replace([](regex_t* expression, const char* pattern, int flags) {
+    patterns.insert(pattern);
+    return systemCalls::regcomp.real(expression, pattern, flags);
+  });
+});
 
 using Patterns = std::multiset<std::string>;
 

@@ -1,7 +1,5 @@
 #include <signal.h>
-#include <sys/time.h>
 #include <sys/types.h>
-#include <time.h>
 #include <unistd.h>
 
 #include <gtest/gtest.h>
@@ -9,20 +7,16 @@
 #include <cerrno>
 #include <cstddef>
 #include <cstdio>
+#include <ctime>
 #include <string>
 
+#include "fake_clock.h"
 #include "fresh_process.h"
 #include "processes.h"
+#include "system_calls.h"
 #include "telling_handler.h"
 
 namespace processes_fault_test {
-
-extern "C" {
-pid_t __real_fork();
-pid_t __real_waitpid(pid_t child, int* status, int options);
-int __real_gettimeofday(struct timeval* now, void* zone);
-int __real_nanosleep(const struct timespec* request, struct timespec* rest);
-}
 
 namespace {
 
@@ -36,15 +30,9 @@ pid_t waitResult = -1;
 int waitError = 0;
 bool tellWait = false;
 
-// A clock that only `nanosleep` moves, by what is asked for and some more.
-struct simulatedClock {
-  bool on = false;
-  long seconds = 0;
-  long microseconds = 0;
-  const long* oversleeps = nullptr;  // in milliseconds; the shutdown comes in the last
-  std::size_t count = 0;
-};
-simulatedClock simulated;
+// What sleeps take longer than they should, in milliseconds.  The shutdown comes in the last.
+const long* oversleeps = nullptr;
+std::size_t sleepsLeft = 0;
 
 class goodThread : public Thread {
  public:
@@ -57,42 +45,47 @@ class notified : public shutdownNotified {
   void shutdown() override { dprintf(STDOUT_FILENO, "told\n"); }
 };
 
-}  // namespace
-
-extern "C" pid_t __wrap_fork() {
-  if (forkError == 0) return __real_fork();
+pid_t forkOrNot() {
+  if (forkError == 0) return systemCalls::fork.real();
   errno = forkError;
   return -1;
 }
 
-extern "C" pid_t __wrap_waitpid(pid_t child, int* status, int options) {
+pid_t waitOrNot(pid_t child, int* status, int options) {
   if (tellWait) tell(child > 0 && status != nullptr ? "waitpid, options" : "bad waitpid", options);
-  if (!waitFails) return __real_waitpid(child, status, options);
+  if (!waitFails) return systemCalls::waitpid.real(child, status, options);
   errno = waitError;
   return waitResult;
 }
 
-extern "C" int __wrap_gettimeofday(struct timeval* now, void* zone) {
-  if (!simulated.on) return __real_gettimeofday(now, zone);
-  now->tv_sec = static_cast<time_t>(simulated.seconds);
-  now->tv_usec = static_cast<suseconds_t>(simulated.microseconds);
-  if (zone != nullptr) *static_cast<struct timezone*>(zone) = {0, 0};
-  return 0;
-}
-
-extern "C" int __wrap_nanosleep(const struct timespec* request, struct timespec* rest) {
-  if (!simulated.on) return __real_nanosleep(request, rest);
+// Moves the clock by what is asked for and some more.
+int oversleep(const timespec* request, timespec*) {
   const long seconds = static_cast<long>(request->tv_sec);
   const long nanoseconds = static_cast<long>(request->tv_nsec);
   dprintf(STDOUT_FILENO, "sleep %ld.%09ld\n", seconds, nanoseconds);
-  if (simulated.count == 0) _exit(9);  // the shutdown was overlooked
-  const long over = *simulated.oversleeps++;
-  if (--simulated.count == 0) raise(SIGUSR1);
-  const long total = simulated.microseconds + nanoseconds / 1000 + over % 1000 * 1000;
-  simulated.seconds += seconds + over / 1000 + total / 1000000;
-  simulated.microseconds = total % 1000000;
+  if (sleepsLeft == 0) _exit(9);  // the shutdown was overlooked
+  const long over = *oversleeps++;
+  if (--sleepsLeft == 0) raise(SIGUSR1);
+  const long total = fakeClock::now.micros + nanoseconds / 1000 + over % 1000 * 1000;
+  fakeClock::now.seconds += seconds + over / 1000 + total / 1000000;
+  fakeClock::now.micros = total % 1000000;
   return 0;
 }
+
+// A clock that only sleeps move.
+void simulateClock(const long* milliseconds, std::size_t count) {
+  oversleeps = milliseconds;
+  sleepsLeft = count;
+  fakeClock::stopAt({1000000000, 250000});
+  systemCalls::nanosleep.replace(oversleep);
+}
+
+const replacedCalls here(__FILE__, [] {
+  systemCalls::fork.replace(forkOrNot);
+  systemCalls::waitpid.replace(waitOrNot);
+});
+
+}  // namespace
 
 TEST(ThreadFailure, OfForkIsReported) {
   static const struct {
@@ -221,10 +214,9 @@ TEST(ExitWaitThread, TicksEachSecondWithoutDrift) {
       tellingHandler handler;
       notified one;
       signal(SIGUSR1, [](int) { Thread::shutDown(); });
-      simulated = {true, 1000000000, 250000, row.oversleeps, row.count};
+      simulateClock(row.oversleeps, row.count);
       exitWaitThread watcher(true);
       const bool done = watcher.execute();
-      simulated.on = false;
       tell("done", done);
       return 0;
     });
@@ -238,10 +230,9 @@ TEST(ExitWaitThread, DoesNotSleepWhenShuttingDownAlready) {
   const processEnd end = runFreshChild([] {
     notified one;
     Thread::shutDown();
-    simulated = {true, 1000000000, 250000, nullptr, 0};
+    simulateClock(nullptr, 0);
     exitWaitThread watcher(true);
     const bool done = watcher.execute();
-    simulated.on = false;
     tell("done", done);
     return 0;
   });

@@ -2,14 +2,17 @@
 // says what it draws.
 
 #include <gtest/gtest.h>
-#include <sys/time.h>
 
 #include <array>
 #include <cstddef>
 #include <string>
 #include <vector>
 
+#include "fake_clock.h"
 #include "random.h"
+#include "system_calls.h"
+
+namespace random_test {
 
 namespace {
 
@@ -17,36 +20,24 @@ std::vector<long> draws;  // what `random` gives; empty: the C library's numbers
 std::size_t drawn = 0;
 std::vector<unsigned int> seeds;  // what `srandom` got
 
-}  // namespace
-
-extern "C" long __real_random();
-extern "C" void __real_srandom(unsigned int seed);
-
-extern "C" long __wrap_random() {
-  if (draws.empty()) return __real_random();
+long drawnNumber() {
+  if (draws.empty()) return systemCalls::random.real();
   if (drawn < draws.size()) return draws[drawn++];
   ADD_FAILURE() << "more than " << draws.size() << " numbers were drawn";
   return 0;
 }
 
-extern "C" void __wrap_srandom(unsigned int seed) {
-  seeds.push_back(seed);
-  __real_srandom(seed);
+void seed(unsigned int value) {
+  seeds.push_back(value);
+  systemCalls::srandom.real(value);
 }
 
-// Sunday 2026-11-15 11:07:34.042517.
-extern "C" int __wrap_gettimeofday(struct timeval* now, void* zone) {
-  now->tv_sec = 1794740854;
-  now->tv_usec = 42517;
-  if (zone != nullptr) {
-    // An offset that must not count.
-    static_cast<struct timezone*>(zone)->tz_minuteswest = -60;
-    static_cast<struct timezone*>(zone)->tz_dsttime = 0;
-  }
-  return 0;
-}
-
-namespace {
+const replacedCalls here(__FILE__, [] {
+  systemCalls::random.replace(drawnNumber);
+  systemCalls::srandom.replace(seed);
+  fakeClock::stop();
+  fakeClock::now.minutesWest = -60;  // an offset that must not count
+});
 
 /// Lets `random` give these numbers for as long as it lives.
 class script {
@@ -76,11 +67,12 @@ TEST(PRNG, SeedsTheGeneratorOnceFromTheClock) {
 
 TEST(PRNG, SharesOneSequenceAmongAllObjects) {
   PRNG first;
-  __real_srandom(4711);
+  systemCalls::srandom.real(4711);
   std::vector<int> expected;
-  for (int i = 0; i < 64; i++) expected.push_back(static_cast<int>(__real_random() >> 23));
+  for (int i = 0; i < 64; i++)
+    expected.push_back(static_cast<int>(systemCalls::random.real() >> 23));
 
-  __real_srandom(4711);
+  systemCalls::srandom.real(4711);
   std::vector<int> got;
   for (int i = 0; i < 16; i++) got.push_back(first.byte());
   PRNG second;  // does not start the sequence again
@@ -184,7 +176,7 @@ TEST(PRNGDie, WithOneSideAlwaysGivesZero) {
 
 TEST(PRNGDie, ThrowsEachOfSixSidesAboutEquallyOften) {
   PRNG generator;
-  __real_srandom(1);
+  systemCalls::srandom.real(1);
   std::array<int, 6> counts = {};
   for (int i = 0; i < 60000; i++) {
     const int thrown = generator.die(6);
@@ -199,7 +191,7 @@ TEST(PRNGDie, ThrowsEachOfSixSidesAboutEquallyOften) {
 
 TEST(PRNGByte, GivesEveryValueAboutEquallyOften) {
   PRNG generator;
-  __real_srandom(1);
+  systemCalls::srandom.real(1);
   std::array<int, 256> counts = {};
   for (int i = 0; i < 256000; i++) counts[generator.byte()]++;
   for (std::size_t value = 0; value < counts.size(); value++) {
@@ -208,3 +200,5 @@ TEST(PRNGByte, GivesEveryValueAboutEquallyOften) {
 }
 
 }  // namespace
+
+}  // namespace random_test

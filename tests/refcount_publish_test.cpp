@@ -7,10 +7,14 @@
 
 #include "counted_box.h"
 #include "refcount.h"
+#include "section_watch.h"
+#include "system_calls.h"
 
 namespace refcount_publish_test {
 
 namespace {
+
+const replacedCalls here(__FILE__, sectionWatch::start);
 
 using lines = std::vector<std::string>;
 

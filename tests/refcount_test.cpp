@@ -14,10 +14,14 @@
 
 #include "counted_box.h"
 #include "report_recorder.h"
+#include "section_watch.h"
+#include "system_calls.h"
 
 namespace refcount_test {
 
 namespace {
+
+const replacedCalls here(__FILE__, sectionWatch::start);
 
 using lines = std::vector<std::string>;
 

@@ -12,11 +12,15 @@
 #include "counted_box.h"
 #include "kept_traces.h"
 #include "refcount.h"
+#include "section_watch.h"
+#include "system_calls.h"
 #include "trace.h"
 
 namespace refcount_trace_test {
 
 namespace {
+
+const replacedCalls here(__FILE__, sectionWatch::start);
 
 /// Takes the trace output, and watches in which section it is written.
 class traceCapture : private std::streambuf {

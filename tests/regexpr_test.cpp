@@ -9,6 +9,8 @@
 #include <string>
 #include <type_traits>
 
+#include "system_calls.h"
+
 namespace regexpr_test {
 
 using std::string_literals::operator""s;
@@ -32,34 +34,23 @@ struct Forced {
   ~Forced() { seam.compileResult = seam.executeResult = REAL; }
 };
 
-}  // namespace
-
-extern "C" {
-int __real_regcomp(regex_t* matcher, const char* expression, int flags);
-int __real_regexec(const regex_t* matcher, const char* subject, std::size_t positions,
-                   regmatch_t* found, int flags);
-void __real_regfree(regex_t* matcher);
-
-int __wrap_regcomp(regex_t* matcher, const char* expression, int flags);
-int __wrap_regexec(const regex_t* matcher, const char* subject, std::size_t positions,
-                   regmatch_t* found, int flags);
-void __wrap_regfree(regex_t* matcher);
-
-int __wrap_regcomp(regex_t* matcher, const char* expression, int flags) {
+int compile(regex_t* matcher, const char* expression, int flags) {
   seam.compiled++;
   seam.compileFlags = flags;
   seam.compiledText = expression;
-  if (seam.compileResult == REAL) return __real_regcomp(matcher, expression, flags);
+  if (seam.compileResult == REAL) return systemCalls::regcomp.real(matcher, expression, flags);
   *matcher = regex_t{};
   return seam.compileResult;
 }
 
-int __wrap_regexec(const regex_t* matcher, const char* subject, std::size_t positions,
-                   regmatch_t* found, int flags) {
+int execute(const regex_t* matcher, const char* subject, std::size_t positions, regmatch_t* found,
+            int flags) {
   seam.executed++;
   seam.executeFlags = flags;
   seam.positions = positions;
-  if (seam.executeResult == REAL) return __real_regexec(matcher, subject, positions, found, flags);
+  if (seam.executeResult == REAL) {
+    return systemCalls::regexec.real(matcher, subject, positions, found, flags);
+  }
   // A failing search may leave anything behind.
   for (std::size_t i = 0; i < positions; i++) {
     found[i].rm_so = 1;
@@ -68,13 +59,16 @@ int __wrap_regexec(const regex_t* matcher, const char* subject, std::size_t posi
   return seam.executeResult;
 }
 
-void __wrap_regfree(regex_t* matcher) {
+void release(regex_t* matcher) {
   seam.freed++;
-  __real_regfree(matcher);
-}
+  systemCalls::regfree.real(matcher);
 }
 
-namespace {
+const replacedCalls here(__FILE__, [] {
+  systemCalls::regcomp.replace(compile);
+  systemCalls::regexec.replace(execute);
+  systemCalls::regfree.replace(release);
+});
 
 static_assert(std::is_same_v<decltype(RegExpr::Match::start), unsigned int>);
 static_assert(std::is_same_v<decltype(RegExpr::Match::length), unsigned int>);

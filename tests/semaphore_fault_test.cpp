@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
-#include <cstdarg>
 #include <cstddef>
 #include <cstdio>
 #include <iterator>
@@ -15,16 +14,11 @@
 
 #include "fresh_process.h"
 #include "semaphore_sets.h"
+#include "system_calls.h"
 #include "telling_handler.h"
 #include "threading.h"
 
 namespace semaphore_fault_test {
-
-extern "C" {
-int __real_semget(key_t key, int count, int flags);
-int __real_semctl(int set, int number, int command, ...);
-int __real_semop(int set, sembuf* operations, std::size_t count);
-}
 
 namespace {
 
@@ -98,7 +92,7 @@ std::string removeLeftovers() {
   while (ledger().count > 0) {
     const knownSet set = ledger().sets[--ledger().count];
     result += std::to_string(set.size) + ' ';
-    if (set.id != 0) __real_semctl(set.id, 0, IPC_RMID);  // 0 was never created
+    if (set.id != 0) systemCalls::semctl.real(set.id, 0, IPC_RMID, {});  // 0 was never created
   }
   return result;
 }
@@ -137,9 +131,7 @@ int useASection() {
   return 0;
 }
 
-}  // namespace
-
-extern "C" int __wrap_semget(key_t key, int count, int flags) {
+int get(key_t key, int count, int flags) {
   if (plan.tellSets) dprintf(STDOUT_FILENO, "create %d\n", count);
   if (count == 1 && plan.drawFails) {
     errno = ENOSPC;
@@ -156,20 +148,12 @@ extern "C" int __wrap_semget(key_t key, int count, int flags) {
       return plan.createResult;
     }
   }
-  const int result = __real_semget(key, count, flags);
+  const int result = systemCalls::semget.real(key, count, flags);
   if (result >= 0) enter(result, count);
   return result;
 }
 
-extern "C" int __wrap_semctl(int set, int number, int command, ...) {
-  semaphoreArgument argument = {};
-  if (command == IPC_STAT || command == IPC_SET || command == SETVAL || command == GETALL ||
-      command == SETALL) {
-    va_list rest;
-    va_start(rest, command);
-    argument = va_arg(rest, semaphoreArgument);
-    va_end(rest);
-  }
+int control(int set, int number, int command, semaphoreArgument argument) {
   if (command == GETVAL) {
     if (plan.tellCalls) dprintf(STDOUT_FILENO, "GETVAL %d\n", number);
     if (number == plan.valueNumber && turn++ == plan.valueTurn) return plan.value;
@@ -185,10 +169,10 @@ extern "C" int __wrap_semctl(int set, int number, int command, ...) {
     strike(set);
     if (plan.drawIsZero && set == 0) return 0;
   }
-  return __real_semctl(set, number, command, argument);
+  return systemCalls::semctl.real(set, number, command, argument);
 }
 
-extern "C" int __wrap_semop(int set, sembuf* operations, std::size_t count) {
+int operate(int set, sembuf* operations, std::size_t count) {
   const int number = operations->sem_num;
   const int change = operations->sem_op;
   if (plan.tellCalls) {
@@ -209,8 +193,16 @@ extern "C" int __wrap_semop(int set, sembuf* operations, std::size_t count) {
     errno = plan.operationError;
     return -1;
   }
-  return __real_semop(set, operations, count);
+  return systemCalls::semop.real(set, operations, count);
 }
+
+const replacedCalls here(__FILE__, [] {
+  systemCalls::semget.replace(get);
+  systemCalls::semctl.replace(control);
+  systemCalls::semop.replace(operate);
+});
+
+}  // namespace
 
 // --- The calls as they should be -------------------------------------------
 

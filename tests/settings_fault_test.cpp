@@ -14,6 +14,19 @@
 
 #include "settings_folder.h"
 
+namespace settings_fault_test {
+
+using settingsFolder::change;
+using settingsFolder::changeSettings;
+using settingsFolder::inChild;
+using settingsFolder::NEW;
+using settingsFolder::OLD;
+using settingsFolder::Plan;
+using settingsFolder::plan;
+using settingsFolder::SettingsFile;
+using settingsFolder::texts;
+using settingsFolder::use;
+
 // --- Calls that fail ---------------------------------------------------------
 
 TEST_F(SettingsFile, IsAsItWasWhenACallFails) {
@@ -263,3 +276,5 @@ TEST_F(Killed, AtAnyCallLeavesNoFileOrAWholeOne) {
   tryAll([&] { std::filesystem::remove_all(folder), std::filesystem::create_directory(folder); },
          {"(none)", "[use]\nvnc = \"b\"\n"}, "[use]\nvnc = \"c\"\n");
 }
+
+}  // namespace settings_fault_test

@@ -18,6 +18,20 @@
 
 #include "settings_folder.h"
 
+namespace settings_file_test {
+
+using settingsFolder::change;
+using settingsFolder::changeSettings;
+using settingsFolder::inChild;
+using settingsFolder::NEW;
+using settingsFolder::OLD;
+using settingsFolder::Plan;
+using settingsFolder::plan;
+using settingsFolder::SettingsFile;
+using settingsFolder::texts;
+using settingsFolder::trust;
+using settingsFolder::use;
+
 // --- When all is well --------------------------------------------------------
 
 TEST_F(SettingsFile, IsMadeWithItsFolders) {
@@ -86,11 +100,12 @@ TEST_F(SettingsFile, MayBeInTheFolderWhereTheProgramRuns) {
 
 TEST_F(SettingsFile, WaitsForTheLock) {
   write(file, OLD);
-  const int lock = __real_open((file + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
-  ASSERT_EQ(__real_flock(lock, LOCK_EX), 0);
+  const int lock =
+      systemCalls::open.real((file + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+  ASSERT_EQ(systemCalls::flock.real(lock, LOCK_EX), 0);
   const pid_t child = fork();
   if (child == 0) {
-    __real_close(lock);
+    systemCalls::close.real(lock);
     _exit(changeSettings(file, use("vnc", "b")).empty() ? 0 : 1);
   }
   usleep(200000);
@@ -98,7 +113,7 @@ TEST_F(SettingsFile, WaitsForTheLock) {
   EXPECT_EQ(waitpid(child, &status, WNOHANG), 0);
   EXPECT_EQ(textOf(file), OLD);
   write(file, "[use]\nvnc = \"a\"\nssh = \"c\"\n");  // what the other process did meanwhile
-  __real_close(lock);
+  systemCalls::close.real(lock);
   ASSERT_EQ(waitpid(child, &status, 0), child);
   EXPECT_EQ(status, 0);
   EXPECT_EQ(textOf(file), "[use]\nvnc = \"b\"\nssh = \"c\"\n");
@@ -106,17 +121,18 @@ TEST_F(SettingsFile, WaitsForTheLock) {
 
 TEST_F(SettingsFile, IsLeftAloneWhenAnotherProcessHasMadeTheChangeMeanwhile) {
   write(file, OLD);
-  const int lock = __real_open((file + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
-  ASSERT_EQ(__real_flock(lock, LOCK_EX), 0);
+  const int lock =
+      systemCalls::open.real((file + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+  ASSERT_EQ(systemCalls::flock.real(lock, LOCK_EX), 0);
   const pid_t child = fork();
   if (child == 0) {
-    __real_close(lock);
+    systemCalls::close.real(lock);
     _exit(changeSettings(file, use("vnc", "b")).empty() ? 0 : 1);
   }
   usleep(200000);
   write(file, "use.vnc = 'b'");
   ASSERT_EQ(chmod(file.c_str(), 0644), 0);
-  __real_close(lock);
+  systemCalls::close.real(lock);
   int status = -1;
   ASSERT_EQ(waitpid(child, &status, 0), child);
   EXPECT_EQ(status, 0);
@@ -213,11 +229,12 @@ TEST_F(SettingsFile, ThatIsNoFileIsNeverReplaced) {
 
 TEST_F(SettingsFile, ThatGetsAFaultWhileWaitingIsNotTouched) {
   write(file, OLD);
-  const int lock = __real_open((file + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
-  ASSERT_EQ(__real_flock(lock, LOCK_EX), 0);
+  const int lock =
+      systemCalls::open.real((file + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+  ASSERT_EQ(systemCalls::flock.real(lock, LOCK_EX), 0);
   const pid_t child = fork();
   if (child == 0) {
-    __real_close(lock);
+    systemCalls::close.real(lock);
     _exit(changeSettings(file, use("vnc", "b")) ==
                   file + ":1:7: \"use\" must be a table. Nothing was changed. Fix the file first."
               ? 7
@@ -225,7 +242,7 @@ TEST_F(SettingsFile, ThatGetsAFaultWhileWaitingIsNotTouched) {
   }
   usleep(200000);
   write(file, "use = 1");
-  __real_close(lock);
+  systemCalls::close.real(lock);
   int status = -1;
   ASSERT_EQ(waitpid(child, &status, 0), child);
   EXPECT_EQ(status, 7 << 8);
@@ -269,9 +286,9 @@ TEST_F(SettingsFile, LosesNothingOfTwoHundredChangesAtOnce) {
   for (int i = 0; i < 200; i++) {
     children.push_back(fork());
     if (children.back() == 0) {
-      __real_close(start[1]);
+      systemCalls::close.real(start[1]);
       char nothing;
-      __real_read(start[0], &nothing, 1);  // until the other end is closed
+      systemCalls::read.real(start[0], &nothing, 1);  // until the other end is closed
       const std::string name = std::to_string(i / 2);
       _exit(changeSettings(
                 file, i % 2 == 0 ? trust("h" + name + ".example") : use("s" + name, "v" + name))
@@ -280,8 +297,8 @@ TEST_F(SettingsFile, LosesNothingOfTwoHundredChangesAtOnce) {
                 : 1);
     }
   }
-  __real_close(start[0]);
-  __real_close(start[1]);
+  systemCalls::close.real(start[0]);
+  systemCalls::close.real(start[1]);
   for (const pid_t child : children) {
     int status = -1;
     ASSERT_EQ(waitpid(child, &status, 0), child);
@@ -302,3 +319,5 @@ TEST_F(SettingsFile, LosesNothingOfTwoHundredChangesAtOnce) {
   EXPECT_EQ(names(), (texts{"hopopen.toml", "hopopen.toml.lock"}));
   EXPECT_EQ(modeOf(file), 0600U);
 }
+
+}  // namespace settings_file_test

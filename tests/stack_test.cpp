@@ -14,6 +14,7 @@
 
 #include "child_output.h"
 #include "kept_traces.h"
+#include "system_calls.h"
 
 namespace {
 
@@ -22,19 +23,16 @@ bool symbolsFail = false;
 volatile int kept = 0;  // stops calls from becoming jumps
 std::ostringstream* target = nullptr;
 
+const replacedCalls here(__FILE__, [] {
+  systemCalls::getcontext.replace([](ucontext_t* context) {
+    return contextFails ? -1 : systemCalls::getcontext.real(context);
+  });
+  systemCalls::backtrace_symbols.replace([](void* const* frames, int count) {
+    return symbolsFail ? nullptr : systemCalls::backtrace_symbols.real(frames, count);
+  });
+});
+
 }  // namespace
-
-extern "C" int __real_getcontext(ucontext_t* context);
-extern "C" int __wrap_getcontext(ucontext_t* context) {
-  return contextFails ? -1 : __real_getcontext(context);
-}
-
-extern "C" char** __real_backtrace_symbols(void* const* frames, int count);
-extern "C" char** __wrap_backtrace_symbols(void* const* frames, int count);
-
-extern "C" char** __wrap_backtrace_symbols(void* const* frames, int count) {
-  return symbolsFail ? nullptr : __real_backtrace_symbols(frames, count);
-}
 
 // Exported, so that their names are in the trace, and called through pointers
 // that no optimiser follows.

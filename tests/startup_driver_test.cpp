@@ -13,6 +13,8 @@
 #include "threading.h"
 #include "trace.h"
 
+namespace startup_driver_test {
+
 namespace {
 
 using Strings = std::vector<std::string>;
@@ -44,3 +46,5 @@ TEST(StartUpWithDriver, AllFlagsAreRegisteredAndOff) {
 }
 
 }  // namespace
+
+}  // namespace startup_driver_test

@@ -10,6 +10,8 @@
 #include "registered.h"
 #include "trace.h"
 
+namespace startup_flags_test {
+
 namespace {
 
 TEST(StartUpFlags, AreAllRegisteredAndOff) {
@@ -29,3 +31,5 @@ TEST(StartUpFlags, OfTheLauncherIsNotTheLibrarys) {
 }
 
 }  // namespace
+
+}  // namespace startup_flags_test

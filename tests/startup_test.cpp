@@ -15,6 +15,8 @@
 #include "registered.h"
 #include "threading.h"
 
+namespace startup_test {
+
 namespace {
 
 using Strings = std::vector<std::string>;
@@ -128,3 +130,5 @@ TEST(StartUp, TheFirstOverrideMakesVersionOne) {
 }
 
 }  // namespace
+
+}  // namespace startup_test

@@ -4,6 +4,8 @@
 
 #include "stubname.h"
 
+namespace stubname_test {
+
 namespace {
 
 TEST(stubName, IsBehindTheLastSeparator) {
@@ -49,3 +51,5 @@ TEST(stubName, PointsIntoThePath) {
 }
 
 }  // namespace
+
+}  // namespace stubname_test

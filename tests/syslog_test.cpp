@@ -3,11 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <cstdarg>
 #include <string>
 #include <vector>
 
 #include "event_probe.h"
 #include "events.h"
+#include "system_calls.h"
 #include "trace.h"
 
 namespace syslog_test {
@@ -20,18 +22,12 @@ struct record {
 };
 std::vector<record> records;
 
-}  // namespace
-
-// Both names under which the C library has it.  The format is kept as it came;
-// what it would convert was not passed.
-extern "C" void __wrap_syslog(int priority, const char* format, ...) {
-  records.push_back({priority, format});
-}
-extern "C" void __wrap___syslog_chk(int priority, int, const char* format, ...) {
-  records.push_back({priority, format});
-}
-
-namespace {
+// The format is kept as it came; what it would convert was not passed.
+const replacedCalls here(__FILE__, [] {
+  systemCalls::syslog.replace([](int priority, const char* format, std::va_list) {
+    records.push_back({priority, format});
+  });
+});
 
 TEST(systemLogHandler, PassesTheWrittenReport) {
   systemLogHandler handler(5, AUD_ALL);

@@ -11,8 +11,12 @@ std::string InterfaceFinder::FQDN() {
   return "host.example.org";
 }
 
+namespace system_override_test {
+
 TEST(InterfaceFinder, TakesTheProgramsAnswer) {
   EXPECT_EQ(InterfaceFinder::FQDN(), "host.example.org");
   EXPECT_EQ(configRef::RootDN().str(), "DC=host,DC=example,DC=org");
   EXPECT_EQ(SystemEnv::instance().ServerRoot(), "");
 }
+
+}  // namespace system_override_test

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "conversion.h"
+#include "system_calls.h"
 
 namespace text_test {
 
@@ -40,24 +41,18 @@ class CString {
   std::unique_ptr<char[]> m_text;
 };
 
+const replacedCalls here(__FILE__, [] {
+  systemCalls::tolower_l.replace([](int c, locale_t locale) {
+    if (c < -1 || c > 255) caseAbused = true;
+    return systemCalls::tolower_l.real(c, locale);
+  });
+  systemCalls::toupper_l.replace([](int c, locale_t locale) {
+    if (c < -1 || c > 255) caseAbused = true;
+    return systemCalls::toupper_l.real(c, locale);
+  });
+});
+
 }  // namespace
-
-extern "C" {
-int __real_tolower_l(int c, locale_t locale);
-int __real_toupper_l(int c, locale_t locale);
-int __wrap_tolower_l(int c, locale_t locale);
-int __wrap_toupper_l(int c, locale_t locale);
-
-int __wrap_tolower_l(int c, locale_t locale) {
-  if (c < -1 || c > 255) caseAbused = true;
-  return __real_tolower_l(c, locale);
-}
-
-int __wrap_toupper_l(int c, locale_t locale) {
-  if (c < -1 || c > 255) caseAbused = true;
-  return __real_toupper_l(c, locale);
-}
-}
 
 TEST(Quote, EscapesTexts) {
   const struct {

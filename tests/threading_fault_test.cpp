@@ -1,32 +1,32 @@
 #include <gtest/gtest.h>
 
 #include <cstddef>
-#include <new>
 #include <string>
 #include <string_view>
 
 #include "fresh_process.h"
+#include "system_calls.h"
 #include "telling_handler.h"
 #include "threading.h"
+
+namespace threading_fault_test {
 
 namespace {
 
 bool failNext = false;  // makes the next array that may fail, fail
 
-}  // namespace
-
 // The array of a `ThreadData` is one whose allocation yields null when it fails.
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
+void* allocate(std::size_t size) {
   if (failNext) {
     failNext = false;
     return nullptr;
   }
-  try {
-    return ::operator new[](size);
-  } catch (const std::bad_alloc&) {
-    return nullptr;
-  }
+  return systemCalls::newArray.real(size);
 }
+
+const replacedCalls here(__FILE__, [] { systemCalls::newArray.replace(allocate); });
+
+}  // namespace
 
 TEST(ThreadData, AssertsThatThereIsMemory) {
   const processEnd end = runFreshChild([] {
@@ -52,3 +52,5 @@ TEST(ThreadData, IsBuiltWhereThereIsMemory) {
   EXPECT_EQ(end.errors, "");
   EXPECT_EQ(end.ending, "exit 0");
 }
+
+}  // namespace threading_fault_test

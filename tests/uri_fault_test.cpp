@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "assertion_witness.h"
+#include "system_calls.h"
 #include "uri.h"
 
 namespace uri_fault_test {
@@ -30,25 +31,23 @@ void startRecording() {
   releases = 0;
 }
 
-}  // namespace
-
-extern "C" int __real_regcomp(regex_t* expression, const char* pattern, int flags);
-extern "C" void __real_regfree(regex_t* expression);
-
-extern "C" int __wrap_regcomp(regex_t* expression, const char* pattern, int flags) {
+int compile(regex_t* expression, const char* pattern, int flags) {
   compilations.push_back({pattern, flags});
   if (failAt > 0 && --failAt == 0) {
-    return __real_regcomp(expression, "(", REG_EXTENDED);
+    return systemCalls::regcomp.real(expression, "(", REG_EXTENDED);
   }
-  return __real_regcomp(expression, pattern, flags);
+  return systemCalls::regcomp.real(expression, pattern, flags);
 }
 
-extern "C" void __wrap_regfree(regex_t* expression) {
+void release(regex_t* expression) {
   releases++;
-  __real_regfree(expression);
+  systemCalls::regfree.real(expression);
 }
 
-namespace {
+const replacedCalls here(__FILE__, [] {
+  systemCalls::regcomp.replace(compile);
+  systemCalls::regfree.replace(release);
+});
 
 // The compilations of one parse, whatever the text.
 void checkRecorded() {

@@ -1,6 +1,6 @@
 // A folder for settings files, and a plan for the system calls on them.  A test can make
-// each call fail, and each can be the last one before the process is killed.  An executable
-// that includes this wraps these calls.
+// each call fail, and each can be the last one before the process is killed.  For
+// programs that say WRAPS.
 #pragma once
 
 #include <fcntl.h>
@@ -13,7 +13,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
-#include <cstdarg>
 #include <cstddef>
 #include <filesystem>
 #include <fstream>
@@ -22,8 +21,9 @@
 #include <string>
 
 #include "settings_file.h"
+#include "system_calls.h"
 
-namespace {
+namespace settingsFolder {
 
 using hopopen::change;
 using hopopen::changeSettings;
@@ -43,7 +43,7 @@ struct Plan {
   std::size_t portion = 4096;  // the most that one `write` writes
 };
 
-Plan plan;
+inline Plan plan;
 
 // True when the call is to fail.
 inline bool fails(const std::string& name) {
@@ -76,68 +76,45 @@ Result done(Result result) {
   return result;
 }
 
-}  // namespace
+// Counts the calls, which may fail with -1.
+template <auto& CALL, class Result, class... Arguments>
+void count(const systemCall<Result(Arguments...)>&) {
+  CALL.replace([](Arguments... arguments) -> Result {
+    return done<Result>(fails(CALL.name) ? -1 : CALL.real(arguments...));
+  });
+}
 
-// A call that is counted, and may fail with -1.
-#define WRAP(result, name, parameters, arguments)             \
-  extern "C" result __real_##name parameters;                 \
-  extern "C" result __wrap_##name parameters;                 \
-  extern "C" result __wrap_##name parameters {                \
-    return done(fails(#name) ? -1 : __real_##name arguments); \
-  }
-
-WRAP(int, mkdir, (const char* path, mode_t mode), (path, mode))
-WRAP(int, flock, (int descriptor, int what), (descriptor, what))
-WRAP(ssize_t, read, (int descriptor, void* data, std::size_t size), (descriptor, data, size))
-WRAP(int, fsync, (int descriptor), (descriptor))
-WRAP(int, fchmod, (int descriptor, mode_t mode), (descriptor, mode))
-WRAP(int, rename, (const char* from, const char* to), (from, to))
-WRAP(int, unlink, (const char* path), (path))
-WRAP(int, stat, (const char* path, struct stat* details), (path, details))
-WRAP(int, lstat, (const char* path, struct stat* details), (path, details))
-WRAP(int, fstat, (int descriptor, struct stat* details), (descriptor, details))
-WRAP(ssize_t, readlink, (const char* path, char* into, std::size_t size), (path, into, size))
-
-extern "C" {
-
-int __real_open(const char* path, int flags, ...);
-int __wrap_open(const char* path, int flags, ...);
-int __real_close(int descriptor);
-int __wrap_close(int descriptor);
-ssize_t __real_write(int descriptor, const void* data, std::size_t size);
-ssize_t __wrap_write(int descriptor, const void* data, std::size_t size);
-
-int __wrap_open(const char* path, int flags, ...) {
-  mode_t mode = 0;
-  if ((flags & O_CREAT) != 0) {
-    std::va_list more;
-    va_start(more, flags);
-    mode = va_arg(more, mode_t);
-    va_end(more);
-  }
-  return done(fails("open") ? -1 : __real_open(path, flags, mode));
+template <auto&... CALLS>
+void countAll() {
+  (count<CALLS>(CALLS), ...);
 }
 
 // A descriptor is closed also when that fails.
-int __wrap_close(int descriptor) {
+inline int closeOrNot(int descriptor) {
   const bool failing = fails("close");
   const int error = errno;
-  const int result = __real_close(descriptor);
+  const int result = systemCalls::close.real(descriptor);
   if (failing) {
     errno = error;
   }
   return done(failing ? -1 : result);
 }
 
-ssize_t __wrap_write(int descriptor, const void* data, std::size_t size) {
+inline ssize_t writeOrNot(int descriptor, const void* data, std::size_t size) {
   if (fails("write")) {
     return done<ssize_t>(-1);
   }
-  return done(__real_write(descriptor, data, plan.active ? std::min(size, plan.portion) : size));
-}
+  return done(
+      systemCalls::write.real(descriptor, data, plan.active ? std::min(size, plan.portion) : size));
 }
 
-namespace {
+inline void countCalls() {
+  countAll<systemCalls::mkdir, systemCalls::open, systemCalls::flock, systemCalls::read,
+           systemCalls::fsync, systemCalls::fchmod, systemCalls::rename, systemCalls::unlink,
+           systemCalls::stat, systemCalls::lstat, systemCalls::fstat, systemCalls::readlink>();
+  systemCalls::close.replace(closeOrNot);
+  systemCalls::write.replace(writeOrNot);
+}
 
 using texts = std::set<std::string>;
 
@@ -149,6 +126,7 @@ class SettingsFile : public testing::Test {
         file(folder + "/hopopen.toml"),
         mask(umask(0)) {
     std::filesystem::create_directory(folder);
+    countCalls();
   }
   ~SettingsFile() override {
     plan = Plan();
@@ -173,7 +151,7 @@ class SettingsFile : public testing::Test {
   }
   static unsigned modeOf(const std::string& path) {
     struct stat details = {};
-    EXPECT_EQ(__real_lstat(path.c_str(), &details), 0) << path;
+    EXPECT_EQ(systemCalls::lstat.real(path.c_str(), &details), 0) << path;
     return details.st_mode & 07777U;
   }
   // Changes the file according to the plan.
@@ -216,7 +194,7 @@ int inChild(Body body) {
   return status;
 }
 
-constexpr const char* OLD = "# mine\n[use]\nvnc = \"a\"\n";
-constexpr const char* NEW = "# mine\n[use]\nvnc = \"b\"\n";
+inline constexpr const char* OLD = "# mine\n[use]\nvnc = \"a\"\n";
+inline constexpr const char* NEW = "# mine\n[use]\nvnc = \"b\"\n";
 
-}  // namespace
+}  // namespace settingsFolder

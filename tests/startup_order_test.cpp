@@ -1,5 +1,5 @@
 // The flags and items that exist before `main`, in programs that are linked in different
-// ways: see CMakeLists.txt beside this file.
+// ways: see startup/CMakeLists.txt.
 
 #include <gtest/gtest.h>
 
@@ -8,6 +8,8 @@
 #include <string>
 
 #include "registered.h"
+
+namespace startup_order_test {
 
 namespace {
 
@@ -33,7 +35,7 @@ std::string database() {
 
 std::string outputOf(const std::string& program) {
   std::string result;
-  std::FILE* const pipe = popen((PROGRAMS_FOLDER "/startup_" + program + " 2>&1").c_str(), "r");
+  std::FILE* const pipe = popen((STARTUP_PROGRAMS "/startup_" + program + " 2>&1").c_str(), "r");
   if (pipe == nullptr) return "no pipe";
   std::array<char, 4096> piece;
   while (std::fgets(piece.data(), piece.size(), pipe) != nullptr) result += piece.data();
@@ -71,3 +73,5 @@ TEST(StartUpOrder, TheSharedLibraryBringsAllFlagsAndItems) {
 #endif
 
 }  // namespace
+
+}  // namespace startup_order_test
