@@ -40,9 +40,10 @@ namespace {
 class configuration {
  public:
   configuration() {
-    for (const char* name : {"PROGRAMS", "URI_SCHEME", "VNC_OPTIONS", "dummy", "MaxShortName",
-                             "LogDateFormat", "LogTimeZone", "defaultLanguage"}) {
-      m_items.emplace_back(name, threadedConfigDB::local().find(name).all());
+    const session begun{assocList()};  // so that there is a database
+    const configDB& all = threadedConfigDB::local();
+    for (const auto& [name, item] : all.pointer()->map()) {
+      m_items.emplace_back(name, all.find(name).all());
     }
   }
 

@@ -144,8 +144,17 @@ programs = ["beta"]
 arguments = []
 """,
 }
+
+
+def keys_of(kind):
+    """The keys of a kind that docs/items.tsv lists."""
+    with open(f"{TOP}/docs/items.tsv", encoding="utf-8") as lines:
+        rows = [line.split("\t") for line in lines]
+    return [row[1] for row in rows if row[0] == kind]
+
+
 # A flag is completed with its value in bash and fish, and in two steps in zsh.
-FLAGS = ["refcount", "hoplaunch", "configDB", "reportThread", "reportStack"]
+FLAGS = keys_of("flag")
 
 # Keys in another case.  How the completed part is written is the shell's choice.
 CASE_CASES = [
@@ -296,6 +305,10 @@ def main():
             failed += 1
             print(f"FAILED: {shell}: {typed!r} gives {found}, not {expected}")
 
+    for item in keys_of("item"):
+        if not any(f"-{item}=" in word for _, words in CASES for word in words):
+            failed += 1
+            print(f"FAILED: CASES has nothing that completes -{item}")
     for shell in [*SHELLS, "fish"]:
         child = start(shell, folder)
         for typed, expected in [*CASES, *flag_cases(shell), *name_cases()]:
