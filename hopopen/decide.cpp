@@ -1,5 +1,6 @@
 #include "decide.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <functional>
 #include <utility>
@@ -9,6 +10,8 @@
 #include "enumeration.h"
 #include "fault.h"
 #include "host.h"
+#include "meaning.h"
+#include "parameters.h"
 #include "preferences.h"
 #include "programs.h"
 #include "shown.h"
@@ -16,6 +19,14 @@
 namespace hopopen {
 
 namespace {
+
+// Whether the link does not say what it asks for, so that no viewer could do it.
+bool isUnclear(const link& what) {
+  return std::any_of(what.parameters.begin(), what.parameters.end(), [&](const parameter& one) {
+    return meaningOf(one.name, what.scheme) == meaning::VIEW_ONLY &&
+           readAnswer(one.value) == answer::UNCLEAR;
+  });
+}
 
 // Other viewers that are installed and could open the link as it is.
 std::string alternatives(const opening& result, const candidates& among) {
@@ -79,7 +90,7 @@ verdict open(const std::optional<std::string>& viewer, const candidates& among, 
   }
   filling filled;
   if (auto fault = fill(what, *into.trusted, *into.chosen.viewer, into.chosen.program, filled)) {
-    if (fault->why == code::RESTRICTION) {
+    if (fault->why == code::RESTRICTION && !isUnclear(what)) {
       into.unread = outlines(among.known, what.scheme);
       fault->message += alternatives(into, among);
     }
