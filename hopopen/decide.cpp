@@ -28,14 +28,11 @@ bool isUnclear(const link& what) {
   });
 }
 
-// Other viewers that are installed and could open the link as it is.
+// The viewers that are installed and could open the link as it is.
 std::string alternatives(const opening& result, const candidates& among) {
   std::vector<std::string> titles;
   std::string first;
   for (const definition* const other : ranked(among.known, result.what.scheme)) {
-    if (other == result.chosen.viewer) {
-      continue;
-    }
     const auto program = among.find(*other);
     filling ignored;
     if (program && !fill(result.what, *result.trusted, *other, *program, ignored)) {

@@ -317,6 +317,16 @@ TEST(Check, TellsTheFaultsOfAFolderThatIsNamedTwiceOnce) {
   EXPECT_EQ(1U, door::count(check.out, ":5:1: ")) << check.out;
 }
 
+TEST(Check, TellsOfALinkThatLeadsToNoFile) {
+  const Machine machine;
+  machine.plain();
+  const std::string file = machine.path(Machine::definition("gone"));
+  std::filesystem::create_symlink("nowhere", file);
+  const Outcome check = machine.run({"--check"});
+  EXPECT_EQ(4, check.status);
+  EXPECT_TRUE(door::contains(check.out, file + ":1:1: there is no file\n")) << check.out;
+}
+
 TEST(Check, TellsOfAFolderThatCannotBeRead) {
   const Machine machine;
   machine.plain();

@@ -121,6 +121,19 @@ TEST(Wording, OfLinksThatAreWrong) {
                   .ends_with("\". The host's name is longer than 253 characters. (host)\n"));
 }
 
+TEST(Wording, HasThePlaceInTheLink) {
+  const Machine machine;
+  machine.plain();
+  const std::pair<std::string, int> rows[] = {
+      {"nothing://h", 0}, {"host", 4},        {"vnc://h/%4", 10},  {"vnc://", 6},
+      {"vnc://h:0", 8},   {"vnc://u@v@h", 9}, {"vnc://h/path", 8}, {"vnc://h?ViewOnly=maybe", 8}};
+  for (const auto& [link, place] : rows) {
+    EXPECT_EQ(place, machine.dry({link})["refusal"]["position"]) << link;
+  }
+  machine.set("[use\n");
+  EXPECT_TRUE(machine.dry({"vnc://h"})["refusal"]["position"].is_null());
+}
+
 TEST(Wording, OfAChoiceThatCannotBeFollowed) {
   const Machine machine;
   machine.plain();
