@@ -18,10 +18,10 @@
 #include <string>
 #include <vector>
 
+#include "children.h"
 #include "elf_program.h"
 #include "execution.h"
 #include "find_program.h"
-#include "fresh_process.h"
 
 namespace explain_kernel_test {
 

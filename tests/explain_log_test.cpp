@@ -18,7 +18,7 @@
 #include <fstream>
 #include <string>
 
-#include "fresh_process.h"
+#include "children.h"
 
 namespace explain_log_test {
 

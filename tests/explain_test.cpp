@@ -15,10 +15,10 @@
 #include <string>
 #include <vector>
 
+#include "children.h"
 #include "explain_json.h"
 #include "explain_text.h"
 #include "find_program.h"
-#include "fresh_process.h"
 #include "shell_word.h"
 #include "system_calls.h"
 #include "threading.h"

@@ -13,13 +13,14 @@
 
 #include "DistName.h"
 #include "asserts.h"
-#include "child_output.h"
+#include "captured_errors.h"
+#include "children.h"
 #include "configDB.h"
 #include "datetime.h"
-#include "event_probe.h"
 #include "events.h"
 #include "fake_clock.h"
 #include "kept_traces.h"
+#include "reports.h"
 #include "system_calls.h"
 #include "threading.h"
 #include "trace.h"
@@ -317,7 +318,7 @@ TEST(eventHandler, TakesNoSectionWhenItWritesNothing) {
 
 TEST(eventHandler, CannotWriteOnceTheSectionsHaveGone) {
   for (const bool toErrors : {true, false}) {
-    const childEnd end = runInChild([toErrors] {
+    const processEnd end = runSharingChild([toErrors] {
       semaphoreClose();
       if (toErrors) {
         stderrHandler handler(5, AUD_ALL);
@@ -327,7 +328,7 @@ TEST(eventHandler, CannotWriteOnceTheSectionsHaveGone) {
         report();
       }
     });
-    EXPECT_EQ(end.ending(), "signal 6");
+    EXPECT_EQ(end.ending, "signal 6");
     EXPECT_TRUE(starts(end.errors, "set_id == FINISH_VALUE && checked in ")) << end.errors;
     EXPECT_EQ(end.errors.find("ftp"), std::string::npos) << end.errors;
   }
@@ -422,7 +423,7 @@ TEST(eventHandler, GradesTheStacksBySeverity) {
     SCOPED_TRACE("level " + std::to_string(c.level) + ", severity " + std::to_string(c.severity));
     traceFlag::set("reportStack", c.level);
     const bareEvent event(static_cast<eventSeverity>(c.severity), AUD_ALL, 1, "q", "op");
-    const std::string message = eventProbe::buildMessage(event, "now");
+    const std::string message = reportCatcher::buildMessage(event, "now");
     EXPECT_EQ(ends(message, "\nEnd of stack trace\n"), c.traced) << message;
     EXPECT_EQ(message.find("\nStack trace:\n") != std::string::npos, c.traced) << message;
     EXPECT_TRUE(starts(message, "now: ")) << message;
@@ -432,10 +433,10 @@ TEST(eventHandler, GradesTheStacksBySeverity) {
 
 TEST(eventHandler, BuildsAMessageOfDateAndReport) {
   const bareEvent event(FATAL, AUD_ALL, 1, "q", "op");
-  EXPECT_EQ(eventProbe::buildMessage(event, "now"), "now: Fatal: bare/1 \"q\" | op\n");
-  EXPECT_EQ(eventProbe::buildMessage(event, ""), ": Fatal: bare/1 \"q\" | op\n");
+  EXPECT_EQ(reportCatcher::buildMessage(event, "now"), "now: Fatal: bare/1 \"q\" | op\n");
+  EXPECT_EQ(reportCatcher::buildMessage(event, ""), ": Fatal: bare/1 \"q\" | op\n");
   traceFlag::set("reportThread", 3);
-  EXPECT_EQ(eventProbe::buildMessage(event, "now"),
+  EXPECT_EQ(reportCatcher::buildMessage(event, "now"),
             std::to_string(getpid()) + "/-1-now: Fatal: bare/1 \"q\" | op\n");
   traceFlag::set("reportThread", 0);
 }

@@ -14,7 +14,7 @@
 
 #include "explain_runner.h"
 #include "launcher_runner.h"
-#include "system_sets.h"
+#include "semaphore_sets.h"
 
 namespace launcher_ending_test {
 

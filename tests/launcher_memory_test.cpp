@@ -6,7 +6,7 @@
 
 #include "explain_runner.h"
 #include "launcher_runner.h"
-#include "system_sets.h"
+#include "semaphore_sets.h"
 
 namespace launcher_memory_test {
 

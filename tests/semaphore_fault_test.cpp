@@ -12,10 +12,11 @@
 #include <string>
 #include <string_view>
 
-#include "fresh_process.h"
+#include "children.h"
+#include "reports.h"
+#include "section_state.h"
 #include "semaphore_sets.h"
 #include "system_calls.h"
-#include "telling_handler.h"
 #include "threading.h"
 
 namespace semaphore_fault_test {
@@ -102,7 +103,7 @@ template <class Body>
 processEnd runWith(const faultPlan& fault, Body body) {
   ledger();  // shared with the child from here on
   return runFreshChild([&] {
-    tellingHandler handler;  // sees nothing of a failed semaphore call
+    reportTeller handler;  // sees nothing of a failed semaphore call
     plan = fault;
     turn = 0;
     const int result = body();
@@ -114,7 +115,7 @@ processEnd runWith(const faultPlan& fault, Body body) {
 // Takes the section `id` in a child whose set exists already.
 processEnd takeWith(const faultPlan& fault, sectionId id) {
   return runSharingChild([&] {
-    tellingHandler handler;
+    reportTeller handler;
     plan = fault;
     {
       criticalSection section(id, false);

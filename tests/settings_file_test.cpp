@@ -22,7 +22,6 @@ namespace settings_file_test {
 
 using settingsFolder::change;
 using settingsFolder::changeSettings;
-using settingsFolder::inChild;
 using settingsFolder::NEW;
 using settingsFolder::OLD;
 using settingsFolder::Plan;
@@ -91,10 +90,10 @@ TEST_F(SettingsFile, IsNotMadeToForgetSomething) {
 
 TEST_F(SettingsFile, MayBeInTheFolderWhereTheProgramRuns) {
   ASSERT_EQ(
-      inChild([&] {
+      runChild([&] {
         _exit(chdir(folder.c_str()) == 0 && changeSettings("f", use("vnc", "a")).empty() ? 7 : 1);
-      }),
-      7 << 8);
+      }).ending,
+      "exit 7");
   EXPECT_EQ(textOf(folder + "/f"), "[use]\nvnc = \"a\"\n");
 }
 

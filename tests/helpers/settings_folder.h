@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 #include <sys/file.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -20,6 +19,7 @@
 #include <sstream>
 #include <string>
 
+#include "children.h"
 #include "settings_file.h"
 #include "system_calls.h"
 
@@ -179,19 +179,6 @@ inline change trust(const std::string& host) {
   change result;
   result.trust.push_back(hopopen::readTrusted(host).value());
   return result;
-}
-
-// Runs `body` in a child; how that ended, as `waitpid` says it.
-template <class Body>
-int inChild(Body body) {
-  const pid_t child = fork();
-  if (child == 0) {
-    body();
-    _exit(0);
-  }
-  int status = -1;
-  waitpid(child, &status, 0);
-  return status;
 }
 
 inline constexpr const char* OLD = "# mine\n[use]\nvnc = \"a\"\n";
