@@ -28,6 +28,7 @@
 #include "semaphore_sets.h"
 #include "system.h"
 #include "system_calls.h"
+#include "texts.h"
 #include "threading.h"
 #include "trace.h"
 
@@ -36,11 +37,6 @@ namespace driver_test {
 namespace {
 
 using Strings = std::vector<std::string>;
-
-std::string readFile(const std::string& name) {
-  std::ifstream in(name, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
 
 // What `execvp` was called with.
 struct Calls {

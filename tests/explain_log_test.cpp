@@ -19,6 +19,7 @@
 #include <string>
 
 #include "children.h"
+#include "texts.h"
 
 namespace explain_log_test {
 
@@ -53,7 +54,7 @@ class Folder {
 };
 
 void makeFile(const std::string& name, mode_t mode) {
-  std::ofstream(name) << "kept";
+  writeFile(name, "kept");
   ASSERT_EQ(0, chmod(name.c_str(), mode)) << name;
 }
 

@@ -21,6 +21,7 @@
 #include "find_program.h"
 #include "shell_word.h"
 #include "system_calls.h"
+#include "texts.h"
 #include "threading.h"
 
 namespace explain_test {
@@ -40,11 +41,6 @@ const replacedCalls here(__FILE__, [] {
     return systemCalls::stat64.real(path, status);
   });
 });
-
-void writeFile(const std::string& name, const std::string& text, mode_t mode) {
-  std::ofstream(name) << text;
-  ASSERT_EQ(0, chmod(name.c_str(), mode)) << name;
-}
 
 // A working folder that goes with the test.
 class Folder {

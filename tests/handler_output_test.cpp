@@ -86,15 +86,6 @@ std::string onStandardError() {
   return errors.str();
 }
 
-bool starts(const std::string& text, const std::string& with) {
-  return text.compare(0, with.size(), with) == 0;
-}
-
-bool ends(const std::string& text, const std::string& with) {
-  return text.size() >= with.size() &&
-         text.compare(text.size() - with.size(), with.size(), with) == 0;
-}
-
 // --- Lines -----------------------------------------------------------------
 
 TEST(stderrHandler, WritesALineWithTheTimeToTheMicrosecond) {
@@ -329,7 +320,7 @@ TEST(eventHandler, CannotWriteOnceTheSectionsHaveGone) {
       }
     });
     EXPECT_EQ(end.ending, "signal 6");
-    EXPECT_TRUE(starts(end.errors, "set_id == FINISH_VALUE && checked in ")) << end.errors;
+    EXPECT_TRUE(end.errors.starts_with("set_id == FINISH_VALUE && checked in ")) << end.errors;
     EXPECT_EQ(end.errors.find("ftp"), std::string::npos) << end.errors;
   }
 }
@@ -372,8 +363,8 @@ TEST(eventHandler, AddsAStackAfterEachLineWhenAsked) {
       {logged("%Y", 0), "2026: Failure: commonEvent/unknown value \"ftp\" | open\nStack trace:\n"},
   };
   for (const auto& c : cases) {
-    EXPECT_TRUE(starts(c.text, c.line)) << c.text;
-    EXPECT_TRUE(ends(c.text, "\nEnd of stack trace\n")) << c.text;
+    EXPECT_TRUE(c.text.starts_with(c.line)) << c.text;
+    EXPECT_TRUE(c.text.ends_with("\nEnd of stack trace\n")) << c.text;
   }
   traceFlag::set("reportStack", 0);
 }
@@ -424,9 +415,9 @@ TEST(eventHandler, GradesTheStacksBySeverity) {
     traceFlag::set("reportStack", c.level);
     const bareEvent event(static_cast<eventSeverity>(c.severity), AUD_ALL, 1, "q", "op");
     const std::string message = reportCatcher::buildMessage(event, "now");
-    EXPECT_EQ(ends(message, "\nEnd of stack trace\n"), c.traced) << message;
+    EXPECT_EQ(message.ends_with("\nEnd of stack trace\n"), c.traced) << message;
     EXPECT_EQ(message.find("\nStack trace:\n") != std::string::npos, c.traced) << message;
-    EXPECT_TRUE(starts(message, "now: ")) << message;
+    EXPECT_TRUE(message.starts_with("now: ")) << message;
   }
   traceFlag::set("reportStack", 0);
 }
@@ -444,12 +435,12 @@ TEST(eventHandler, BuildsAMessageOfDateAndReport) {
 TEST(storingHandler, KeepsTheTraceOfAnAssertion) {
   storingHandler handler(5, AUD_ALL, WARNING);
   assertEvent("a < b", "../utilities/uri", 142);
-  EXPECT_TRUE(starts(handler.str(),
-                     "20261115T110734: Fatal: assert/assert failure \"a < b\" | "
-                     "../utilities/uri @ 142\nStack trace:\n"))
+  EXPECT_TRUE(
+      handler.str().starts_with("20261115T110734: Fatal: assert/assert failure \"a < b\" | "
+                                "../utilities/uri @ 142\nStack trace:\n"))
       << handler.str();
   // The trace ends its line; the report ends one more, and so does the message.
-  EXPECT_TRUE(ends(handler.str(), "\nEnd of stack trace\n\n\n")) << handler.str();
+  EXPECT_TRUE(handler.str().ends_with("\nEnd of stack trace\n\n\n")) << handler.str();
 }
 
 }  // namespace

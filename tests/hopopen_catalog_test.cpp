@@ -29,7 +29,7 @@ void furnish(const Machine& machine, const Strings& programs) {
 void catalogue(const Machine& machine) {
   for (int tries = 0; tries < 100; tries++) {
     EXPECT_EQ(0, machine.run({"--list"}).status);
-    if (door::count(machine.read(CATALOG), "\n") == 10) {
+    if (countOf(machine.read(CATALOG), "\n") == 10) {
       return;
     }
     std::this_thread::sleep_for(std::chrono::milliseconds(100));

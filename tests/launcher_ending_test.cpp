@@ -76,7 +76,7 @@ TEST(NoSemaphores, AreToldInTheLog) {
 TEST(NoSemaphores, AreToldAtTheEndOfALogThatThereIs) {
   REQUIRE_LIMIT("250 32000 100 0");
   Workshop shop;
-  launcher::writeFile(shop.work() / "log", "an earlier line\n");
+  writeFile(shop.work() / "log", "an earlier line\n");
   const Outcome outcome = shop.run({.arguments = {"vnc://h/", "-log=log"}, .prepare = leaveNoCore});
   ASSERT_TRUE(shop.log().starts_with("an earlier line\n"));
   expectNoSet(outcome, shop.log().substr(16), "No space left on device");

@@ -147,7 +147,7 @@ TEST(LauncherFailure, AProgramThatCannotBeExecutedIsLoggedBeforeAWait) {
   std::vector<std::unique_ptr<Workshop>> shops;
   for (const FailedLaunch& one : cases) {
     Workshop& shop = *shops.emplace_back(std::make_unique<Workshop>());
-    launcher::writeFile(shop.work() / "bin" / "plain", "exit 1\n");
+    writeFile(shop.work() / "bin" / "plain", "exit 1\n");
     std::filesystem::permissions(shop.work() / "bin" / "plain",
                                  static_cast<std::filesystem::perms>(0644));
     std::filesystem::create_symlink("loop", shop.work() / "bin" / "loop");
@@ -180,7 +180,7 @@ TEST(LauncherFailure, AProgramThatCannotBeExecutedIsLoggedBeforeAWait) {
 // The C library has the shell run what the kernel cannot (ENOEXEC).
 TEST(LauncherFailure, AProgramOfNoKnownFormatIsRunByTheShell) {
   Workshop shop;
-  launcher::writeFile(shop.work() / "bin" / "script", "echo \"$0\" \"$@\"\nexit 7\n");
+  writeFile(shop.work() / "bin" / "script", "echo \"$0\" \"$@\"\nexit 7\n");
   std::filesystem::permissions(shop.work() / "bin" / "script",
                                static_cast<std::filesystem::perms>(0755));
   const Outcome outcome =
@@ -276,7 +276,7 @@ TEST(LauncherFailure, APipeWithoutAReaderUnderTheLogOfABadUriIsSilent) {
 TEST(LauncherFailure, ALogThatMayNotGrowStopsNothing) {
   Workshop shop;
   constexpr std::size_t limit = std::size_t{1} << 20;
-  launcher::writeFile(shop.work() / "log", std::string(limit, '\n'));
+  writeFile(shop.work() / "log", std::string(limit, '\n'));
   const Outcome outcome = shop.run({.arguments = {"-log=log", "vnc://h/"}, .prepare = [] {
                                       const rlimit size = {limit, limit};
                                       if (setrlimit(RLIMIT_FSIZE, &size) != 0) _exit(124);

@@ -13,6 +13,7 @@
 
 #include "kept_traces.h"
 #include "system_calls.h"
+#include "texts.h"
 
 namespace {
 
@@ -58,14 +59,6 @@ extern "C" [[gnu::noinline]] void plainName() {
 }
 
 namespace {
-
-// The lines of a trace, without their ends.
-std::vector<std::string> linesOf(const std::string& text) {
-  std::vector<std::string> lines;
-  std::istringstream in(text);
-  for (std::string line; std::getline(in, line);) lines.push_back(line);
-  return lines;
-}
 
 std::string traceFrom(int depth) {
   std::ostringstream out;

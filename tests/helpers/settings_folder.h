@@ -22,6 +22,7 @@
 #include "children.h"
 #include "settings_file.h"
 #include "system_calls.h"
+#include "texts.h"
 
 namespace settingsFolder {
 
@@ -134,14 +135,6 @@ class SettingsFile : public testing::Test {
     std::filesystem::remove_all(folder);
   }
 
-  static void write(const std::string& path, const std::string& text) {
-    std::ofstream(path, std::ios::binary) << text;
-  }
-  static std::string textOf(const std::string& path) {
-    std::ostringstream text;
-    text << std::ifstream(path, std::ios::binary).rdbuf();
-    return text.str();
-  }
   texts names() const {
     texts result;
     for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
