@@ -28,7 +28,7 @@ struct yearLine {
 
 // The lines of a table, without those of comments.
 std::vector<std::string> rowsOf(const std::string& name) {
-  std::vector<std::string> result = linesOf(readFile(std::string(TEST_DATA) + "/" + name));
+  std::vector<std::string> result = linesOf(readFile(TEST_DATA "/" + name));
   std::erase_if(result, [](const std::string& line) { return line.empty() || line[0] == '#'; });
   return result;
 }

@@ -49,7 +49,7 @@ INSTANTIATE_TEST_SUITE_P(Cases, Launcher, testing::ValuesIn(launcher::readCases(
                          [](const auto& one) { return one.param.name; });
 
 TEST(LauncherCases, AreAllRead) {
-  EXPECT_EQ(159U, launcher::readCases().size()) << LAUNCHER_CASES;
+  EXPECT_EQ(159U, launcher::readCases().size()) << TEST_DATA;
 }
 
 TEST(LauncherLog, IsAppendedTo) {
