@@ -23,6 +23,7 @@
 #include "execution.h"
 #include "find_program.h"
 #include "texts.h"
+#include "working_folder.h"
 
 namespace explain_kernel_test {
 
@@ -31,29 +32,15 @@ namespace {
 using namespace std::string_literals;
 using Strings = std::vector<std::string>;
 
-// A working folder that goes with the test.
-class Folder {
+// A working folder with programs.
+class Folder : public workingFolder {
  public:
   Folder() {
-    std::string pattern = std::filesystem::temp_directory_path() / "explain-kernel-XXXXXX";
-    EXPECT_NE(nullptr, mkdtemp(pattern.data()));
-    m_path = pattern;
-    std::filesystem::current_path(m_path);
     std::filesystem::create_directory("first");
     std::filesystem::create_directory("second");
     writeFile("second/tool", "#!/bin/sh\nexit 202\n", 0755);
     writeFile("tool", "#!/bin/sh\nexit 200\n", 0755);
   }
-  Folder(const Folder&) = delete;
-  Folder& operator=(const Folder&) = delete;
-  ~Folder() {
-    std::filesystem::current_path("/");
-    std::error_code ignored;
-    std::filesystem::remove_all(m_path, ignored);
-  }
-
- private:
-  std::filesystem::path m_path;
 };
 
 // How a process ends that really executes the program.
