@@ -1,4 +1,4 @@
-/* The least that a launcher can do: becomes the program that its arguments name. */
+/* The least that a launcher can do: it becomes the program that its arguments name. */
 
 #include <unistd.h>
 

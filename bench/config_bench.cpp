@@ -34,7 +34,7 @@ void fillDatabase(std::size_t size) {
 
 using bareMap = std::map<std::string, std::string>;
 
-// As many items as the database holds, the two that are read among them.
+// As many items as the database holds, including the two that are read.
 bareMap mapOf(std::size_t size) {
   bareMap result = {{TEXT.name(), "some text"}, {NUMBER.name(), "4711"}};
   for (std::size_t number = 0; result.size() < size; number++) {

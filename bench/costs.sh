@@ -1,5 +1,5 @@
-# What hardening, and what naming functions in stack traces cost: bytes of hoplaunch, and user
-# instructions of a launch.  Keeps the tables in docs/figures/ (see scripts/figures).
+# The costs of hardening, and of names of functions in stack traces: bytes of hoplaunch, and
+# user instructions of a launch.  Keeps the tables in docs/figures/ (see scripts/figures).
 # shellcheck shell=bash source=scripts/lib.sh
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
@@ -14,7 +14,7 @@ built() {
 }
 quietly "$folder/with.log" built with
 quietly "$folder/without_hardening.log" built without_hardening -DHOPLAUNCH_HARDENING=OFF
-# The same objects, linked without the list of what is exported.
+# The same objects, linked without the list of exported names.
 link=$(ninja -C "$folder/with" -t commands hoplaunch | tail -n 1 |
   sed "s#-Wl,--dynamic-list=[^ ]*##; s# -o hoplaunch # -o $folder/without_names #")
 (cd "$folder/with" && bash -c "$link")

@@ -1,4 +1,4 @@
-// Writing and reading a time of day.
+// Writes and reads a time of day.
 
 #include <fmt/chrono.h>
 
@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::time_t someTime = 1795203107;  // 2026-11-20T19:31:47Z
 
-// Many times of the day, so that no result is at hand.
+// Many times of the day, so that no result is ready.
 template <class Time, class Make>
 std::vector<Time> times(const Make& make) {
   std::vector<Time> result;

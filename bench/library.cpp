@@ -1,5 +1,5 @@
 // The benchmarks of the library, each beside the comparable functions of well-known
-// libraries.  Takes the options of Google Benchmark.
+// libraries.  Accepts the options of Google Benchmark.
 
 #include "library.h"
 

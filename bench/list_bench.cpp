@@ -1,4 +1,4 @@
-// The association list: building it from pairs, and looking every key up.
+// The association list: builds it from pairs, and looks up every key.
 
 #include <absl/container/btree_map.h>
 #include <strings.h>
@@ -16,7 +16,7 @@ struct before {
   }
 };
 
-// Keys in an order that is not theirs.
+// Keys that are not in their order.
 std::vector<std::string> keys(std::size_t count) {
   std::vector<std::string> result;
   for (std::size_t i = 0; i < count; i++) {

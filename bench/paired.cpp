@@ -1,4 +1,4 @@
-// Starts commands in turn, many rounds of each, and writes what each start took.
+// Starts commands in turn, many rounds of each, and writes the costs of each start.
 //   paired ROUNDS < TABLE
 // A line of the table is a command: a name, a number N (the command is started in every
 // Nth round only), and the argument vector, separated by tabs.  What has the form NAME=VALUE in
@@ -6,7 +6,7 @@
 // name, nanoseconds, page faults, and peak memory in KiB.
 //
 // Within a round the commands follow each other at once, and each round begins with
-// another of them: what disturbs the machine disturbs all alike.  A start lasts until
+// another one: a disturbance of the machine disturbs all alike.  A start lasts until
 // no descendant is left, so that it ends with the viewer even if a launcher ended first.
 
 #include <fcntl.h>

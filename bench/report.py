@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Prints the tables of what was measured, and draws the plots.
+"""Prints tables of the measurements, and draws the plots.
 
     report.py RESULTS IMAGES [--keep]
 
@@ -64,7 +64,7 @@ def time_text(nanoseconds):
 
 
 def read_launches(folder):
-    """For each command: its times by round, and the medians of what else was counted."""
+    """For each command: its times by round, and the medians of the other counts."""
     times, faults, peaks = (collections.defaultdict(dict) for _ in range(3))
     with open(folder / "launches.tsv", encoding="utf-8") as lines:
         for row, name, time, fault, peak in csv.reader(lines, delimiter="\t"):
@@ -162,7 +162,7 @@ def library_table(library):
 
 
 def targets(launches, library):
-    """Each target: what it is about, the most that is allowed, and what was measured."""
+    """Each target: its subject, the allowed maximum, and the measured value."""
     launch = launches[OWN]
     yield "launch against the bare dynamic program", 1.10, launch["against"][DYNAMIC][1]
     yield "launch against the bare static program", 1.20, launch["against"][STATIC][1]
@@ -196,7 +196,7 @@ EXPRESSIONS = ("regcomp", "regexec", "regfree")
 
 
 def parts_table(folder):
-    """What the user instructions of a launch are spent on."""
+    """How the user instructions of a launch are spent."""
     inclusive = collections.Counter()
     listing = (folder / "parts.txt").read_text(encoding="utf-8")
     total = int(re.search(r"([0-9,]+) +PROGRAM TOTALS", listing)[1].replace(",", ""))
@@ -279,7 +279,7 @@ def plot_ratios(library, image):
 
 
 def plot_scaling(library, image, title, xlabel, curves):
-    """Curves of times by size, and the slope of what grows with the size."""
+    """Curves of times by size, and the slope of costs that grow with the size."""
     blocks, plots, points = "", [], []
     for number, (task, name, label) in enumerate(curves):
         rows = sorted((size, statistics.median(times[name].values()) / 1e3)

@@ -14,7 +14,7 @@
 
 namespace {
 
-// A semaphore set of one, at 1.
+// A set of one semaphore, with the value 1.
 class bareSemaphore {
  public:
   bareSemaphore() : m_id(semget(IPC_PRIVATE, 1, 0600)) { change(1); }
@@ -74,7 +74,7 @@ void addRuntimeBenchmarks() {
   add(task, "pthread_mutex, shared", once, [](std::size_t) {
     return [mutex = std::make_shared<sharedMutex>()] { return mutex->takeAndRelease(); };
   });
-  // What is stored is kept for as long as the process lives: not too many.
+  // The process keeps stored reports as long as it lives, so there are not too many.
   benchmark::RegisterBenchmark("report, raise and store/hoplaunch/1", [](benchmark::State& state) {
     for ([[maybe_unused]] const auto& iteration : state) {
       commonEvent(WARNING, AUD_ALL, EC_COMMENT, "measured", "addRuntimeBenchmarks()");

@@ -1,5 +1,5 @@
-// Conversions of bytes and texts.  Whatever a library needs to hand the result over in
-// memory of its own is part of what is timed.
+// Conversions of bytes and texts.  The times include all that a library needs to give the
+// result in memory of its own.
 
 #include <absl/strings/escaping.h>
 #include <curl/curl.h>
@@ -8,7 +8,7 @@
 #include <openssl/evp.h>
 #include <uriparser/Uri.h>
 
-extern "C" {  // which its headers leave out
+extern "C" {  // its headers leave this out
 #include <b64/cdecode.h>
 #include <b64/cencode.h>
 }
@@ -36,7 +36,7 @@ ByteArray arrayOf(const std::string& bytes) {
   return ByteArray(static_cast<unsigned int>(bytes.size()), bytes.data());
 }
 
-// Text whose encoding is decoded: as long as a size says, in whole groups of `group`.
+// Encoded text for decoding, as long as a size says, in whole groups of `group`.
 std::string bytesFor(std::size_t encodedSize, std::size_t group, std::size_t bytesPerGroup) {
   return anyBytes(encodedSize / group * bytesPerGroup);
 }
@@ -192,7 +192,7 @@ void addPercentDecode() {
   });
 }
 
-// Every sixteenth character takes two bytes, the others one.
+// Every sixteenth character has two bytes, the others one.
 std::string accentedText(std::size_t size) {
   std::string result;
   while (result.size() < size) {

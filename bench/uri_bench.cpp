@@ -35,7 +35,7 @@ std::string withAddresses(std::size_t length) {
   return result + "/";
 }
 
-// No address, which only shows at its end.
+// A bad address; only its end shows that.
 std::string withBadAddress(std::size_t length) {
   return "vnc://-" + std::string(length - 8, 'a') + "/";
 }
@@ -85,7 +85,7 @@ void addArguments(const std::string& task, std::string (*make)(std::size_t),
                   const std::vector<std::size_t>& sizes) {
   add(task, "hoplaunch", sizes, [make](std::size_t size) {
     return [uri = std::make_shared<URI>(make(size))] {
-      uri->add(std::string());  // forgets the vector that was built before
+      uri->add(std::string());  // discards the vector that was built before
       return uri->args("viewer", 1, AS_EQUALS, nullptr);
     };
   });

@@ -108,7 +108,7 @@ void configDB::set(const std::string& key, const std::vector<std::string>& value
 void configDB::set(const std::string& key, const char* const* values, const DistName& DN, bool isDN,
                    bool) {
   if (values != nullptr) {
-    set(key, vectorOfStrings(values), DN, isDN, false);  // never a default: relied on
+    set(key, vectorOfStrings(values), DN, isDN, false);  // never a default: callers rely on it
   }
 }
 
@@ -158,7 +158,7 @@ configDB& threadedConfigDB::local() {
     static internal::lasting<configDB> none(RT_NULL);
     return *none;
   }
-  // The dynamic cast is slow, and not needed for what is nearly always there.
+  // The dynamic cast is slow, and the usual type does not need it.
   return typeid(*object) == typeid(configDB) ? static_cast<configDB&>(*object)
                                              : dynamic_cast<configDB&>(*object);
 }

@@ -55,7 +55,7 @@ writeableConfigDB* configRef::registration() const {
       return &internal::registrationDatabase();
     }
   }
-  // One operation for all classes of references: log readers rely on it.
+  // All classes of references report the same operation: log readers rely on it.
   commonEvent(FAILURE, READERS, EC_BAD_SEQUENCE, m_name, "configString::configString");
   return nullptr;
 }

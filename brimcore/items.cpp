@@ -6,7 +6,7 @@
 
 namespace {
 
-// The key begins with a dash of its own, so that viewers get "--autoreconnect".
+// The key itself begins with a dash, so that viewers get "--autoreconnect".
 constexpr const char* defaultPrograms[] = {"VNC=vncviewer", "SSH=putty", nullptr};
 constexpr const char* defaultVNCoptions[] = {"-autoreconnect=0", nullptr};
 

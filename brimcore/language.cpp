@@ -1,4 +1,4 @@
-// Looking localised strings up.
+// Looks up localised strings.
 
 #include "language.h"
 

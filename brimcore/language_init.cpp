@@ -1,4 +1,4 @@
-// Declaring localised strings.
+// Declares localised strings.
 
 #include <list>
 #include <map>
@@ -59,7 +59,7 @@ languageString::languageString(const char* keyword, const std::string& defaultTe
 }
 
 languageString::~languageString() {
-  // Not by the key, whose texts may be gone by now.
+  // The key is no help here: its texts may be gone by now.
   std::erase_if(declaredStrings(), [this](const auto& entry) { return entry.second == this; });
 }
 

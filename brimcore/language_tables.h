@@ -1,4 +1,4 @@
-// The process-wide tables of the localised strings, each created on first use
+// The process-wide tables of the localised strings.  Each is created on first use
 // and never destroyed.
 #pragma once
 
@@ -25,11 +25,11 @@ struct vectorDetails {
   int Ndefaults;
 };
 
-/// The versions of one default vector; the last is the current one.  Texts that
-/// were handed out live as long as the process, so those before it are kept.
+/// The versions of one default vector; the last is the current one.  Callers may use
+/// a text as long as the process lives, so all earlier versions are kept.
 using vectorVersions = std::list<vectorDetails>;
 
-/// The default vectors by name, case-sensitive as the languages' own are not.
+/// The default vectors by name.  Letter case counts; in a language's own vectors it does not.
 std::map<std::string, vectorVersions>& defaultVectors();
 
 }  // namespace internal

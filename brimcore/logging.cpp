@@ -1,4 +1,4 @@
-// The handler that logs reports, with dates as the configuration says.
+// The handler that logs reports.  The configuration says how it writes dates.
 
 #include <ostream>
 #include <string>
@@ -10,8 +10,8 @@
 #include "items.h"
 #include "threading.h"
 
-// The date's settings, read before the handler is registered: reading them may
-// itself raise a report.
+// The settings of the date.  They are read before the handler is registered, because
+// reading them may raise a report.
 struct loggingHandler::stamp {
   std::string format;
   int zone;

@@ -16,8 +16,8 @@
 
 namespace {
 
-// Negative, zero or positive, as the first pair of lowered characters that differs
-// decides, or else the length.
+// Negative, zero or positive.  The first pair of lowered characters that differs
+// decides; if there is none, the length does.
 int compareText(const std::string& a, const std::string& b) {
   const std::size_t n = std::min(a.size(), b.size());
   for (std::size_t i = 0; i < n; i++) {
@@ -91,7 +91,7 @@ bool numericOrder::operator()(const std::string& left, const std::string& right)
 int numericOrder::compare(const std::string& left, const std::string& right) const {
   const std::int64_t difference = std::int64_t{decimal2Int(DistName::shortName(left))} -
                                   decimal2Int(DistName::shortName(right));
-  // 2147483647 minus -1 does not fit; its sign is what an ordering needs.
+  // 2147483647 minus -1 does not fit, but an ordering only needs the sign.
   return static_cast<int>(std::min<std::int64_t>(difference, INT32_MAX));
 }
 

@@ -176,8 +176,8 @@ std::string DistName::extractId(const std::string& dn, const std::string& keywor
 
 namespace {
 
-// A segment's value as a part of a path: a "/" is escaped, and of the escapes only
-// those of "/" and of the backslash stay.
+// A segment's value as a part of a path.  A "/" is escaped.  Only the escapes of "/"
+// and of the backslash stay.
 std::string pathValue(std::string_view value) {
   std::string result;
   for (std::size_t i = 0; i < value.size(); i++) {
@@ -304,7 +304,7 @@ std::string DistName::unescape(const std::string& text) {
     if (++i == text.size()) {
       break;
     }
-    // A digit 0 makes no pair: stored names rely on "\20" reading as "20".
+    // A digit 0 does not make a pair: stored names rely on "\20" reading as "20".
     if (digit(i) > 0 && digit(i + 1) > 0) {
       result += static_cast<char>(16 * digit(i) + digit(i + 1));
       i++;

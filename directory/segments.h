@@ -1,4 +1,4 @@
-// The segments of a distinguished name, scanned in its text.  A backslash escapes the
+// Scans the text of a distinguished name for its segments.  A backslash escapes the
 // character after it.
 #pragma once
 
@@ -26,8 +26,8 @@ inline std::size_t nextComma(std::string_view text, std::size_t start) {
   return text.size();
 }
 
-/// Where the segment that ends at `end` starts: after the nearest comma before it
-/// with an even number of backslashes before that.
+/// The start of the segment that ends at `end`.  It is after the nearest comma that
+/// has an even number of backslashes before it.
 inline std::size_t segmentStart(std::string_view text, std::size_t end) {
   for (std::size_t i = end; i-- > 0;) {
     if (text[i] != ',') {
@@ -74,7 +74,7 @@ struct segment {
   std::string_view value;
 };
 
-/// The first segment of the `rest` of a name, which moves on to the next.
+/// The first segment of the `rest` of a name.  Moves `rest` to the next one.
 inline segment nextSegment(std::string_view& rest) {
   rest = trimFront(rest);
   const std::size_t equals = rest.substr(0, nextComma(rest, 0)).find('=');

@@ -7,7 +7,7 @@
 // - A list has the pairs in front of the first malformed one, all of them when there is
 //   none: each name with its first value, further ones joined to it by the byte 30.
 // - A list that is encoded with `URIescape` parses to itself.
-// - Adding a text to a list is the same as parsing it after what the list was made of.
+// - Adding a text to a list is the same as parsing it after the text that made the list.
 
 #include "conversion.h"
 #include "fuzz.h"

@@ -40,9 +40,10 @@ namespace {
 class configuration {
  public:
   configuration() {
-    for (const char* name : {"PROGRAMS", "URI_SCHEME", "VNC_OPTIONS", "dummy", "MaxShortName",
-                             "LogDateFormat", "LogTimeZone", "defaultLanguage"}) {
-      m_items.emplace_back(name, threadedConfigDB::local().find(name).all());
+    const session begun{assocList()};  // so that there is a database
+    const configDB& all = threadedConfigDB::local();
+    for (const auto& [name, item] : all.pointer()->map()) {
+      m_items.emplace_back(name, all.find(name).all());
     }
   }
 
@@ -68,7 +69,7 @@ class configuration {
   std::vector<std::pair<std::string, std::vector<std::string>>> m_items;
 };
 
-// What is written to standard error while it lives.  (The C library lets programs
+// The output on standard error while it lives.  (The C library lets programs
 // exchange the stream.)
 class messages {
  public:
@@ -193,10 +194,10 @@ void checkPlan(const std::string& given, const assocList& options) {
 void checkExplained(const std::string& given, const assocList& options, const assocList& rest) {
   const explanation launch(given, options, rest);
   for (const std::string& line : stringToVector(asText(launch), '\n')) {
-    check(printable(line), "people are told in printable ASCII", line);
+    check(printable(line), "people get printable ASCII", line);
   }
   const std::string json = asJSON(launch);
-  const Json told = JsonReader::read(json);  // throws at what is not JSON
+  const Json told = JsonReader::read(json);  // throws unless it is JSON
   checkSame(told["uriBytes"].binary(), given, "JSON has the URI as given", json);
   if (launch.plan.arguments != nullptr) {
     check(told["argumentsBytes"].bytes() == vectorOfStrings(launch.plan.arguments),

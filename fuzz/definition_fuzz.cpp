@@ -5,9 +5,9 @@
 // - Reading it again gives the same.
 // - A definition has a title, schemes in lower case, programs without a folder and a port
 //   that is one.  No password is in an argument, nor anywhere in a terminal.  A value is
-//   nowhere but in the arguments of a parameter that limits it.  Only parameters that links
+//   only in the arguments of a parameter that limits it.  Only parameters that links
 //   have are there, each once, and only variables that can be.
-// - Written anew from what was read, it reads the same.
+// - A definition that is written anew reads the same.
 //
 // Texts whose expressions could ask for much are left out: users write them, not strangers.
 
@@ -70,7 +70,7 @@ std::string source(const std::vector<Item>& items) {
   return result + ']';
 }
 
-// All that a definition says, as a file that says the same.
+// A file that says the same as a definition.
 std::string written(const definition& what) {
   std::string result =
       "name = " + literal(what.title) + "\nschemes = " + source(what.schemes) +
@@ -117,7 +117,7 @@ void checkFault(const hopopen::fault& one, std::string_view text) {
         "a fault is at a column of the line", text, one.lineOfText());
   check(!one.message.empty() && printable(one.message) && printable(one.lineOfText()),
         "a fault is told in printable ASCII", one.message);
-  check(one.message.back() != '.', "a fault is told without a full stop", one.message);
+  check(one.message.back() != '.', "a fault ends without a full stop", one.message);
 }
 
 // --- Definitions -----------------------------------------------------------
@@ -207,8 +207,8 @@ void fuzz(std::string_view input) {
     const std::string file = written(*what);
     checkSame(written(*copy), file, "reading again gives the same", text);
     const auto anew = hopopen::readDefinition("b", file, "/a/b.toml", again);
-    check(anew.has_value(), "what is written anew reads", file,
+    check(anew.has_value(), "the text written anew reads", file,
           again.empty() ? "" : again.front().lineOfText());
-    checkSame(written(*anew), file, "what is written anew reads the same", text);
+    checkSame(written(*anew), file, "the text written anew reads the same", text);
   }
 }

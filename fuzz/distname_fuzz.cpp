@@ -128,14 +128,14 @@ void checkOrders(const std::string& a, const std::string& b, const std::string& 
              [](const DistName& x, const DistName& y) { return x.compare(y); });
   checkOrder(a, b, c, [](const std::string& x, const std::string& y) {
     const int result = displayOrder::instance.compare(x, y);
-    check((result == 0) == displayOrder::same(x, y), "the same is what compares equal", x, y);
-    check((result < 0) == displayOrder::instance(x, y), "less is what compares below", x, y);
+    check((result == 0) == displayOrder::same(x, y), "only equal names compare as equal", x, y);
+    check((result < 0) == displayOrder::instance(x, y), "only lesser names compare as less", x, y);
     return result;
   });
   checkOrder(a, b, c, [](const std::string& x, const std::string& y) {
     const int result = numericOrder::instance.compare(x, y);
-    check((result == 0) == numericOrder::same(x, y), "the same is what compares equal", x, y);
-    check((result < 0) == numericOrder::instance(x, y), "less is what compares below", x, y);
+    check((result == 0) == numericOrder::same(x, y), "only equal names compare as equal", x, y);
+    check((result < 0) == numericOrder::instance(x, y), "only lesser names compare as less", x, y);
     return result;
   });
 }

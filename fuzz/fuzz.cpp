@@ -10,7 +10,7 @@
 
 namespace {
 
-// Not `quote`, which is under test itself.
+// This is not `quote`, because `quote` is under test.
 void show(std::string_view value) {
   std::fputs("  \"", stderr);
   for (const char c : value) {

@@ -96,8 +96,8 @@ constexpr std::string_view UPPER_HEX = "0123456789ABCDEF";
 constexpr std::string_view LOWER_HEX = "0123456789abcdef";
 constexpr std::string_view LETTERS = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
 
-/// True when a file in which expressions may be asks little of the C library for them.
-/// (What it asks for repeated repetitions has no bound: see regexpr_fuzz.cpp.)
+/// True if the expressions of a file, which may have some, ask little of the C library.
+/// (Repeated repetitions may need memory and time without bound: see regexpr_fuzz.cpp.)
 inline bool cheapExpressions(std::string_view file) {
   if (file.find("allow") == std::string_view::npos) {
     return true;

@@ -92,8 +92,8 @@ bool mayNameSecret(const std::string& text, std::size_t i) {
                                sameName(word.substr(word.size() - 8), "password")));
 }
 
-// The text with the passwords made of other letters.  What divides a link stays, and so
-// does what may name another password, which would be none without its name.
+// The text with the passwords made of other letters.  Bytes that divide a link stay, and so
+// do words that may name another password: it would not be one without its name.
 std::string withOtherSecrets(const std::string& text, const std::vector<stretch>& secrets,
                              char letter) {
   std::string result = text;
@@ -183,7 +183,7 @@ void checkQuoted(const std::string& text) {
   check(printable(plain) && plain.find_first_of("<>&") == std::string::npos,
         "without markup there is none", plain);
   checkSame(unquoted(plain, false), text, "without markup it reads back, too", plain);
-  check(printable(hopopen::printable(text)), "what is made printable is", text);
+  check(printable(hopopen::printable(text)), "the printable form is printable", text);
 }
 
 }  // namespace

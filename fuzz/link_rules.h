@@ -1,5 +1,5 @@
-// The rules for links, written anew from what documents say of them and not from the
-// code, to hold the code against.  What is short comes before what is fast here.
+// The rules for links.  They are written from the documents and not from the code, to check
+// the code against them.  Short comes before fast here.
 #pragma once
 
 #include <cstddef>
@@ -43,7 +43,7 @@ struct ruling {
   stretch where;
 };
 
-/// Holds a text against the rules, one after the other.
+/// Checks a text against the rules, one after the other.
 /// `known` says whether a viewer is known for a scheme.
 std::optional<ruling> readByRules(std::string_view text,
                                   const std::function<bool(const std::string&)>& known,
@@ -58,7 +58,7 @@ bool sameName(std::string_view a, std::string_view b);
 /// True when both are addresses of one value and have equal zones, or both the same name.
 bool sameHost(const ruledLink& a, const ruledLink& b);
 
-/// Reads a host as a list of trusted ones has it.  False when it is none.
+/// Reads a host in the form of a list of trusted ones.  False if it is not a host.
 bool readHostByRules(std::string_view text, ruledLink& into);
 
 /// Where the passwords are, whatever else is wrong with the text.  They may overlap.

@@ -1,4 +1,4 @@
-// What a viewer is given for a link.  An input has a host that is trusted, the link, and a
+// What a viewer gets for a link.  An input has a host that is trusted, the link, and a
 // definition; a "!" before the host means that the viewer was chosen by name.  For every
 // link:
 //
@@ -91,7 +91,7 @@ pieces piecesOf(const ruledLink& link, std::optional<unsigned int> port) {
   return result;
 }
 
-// What a definition makes of a link.
+// The launch that a definition gives for a link.
 class expectation {
  public:
   expectation(const toml::table& file, const ruledLink& link, bool trusted)
@@ -330,7 +330,7 @@ bool isAddress(const ruledLink& host) {
   return host.bracketed || only(host.host, "0123456789.");
 }
 
-// Whether the text, as settings have it, trusts the host.  Nothing when it is no host.
+// Whether the text, as settings have it, trusts the host.  Nothing if it is not a host.
 std::optional<bool> trustsByRules(std::string_view text, const ruledLink& host) {
   const bool below = text.starts_with('.');
   ruledLink trusted;

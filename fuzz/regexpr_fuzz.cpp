@@ -1,6 +1,6 @@
 // Regular expressions, for every expression and text:
 //
-// - What does not compile says why, and matches nothing.
+// - An expression that does not compile says why, and matches nothing.
 // - `matchs`, `match` and `matchText` agree, and a match lies within the text, which ends
 //   at its first NUL byte.
 // - What matches still matches with letter case ignored, unless the expression has a
@@ -8,8 +8,8 @@
 //   before a letter is undefined.
 // - After `clear`, which may be called twice, nothing matches.
 //
-// Expressions come from programs, not from strangers, and the C library takes as much
-// memory and time as one asks for with repeated repetitions: each "+" may double both.
+// Expressions come from programs, not from strangers, and the C library needs as much
+// memory and time as repeated repetitions ask for: each "+" may double both.
 // So expressions and texts are short here, with few of them, and counts have one digit.
 // There are no references back to a group, which POSIX does not give these expressions:
 // the C library has them, and its time and memory for them have no bound.

@@ -1,7 +1,7 @@
 // URIs.  For every text:
 //
-// - Parsing stops within the text.  What is before the byte that does not fit does
-//   fit: it is a URI, or parsing it stops at its end.
+// - Parsing stops within the text.  The text before the byte that does not fit is a
+//   URI, or parsing it stops at its end.
 // - A URI has a scheme that begins with a letter, and at least one address, none of them
 //   empty or with a delimiter in it.  It has parameters only without a ticket.
 // - What `format` writes parses back to the same scheme, addresses, ticket, parameters and
@@ -17,7 +17,7 @@
 // - The program is first.  Options follow, each with a dash; the last arguments are the
 //   addresses, without their ports if there is a port option.
 // - Both styles pass the same options in the same order.
-// - Of a second vector only the program is new.
+// - In a second vector only the program is new.
 
 #include <algorithm>
 #include <cstring>
@@ -37,7 +37,7 @@ void checkParsed(const URI& uri, const std::string& text) {
     check(!address.empty() && address.find_first_of("+,/") == address.npos,
           "an address has no delimiter", text, address);
   }
-  check(uri.ticket.empty() || uri.parameters.empty(), "parameters are read without a ticket only",
+  check(uri.ticket.empty() || uri.parameters.empty(), "only a URI without a ticket has parameters",
         text);
   checkSame(uri.hexString(), uri.ticket.format(16), "the ticket in hexadecimal", text);
 }
@@ -101,7 +101,7 @@ std::vector<std::string> vectorOf(URI& uri, unsigned int maxHosts, argsStyle sty
   const std::size_t optionCount = options(uri);
   const std::size_t room =
       hosts + perOption * optionCount + (portArg != nullptr ? perOption : 0) + 2;
-  check(arguments.size() + 1 <= room, "the vector keeps to the room computed for it");
+  check(arguments.size() + 1 <= room, "the vector fits into the room computed for it");
   check(arguments.size() >= 1 + perOption * optionCount + hosts && arguments[0] == "viewer",
         "the program is first");
   for (std::size_t i = 0; i < hosts; i++) {

@@ -27,7 +27,7 @@ const unsigned char* bytes(std::string_view text) {
 std::string encoded(std::uint32_t character) {
   unsigned char buffer[5] = {0, 0, 0, 0, '#'};
   const int size = putUTF8(character, buffer);
-  check(size >= 0 && size <= 4 && buffer[4] == '#', "a character takes at most four bytes");
+  check(size >= 0 && size <= 4 && buffer[4] == '#', "a character has at most four bytes");
   return std::string(reinterpret_cast<const char*>(buffer), static_cast<std::size_t>(size));
 }
 
@@ -79,7 +79,8 @@ void checkValid(const std::string& text) {
   const int size = static_cast<int>(text.size());
   const std::string untilNul = text.substr(0, text.find('\0'));
   const bool okay = wellFormed(text) && untilNul.size() == text.size();
-  check(validUTF8(text.data(), size, false) == okay, "valid is what decodes without NUL", text);
+  check(validUTF8(text.data(), size, false) == okay, "texts that decode without NUL are valid",
+        text);
   check(validUTF8(text.c_str(), -1, false) == wellFormed(untilNul),
         "a text without a length ends at its NUL", text);
   const bool clean = std::none_of(untilNul.begin(), untilNul.end(),
@@ -114,8 +115,7 @@ void checkConverting(const std::string& text) {
   check(ascii(convertUTF8toCS(text, CS_UTF8)), "characters beyond ASCII are dropped", text);
   for (const characterSet set :
        {CS_ASCII, CS_PRINT_ASCII, CS_CP437, CS_CP437UTF, CS_UTF8, CS_INVALID}) {
-    check(wellFormed(convertCStoUTF8(text, set)), "what is converted to UTF-8 is well-formed",
-          text);
+    check(wellFormed(convertCStoUTF8(text, set)), "a text converted to UTF-8 is well-formed", text);
   }
   check(UTF8size(convertCStoUTF8(text, CS_ASCII)) == text.size(), "a byte becomes a character",
         text);

@@ -30,12 +30,15 @@ std::string findingsAsText(const findings& told) {
 std::string findingsAsJSON(const findings& told) {
   json list = json::array();
   for (const fault& one : told.found) {
-    list.push_back({{"file", jsonText(one.file)},
-                    {"line", one.line},
-                    {"column", one.column},
-                    {"message", one.message}});
+    json& shown = list.emplace_back();
+    shown["file"] = jsonText(one.file);
+    shown["line"] = one.line;
+    shown["column"] = one.column;
+    shown["message"] = one.message;
   }
-  return jsonLine({{"faults", list}});
+  json result;
+  result["faults"] = list;
+  return jsonLine(result);
 }
 
 }  // namespace hopopen

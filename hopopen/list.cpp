@@ -73,14 +73,17 @@ std::string listAsJSON(const candidates& all) {
         chosen[scheme] = name(*by);
       }
     }
-    viewers.push_back({{"name", viewer.name},
-                       {"title", jsonText(viewer.title)},
-                       {"schemes", viewer.schemes},
-                       {"file", program ? jsonText(program->viewer.path) : json()},
-                       {"unguarded", jsonTexts(viewer.unguarded)},
-                       {"chosen", chosen}});
+    json& shown = viewers.emplace_back();
+    shown["name"] = viewer.name;
+    shown["title"] = jsonText(viewer.title);
+    shown["schemes"] = viewer.schemes;
+    shown["file"] = program ? jsonText(program->viewer.path) : json();
+    shown["unguarded"] = jsonTexts(viewer.unguarded);
+    shown["chosen"] = chosen;
   }
-  return jsonLine({{"viewers", viewers}});
+  json result;
+  result["viewers"] = viewers;
+  return jsonLine(result);
 }
 
 }  // namespace hopopen

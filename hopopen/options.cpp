@@ -76,13 +76,13 @@ ending wrong(const std::string& what) {
 }
 
 // What the parser says of a fault may quote a link with its password, so it is not shown.
-ending explain(const CLI::ParseError& fault, const CLI::App& app) {
+ending explain(const CLI::App& app) {
   for (const std::string& word : app.remaining()) {
     if (word.starts_with('-') && word != "--") {
       return wrong("There is no option " + shownWord(word.substr(0, word.find('='))) + '.');
     }
   }
-  if (fault.get_name() == "ExtrasError") {
+  if (app.remaining_size() > 0) {
     return wrong("Only one link can be opened at a time.");
   }
   return wrong("An option has no value, or has one too many.");
@@ -133,8 +133,8 @@ std::optional<ending> readOptions(int count, const char* const* arguments, optio
     return ending{app.help(), "", 0};
   } catch (const CLI::CallForVersion&) {
     return ending{std::string("hopopen ") + HOPOPEN_VERSION + '\n', "", 0};
-  } catch (const CLI::ParseError& fault) {
-    return explain(fault, app);
+  } catch (const CLI::ParseError&) {
+    return explain(app);
   }
   if (!takeWish(app, read)) {
     return wrong("Give one link, or one of --list, --check, --use, --forget, --trust, --distrust.");

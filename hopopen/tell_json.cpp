@@ -30,9 +30,10 @@ json parameters(const opening& told) {
   json result = json::array();
   for (std::size_t i = 0; i < told.what.parameters.size(); i++) {
     const parameter& one = told.what.parameters[i];
-    result.push_back({{"name", one.name},
-                      {"value", isSecret(one.name) ? json("***") : jsonText(one.value)},
-                      {"used", told.filled ? json(told.filled->used[i]) : json()}});
+    json& shown = result.emplace_back();
+    shown["name"] = one.name;
+    shown["value"] = isSecret(one.name) ? json("***") : jsonText(one.value);
+    shown["used"] = told.filled ? json(told.filled->used[i]) : json();
   }
   return result;
 }
@@ -41,9 +42,11 @@ json viewer(const choice& chosen) {
   if (chosen.viewer == nullptr) {
     return {};
   }
-  return {{"name", chosen.viewer->name},
-          {"title", jsonText(chosen.viewer->title)},
-          {"file", jsonText(chosen.program.viewer.path)}};
+  json result;
+  result["name"] = chosen.viewer->name;
+  result["title"] = jsonText(chosen.viewer->title);
+  result["file"] = jsonText(chosen.program.viewer.path);
+  return result;
 }
 
 json environment(const filling& filled) {
@@ -58,9 +61,11 @@ json refused(const verdict& why) {
   if (!why) {
     return {};
   }
-  return {{"code", text(why->why)},
-          {"message", jsonText(why->message)},
-          {"position", why->position ? json(*why->position) : json()}};
+  json result;
+  result["code"] = text(why->why);
+  result["message"] = jsonText(why->message);
+  result["position"] = why->position ? json(*why->position) : json();
+  return result;
 }
 
 // The user, from wherever in the link it came.
@@ -76,22 +81,22 @@ std::optional<std::string> userOf(const opening& told) {
 std::string asJSON(const opening& told) {
   const link& what = told.what;
   const auto* const filled = told.filled ? &*told.filled : nullptr;
-  return jsonLine({
-      {"link", jsonText(masked(what.text))},
-      {"scheme", what.scheme.empty() ? json() : json(what.scheme)},
-      {"user", optionalText(userOf(told))},
-      {"host", what.machine ? json(what.machine->plain()) : json()},
-      {"port", what.port ? json(*what.port) : json()},
-      {"trusted", told.trusted ? json(*told.trusted) : json()},
-      {"parameters", parameters(told)},
-      {"dropped", filled != nullptr ? jsonTexts(filled->dropped) : json()},
-      {"viewer", viewer(told.chosen)},
-      {"arguments", filled != nullptr ? jsonTexts(filled->arguments) : json()},
-      {"environment", filled != nullptr ? environment(*filled) : json()},
-      {"unset", filled != nullptr ? jsonTexts(told.chosen.viewer->unset) : json()},
-      {"launch", !told.why},
-      {"refusal", refused(told.why)},
-  });
+  json result;
+  result["link"] = jsonText(masked(what.text));
+  result["scheme"] = what.scheme.empty() ? json() : json(what.scheme);
+  result["user"] = optionalText(userOf(told));
+  result["host"] = what.machine ? json(what.machine->plain()) : json();
+  result["port"] = what.port ? json(*what.port) : json();
+  result["trusted"] = told.trusted ? json(*told.trusted) : json();
+  result["parameters"] = parameters(told);
+  result["dropped"] = filled != nullptr ? jsonTexts(filled->dropped) : json();
+  result["viewer"] = viewer(told.chosen);
+  result["arguments"] = filled != nullptr ? jsonTexts(filled->arguments) : json();
+  result["environment"] = filled != nullptr ? environment(*filled) : json();
+  result["unset"] = filled != nullptr ? jsonTexts(told.chosen.viewer->unset) : json();
+  result["launch"] = !told.why;
+  result["refusal"] = refused(told.why);
+  return jsonLine(result);
 }
 
 }  // namespace hopopen

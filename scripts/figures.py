@@ -189,6 +189,8 @@ def listed(form):
     if form == "bash":
         return ("  local keys='" + "\n    ".join(in_lines(options)) + "'\n"
                 "  local flags='" + "\n    ".join(in_lines(switches)) + "'\n")
+    if form == "zsh_flags":  # which are asked for in lower case
+        return "    " + " | ".join(f"-{key.lower()}" for key in keys("flag")) + ")\n"
     if form == "zsh":
         return ("  local -a keys=(\n" + "".join(hints("launch", "item")) + "  )\n"
                 "  local -a flags=(\n" + "".join(hints("flag")) + "  )\n")

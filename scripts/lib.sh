@@ -146,6 +146,23 @@ step() {
   rm -f "$log"
 }
 
+# aside NAME COMMAND...: begins a step that runs when a processor has nothing else to do.
+# `step NAME has_run NAME` waits for it, and says what it said.
+declare -A asides=()
+aside() {
+  mkdir -p build/aside
+  rm -f "build/aside/$1.status"
+  {
+    chrt --idle 0 "${@:2}" </dev/null >"build/aside/$1.log" 2>&1
+    echo "$?" >"build/aside/$1.status"
+  } &
+  asides[$1]=$!
+}
+has_run() {
+  tail -n +1 -f --pid="${asides[$1]}" "build/aside/$1.log"
+  return "$(<"build/aside/$1.status")"
+}
+
 # add_counts LOG STATUS
 add_counts() {
   local counts

@@ -55,7 +55,7 @@ TEST(DistNameRename, ReplacesTheValueOfTheFirstSegment) {
       {"CN=a\\\\,OU=c", "z", "CN=z,OU=c"},
       {"CN=a=b,OU=c", "z", "CN=z,OU=c"},
       {" CN = a , OU=b", "z", " CN =z, OU=b"},
-      // The value is taken as it is.
+      // The value is used as it is.
       {"CN=a,OU=b", "x,y", "CN=x,y,OU=b"},
       {"CN=a,OU=b", " x\\", "CN= x\\,OU=b"},
       // Without "=" nothing changes.
@@ -73,7 +73,7 @@ TEST(DistNameRename, ReplacesTheValueOfTheFirstSegment) {
 
 // --- The search for a free name ----------------------------------------------
 
-/// Accepts one text, and keeps all that it was asked.
+/// Accepts one text, and keeps every text that it was asked about.
 class wanted : public DistName::criterion {
  public:
   explicit wanted(const std::string& text) : m_text(text) {}
@@ -147,7 +147,7 @@ TEST(DistNameNewName, WritesTheCommaAlsoWithoutAParent) {
 }
 
 TEST(DistNameNewName, BuildsOnTheParsedParts) {
-  // Blanks behind the first comma are gone, and the short name is not escaped
+  // Blanks after the first comma are gone, and the short name is not escaped
   // again.
   const wanted criterion("none");
   name("CN = a\\,b ,  OU=x, DC=c").newName(criterion, 1, 20);
@@ -292,7 +292,7 @@ TEST(DistNameSortable, StartsAtTheRootInLowerCase) {
       {"CN=a\\ ,DC=c", "dc=c\tcn=a\\ "},
       {"CN=a\\  ,DC=c", "dc=c\tcn=a\\ "},
       {"CN=a\\\\ ,DC=c", "dc=c\tcn=a\\\\ "},
-      // Empty segments have their place.
+      // Empty segments count.
       {"CN=x,,DC=c", "dc=c\t\tcn=x"},
       {"CN=x,  ,DC=c", "dc=c\t\tcn=x"},
       {"CN=x,", "\tcn=x"},
@@ -319,7 +319,7 @@ TEST(DistNameSortable, IsMadeOnce) {
 }
 
 TEST(DistNameSortable, CannotBeMadeAgain) {
-  semaphoreSet(false);  // so that it is not the child's, which aborts, to remove
+  semaphoreSet(false);  // so the child, which aborts, need not remove it
   const auto make = [](const DistName& dn) {
     stderrHandler handler(5, AUD_ALL);
     makeSortable(dn);
@@ -330,7 +330,7 @@ TEST(DistNameSortable, CannotBeMadeAgain) {
   make(dn);
   EXPECT_STREQ(dn.sortable(), "dc=c\tcn=x");
   EXPECT_EXIT(make(dn), testing::KilledBySignal(SIGABRT), told);
-  // A copy has the form of its original, one that is assigned to has none.
+  // A copy has the form of its original.  A name that is assigned to has none.
   const DistName copy(dn);
   EXPECT_EXIT(make(copy), testing::KilledBySignal(SIGABRT), told);
   DistName assigned("CN=y");
@@ -405,7 +405,7 @@ TEST(DisplayOrder, ComparesShortNamesThenWholeTexts) {
       {"CN=\\2Ca", "CN=-a", -1},
       {"CN=\\61", "CN=a", -1},
       {"CN=10", "CN=9", -1},
-      // Bytes from 128 up stand before all others.
+      // Bytes from 128 up come before all others.
       {"CN=\xC3\xA9", "CN=a", -1},
       {"CN=\x80", "CN=\x7F", -1},
       {"CN=\x80", "CN=\xFF", -1},
@@ -459,7 +459,7 @@ TEST(NumericOrder, ComparesShortNamesAsNumbers) {
       {"CN=007", "CN=7", 0},
       {"CN=12abc", "CN=12", 0},
       {"CN=2147483647", "CN=0", 2147483647},
-      // A text that starts with no digit, or a number that is too large, is -1.
+      // A text without a digit at its start is -1, and so is a number that is too large.
       {"CN=x", "CN=0", -1},
       {"CN=x", "CN=y", 0},
       {"12", "CN=0", -1},

@@ -1,4 +1,4 @@
-// What holds for every name, tried on many names from a fixed seed.
+// Properties of all names, tried on many names from a fixed seed.
 
 #include <gtest/gtest.h>
 
@@ -25,7 +25,7 @@ int sign(int value) {
   return (value > 0) - (value < 0);
 }
 
-/// A source of texts, the same ones in every run.
+/// A source of texts.  They are the same in every run.
 class texts {
  public:
   explicit texts(unsigned int seed) : m_engine(seed) {}
@@ -40,10 +40,10 @@ class texts {
     return result;
   }
 
-  /// A value with what has a meaning in names, but no white space except blanks.
+  /// A value with characters that mean something in names, and no white space except blanks.
   std::string value() { return of("aBc1 2,+\"\\;<=>#/.F0\xC3\xA9", 1, 8); }
 
-  /// A name of well-formed segments, the values escaped.
+  /// A name of well-formed segments with escaped values.
   std::string wellFormed(std::size_t segments) {
     static const char* const keys[] = {"CN", "OU", "DC", "cn", "x"};
     std::string result;
@@ -56,7 +56,7 @@ class texts {
     return result;
   }
 
-  /// Anything, mostly of characters that have a meaning.
+  /// Any text, mostly of characters that mean something.
   std::string junk() { return of("aB=,\\ \t/#0C", 0, 14); }
 
  private:
@@ -89,7 +89,7 @@ TEST(DistNameProperties, AnEscapedValueIsOneSegmentAndReadsBack) {
     const std::string escaped = DistName::escape(value);
     ASSERT_EQ(DistName::segments(escaped), 1U) << quote(escaped);
     ASSERT_EQ(DistName::shortName("CN=" + escaped), value) << quote(escaped);
-    // A blank behind a backslash counts as escaped, even behind an escaped one.
+    // A blank after a backslash counts as escaped, even after an escaped one.
     const std::string end = value.back() == '\\' ? ",DC=c" : " ,DC=c";
     ASSERT_EQ(DistName::shortName("CN= " + escaped + end), value) << quote(escaped);
     ASSERT_EQ(DistName::extractId("CN=" + escaped + ",DC=c", "CN", DistName::SINGLE, '/'), escaped);
@@ -152,7 +152,7 @@ TEST(DistNameProperties, TheSortableFormHasATabForEveryComma) {
   for (int i = 0; i < ROUNDS; i++) {
     const DistName dn = name(source.wellFormed(1 + source.below(5)));
     const std::string form = dn.sortable();
-    // Nothing is trimmed off such a name: blanks at the ends of values are escaped.
+    // Such a name loses nothing by trimming: blanks at the ends of values are escaped.
     ASSERT_EQ(form.size(), dn.size()) << quote(dn);
     ASSERT_EQ(static_cast<std::size_t>(std::count(form.begin(), form.end(), '\t')) + 1,
               dn.segments())
@@ -182,7 +182,7 @@ TEST(DistNameProperties, CompareIgnoresCaseAndBlanksBetweenSegments) {
       const std::string text = source.wellFormed(1);
       tight += (segment > 0 ? "," : "") + text;
       loose += (segment > 0 ? ", " : " ") + upper(text);
-      // A blank behind a backslash would count as escaped.
+      // A blank after a backslash would count as escaped.
       if (text.back() != '\\') loose += source.of(" \t", 0, 2);
     }
     ASSERT_EQ(name(tight).compare(name(loose)), 0) << quote(tight) << " and " << quote(loose);

@@ -16,7 +16,7 @@ namespace DistName_test {
 
 namespace {
 
-// Made before the library's own initialisers can have run.
+// Created before the library's own initialisers can run.
 __attribute__((init_priority(101))) const std::string madeBeforeMain =
     DistName("CN=a,DC=B").sortable();
 
@@ -259,7 +259,7 @@ TEST(DistNameShortName, IsTheValueOfTheFirstSegment) {
       {"John", ""},
       {"John,DC", ""},
       {"", ""},
-      // The key is not looked at, nor that it stands in the first segment.
+      // The key does not matter, nor does the segment that it is in.
       {"=x", "x"},
       {"a,CN=x,DC=c", "x"},
   };
@@ -328,16 +328,16 @@ TEST(DistNameExtractId, CollectsWhatItsModeAsksFor) {
       {"CN=x", "DC", "", "", "", "", "x"},
       // Letter case of the key does not count.
       {"cn=x,ou=a,Ou=b,dC=c", "oU", "a", "a/b", "b/a", "", "x"},
-      // Part of a key is no key.
+      // A part of a key is not the key.
       {"CN=x,OUX=a,O=b,OU=c", "OU", "c", "c", "c", "a/b", "x/a/b"},
-      // White space around keys and values is no part of them.
+      // White space around keys and values is not part of them.
       {" CN = x y ,\t OU\t=\ta ,OU = b ", "OU", "a", "a/b", "b/a", "", "x y"},
       {" CN = x y , OU = a ,OU = b , DC = c ", "DC", "c", "c", "c", "a/b", "x y/a/b"},
       // Values are not unescaped, and escaped commas do not end them.
       {"CN=x,OU=a\\,b,OU=\\2C,DC=c", "OU", "a\\,b", "a\\,b/\\2C", "\\2C/a\\,b", "", "x"},
       {"CN=x,OU=a\\ ,DC=c", "OU", "a\\ ", "a\\ ", "a\\ ", "", "x"},
       {"CN=x,OU=a=b,DC=c", "OU", "a=b", "a=b", "a=b", "", "x"},
-      // An empty value has its place between the separators.
+      // An empty value counts between the separators.
       {"OU= ,OU=b", "OU", "", "/b", "b/", "", ""},
       {"CN=x,OU= ,L=b", "DC", "", "", "", "/b", "x//b"},
       // A segment without "=" ends the search.
@@ -373,7 +373,7 @@ TEST(DistNameExtractId, JoinsByTheSeparator) {
 }
 
 TEST(DistNameExtractId, AbortsOnAnUnknownModeWhenAKeyMatches) {
-  semaphoreSet(false);  // so that it is not the child's, which aborts, to remove
+  semaphoreSet(false);  // so the child, which aborts, need not remove it
   const auto extract = [] {
     stderrHandler handler(5, AUD_ALL);
     DistName("CN=x,OU=a").extractId("OU", static_cast<DistName::extractMode>(5), '/');
@@ -412,8 +412,8 @@ TEST(DistNameCanonicalName, EndsTheDomainAtTheFirstOtherSegment) {
   const textCase cases[] = {
       {"DC=b,CN=x,DC=a", "a/x/b"},
       {"DC=c,DC=b,CN=x,DC=a", "a/x/b/c"},
-      // The key of a domain component has two characters and stands directly
-      // behind the comma.
+      // The key of a domain component has two characters and comes directly
+      // after the comma.
       {"CN=x, DC=com", "/com/x"},
       {"DC=x, DC=com", "/com/x"},
       {"CN=x,DC =com", "/com/x"},

@@ -16,7 +16,7 @@ namespace OSevent_test {
 
 namespace {
 
-// What the C library's reentrant error-message routine is made to answer.
+// The answer that a test gives to the C library's reentrant error-message routine.
 enum class answer { real, null, allOnes, text };
 answer theAnswer = answer::real;
 const char* theText = "";

@@ -174,7 +174,7 @@ TEST(URIargs, GivesDefaultOptionsToVNCInAnyCaseOnly) {
 
 TEST(URIargs, LetsAParameterReplaceTheDefaultOfTheSameName) {
   const argsCase cases[] = {
-      // The default's name has a dash of its own.
+      // The default's name itself begins with a dash.
       {"vnc://h/?autoreconnect=1",
        "x",
        1,
@@ -274,23 +274,23 @@ TEST(URIargs, PassesThePortOfTheFirstAddressAsAnOption) {
       {"ssh://h:22/", "x", 0, AS_SEPARATE, "p", {"x", "-p", "22", "h"}},
       {"ssh://h/", "x", 0, AS_EQUALS, "p", {"x", "h"}},
       {"ssh://h/", "x", 0, AS_SEPARATE, "p", {"x", "h"}},
-      // Every address loses its port, with or without one in the first.
+      // Every address loses its port, whether or not the first one has a port.
       {"ssh://a:1+b:2,c/", "x", 0, AS_EQUALS, "p", {"x", "-p=1", "a", "b", "c"}},
       {"ssh://a+b:2,c:3/", "x", 0, AS_SEPARATE, "p", {"x", "a", "b", "c"}},
       {"ssh://a+b:2/", "x", 1, AS_SEPARATE, "p", {"x", "a"}},
       {"ssh://a:1+b:2/", "x", 1, AS_SEPARATE, "p", {"x", "-p", "1", "a"}},
-      // Whatever is behind the last colon is the port.
+      // The port is all that follows the last colon.
       {"ssh://h:/", "x", 0, AS_EQUALS, "p", {"x", "-p=", "h"}},
       {"ssh://h:/", "x", 0, AS_SEPARATE, "p", {"x", "-p", "", "h"}},
       {"ssh://h:22:33/", "x", 0, AS_EQUALS, "p", {"x", "-p=33", "h:22"}},
       {"ssh://h:abc/", "x", 0, AS_EQUALS, "p", {"x", "-p=abc", "h"}},
       {"ssh://[fe80::1]:22/", "x", 0, AS_EQUALS, "p", {"x", "-p=22", "[fe80::1]"}},
       {"ssh://[::1]/", "x", 0, AS_EQUALS, "p", {"x", "-p=1]", "[:"}},
-      // The option's name is taken as it is.
+      // The option's name is used as it is.
       {"ssh://h:22/", "x", 0, AS_EQUALS, "", {"x", "-=22", "h"}},
       {"ssh://h:22/", "x", 0, AS_SEPARATE, "", {"x", "-", "22", "h"}},
       {"ssh://h:22/", "x", 0, AS_EQUALS, "-port", {"x", "--port=22", "h"}},
-      // Behind the other options, of which it replaces none.
+      // It comes after the other options and replaces none of them.
       {"ssh://h:22/?p=1&z=2", "x", 0, AS_EQUALS, "p", {"x", "-p=1", "-z=2", "-p=22", "h"}},
   };
   checkArgs(cases);

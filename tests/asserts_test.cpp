@@ -35,7 +35,7 @@ static_assert(onTheStack<assertEvent> && !onTheHeap<assertEvent>);
 static_assert(!std::is_copy_constructible_v<assertEvent>);
 static_assert(!std::is_copy_assignable_v<assertEvent>);
 
-// What is told of a report, but for the stack trace.
+// What is printed of a report, except for the stack trace.
 std::string told(const eventReport& event) {
   const seenReport seen = look(event);
   return std::to_string(seen.severity) + " " + std::to_string(seen.audience) + " " +
@@ -191,7 +191,7 @@ TEST(ASSERT, ReportsAGivenPosition) {
       {"../utilities/uri", 142, "../utilities/uri @ 142"},
       {"../brimcore/configRef", 122, "../brimcore/configRef @ 122"},
       {"../utilities/unix/stack_unx", 1, "../utilities/unix/stack_unx @ 1"},
-      // An ending is left out; dots in folders are none.
+      // An ending is left out; a dot in a folder's name does not begin one.
       {"../utilities/uri.cpp", 142, "../utilities/uri @ 142"},
       {"../include/uri.h", 9, "../include/uri @ 9"},
       {"../release-1.2/uri", 9, "../release-1.2/uri @ 9"},

@@ -24,7 +24,7 @@ Entries entriesOf(const assocList& list) {
   return Entries(list.begin(), list.end());
 }
 
-// The readings of a sequence of strings.
+// The list that a sequence of strings gives.
 assocList listOf(const std::vector<std::string>& entries) {
   return assocList(entries);
 }
@@ -50,7 +50,7 @@ TEST(AssocList, KeepsTheLetterCaseOfTheFirstInsertion) {
   EXPECT_EQ(entriesOf(list), (Entries{{"Log", "2"}}));
 }
 
-// Wherever it is, the first difference decides, and a difference in case is none.
+// The first difference decides, wherever it is.  A difference in case does not count.
 TEST(CaseInsensitiveLess, IsDecidedByTheFirstDifference) {
   for (std::size_t place = 0; place < 20; place++) {
     SCOPED_TRACE(place);

@@ -1,4 +1,4 @@
-// Null pointers and positions beyond the end, which give what a malformed text gives.
+// Null pointers and positions beyond the end.  They give the same as a malformed text.
 #include <gtest/gtest.h>
 
 #include <csignal>

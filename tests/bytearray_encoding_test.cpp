@@ -20,8 +20,8 @@ ByteArray allBytes() {
   return result;
 }
 
-// The bytes as space-separated decimal numbers, for comparisons that do not rest
-// on the encodings under test.
+// The bytes as space-separated decimal numbers, for comparisons that do not use
+// the encodings under test.
 std::string bytesOf(const ByteArray& array) {
   std::string result;
   for (unsigned int i = 0; i < array.size(); i++) {
@@ -34,7 +34,7 @@ struct decodeCase {
   const char* text;
   unsigned int radix;
   bool okay;
-  const char* bytes;  // as of bytesOf; only looked at when okay
+  const char* bytes;  // as from bytesOf; only compared when okay
 };
 
 void checkDecoding(const decodeCase& expected) {
@@ -90,7 +90,7 @@ TEST(ByteArraySetRadix16, EndsTheRunAtEveryOtherCharacter) {
   }
 }
 
-// Long runs are decoded by the block.
+// Decoding reads long runs in blocks.
 TEST(ByteArraySetRadix16, EndsALongRunAtAnyPlace) {
   std::string digits;
   for (int i = 0; i < 100; i++) {
@@ -103,7 +103,7 @@ TEST(ByteArraySetRadix16, EndsALongRunAtAnyPlace) {
       text[place] = other;
       ByteArray array;
       ASSERT_TRUE(array.set(text.c_str(), 16));
-      // The first of an odd number of digits is a byte of its own.
+      // The first of an odd number of digits is a byte alone.
       const std::string expected =
           place % 2 == 0 ? std::string(place / 2, '\x5a') : '\x05' + std::string(place / 2, '\xa5');
       ASSERT_EQ(std::string(reinterpret_cast<const char*>(array.data()), array.size()), expected);
@@ -125,7 +125,7 @@ TEST(ByteArraySetRadix64, DecodesARunAndItsPadding) {
       {"////", 64, true, "255 255 255"},
       {"+/+/", 64, true, "251 255 191"},
       {"Zm9vYmFy", 64, true, "102 111 111 98 97 114"},
-      // Bits that no byte needs are not looked at.
+      // Bits that no byte needs do not matter.
       {"QR==", 64, true, "65"},
       {"QUJ=", 64, true, "65 66"},
       // Hexadecimal digits are base64 characters like any other.
@@ -231,7 +231,7 @@ TEST(ByteArraySetRadix0, FailsForOddLengthsAndForeignCharacters) {
       {"ab-c", 0, false, ""},
       {"QUJ?", 0, false, ""},
       {"QUJ\xe9", 0, false, ""},
-      // Even and of the right characters, but no base64.
+      // An even number of the right characters, but not base64.
       {"gg", 0, false, ""},
       {"QUJDRE", 0, false, ""},
       {"Q===", 0, false, ""},

@@ -14,7 +14,7 @@ namespace {
 bool outOfMemory = false;
 unsigned int allocations = 0;
 
-// While one of these exists, allocations that must not throw fail.
+// While one of these exists, allocations that may not throw fail.
 class memoryShortage {
  public:
   memoryShortage() { outOfMemory = true; }
@@ -30,7 +30,7 @@ void* allocate(std::size_t size) {
 
 const replacedCalls here(__FILE__, [] { systemCalls::newArray.replace(allocate); });
 
-// The array has no bytes, and is as good as new.
+// The array has no bytes, and works like a new one.
 void expectEmptyAndUsable(ByteArray& array) {
   EXPECT_EQ(array.size(), 0U);
   EXPECT_TRUE(array.empty());
@@ -58,7 +58,7 @@ TEST(ByteArrayWithoutMemory, LosesItsBytesWhenItCannotGrow) {
   {
     const memoryShortage shortage;
     EXPECT_FALSE(array.reserve(4));
-    EXPECT_FALSE(array.reserve(1)) << "the old room went with the failure";
+    EXPECT_FALSE(array.reserve(1)) << "the failure released the old room";
   }
   expectEmptyAndUsable(array);
 }

@@ -10,8 +10,8 @@ namespace bytearray_test {
 
 namespace {
 
-// The bytes as space-separated decimal numbers, for comparisons that do not rest
-// on the encodings under test.
+// The bytes as space-separated decimal numbers, for comparisons that do not use
+// the encodings under test.
 std::string bytesOf(const ByteArray& array) {
   std::string result;
   for (unsigned int i = 0; i < array.size(); i++) {

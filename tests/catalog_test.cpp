@@ -140,7 +140,7 @@ class CatalogFile : public testing::Test {
   std::vector<std::string> folders() const { return {m_folder / "viewers"}; }
   std::string path() const { return m_folder / "cache" / "viewers"; }
 
-  // What a catalog of all files says, as if they had been there for long.
+  // The text of a catalog of all files, as if they were old.
   catalog settled() const { return catalog(readDefinitions(folders()).viewers); }
 
   fs::path m_folder;

@@ -14,7 +14,7 @@ using std::string_literals::operator""s;
 namespace {
 
 // The published code page 437 for each of U+0080 to U+00FF, 255 where it has no such
-// character.  The no-break space stands at 255 there, which comes to the same.
+// character.  It has the no-break space at 255, which gives the same.
 const unsigned int fromLatin1[128] = {
     255, 255, 255, 255, 255, 255, 255, 255,  // U+0080
     255, 255, 255, 255, 255, 255, 255, 255,  // U+0088
@@ -108,7 +108,7 @@ TEST(CSvalid, JudgesEachCharacter) {
       {"32", " ", {true, true, true, true, true, false}},
       {"126", "~", {true, true, true, true, true, false}},
       {"127", "\x7f", {true, false, true, true, true, false}},
-      {"a line feed behind a letter", "a\n", {true, false, true, true, true, false}},
+      {"a line feed after a letter", "a\n", {true, false, true, true, true, false}},
       {"U+0080", "\xc2\x80", {false, false, false, false, true, false}},
       {"U+00A0", "\xc2\xa0", {false, false, false, false, true, false}},
       {"U+00A1", "\xc2\xa1", {false, false, true, true, true, false}},

@@ -1,6 +1,6 @@
-"""Types command lines into bash, zsh and fish on a terminal, and checks what comes of them.
+"""Types command lines into bash, zsh and fish on a terminal, and checks the results.
 
-A function stands in for each program and writes down the arguments that it is given.  fish
+A function replaces each program and writes down the arguments that it gets.  fish
 is also asked for its completions.  What hopopen knows comes from the program itself, in a
 home with two viewers.
 
@@ -35,7 +35,7 @@ FISH_SETUP = (
     " set -g fish_autosuggestion_enabled 0"
 )
 
-# Names of programs and of files that a shell must not read, each after a mark of its own.
+# Names of programs and files that a shell must not interpret, each after its own mark.
 NAMES = [
     "q1 blank",
     "q2$(touch pwned)",
@@ -47,10 +47,10 @@ NAMES = [
     "q8\\back",
     "q9>pwned",
 ]
-# One that no line can hold as it is: quoted, or not offered.
+# No line can hold this one as it is: it is quoted, or not offered.
 TWO_LINES = "r1\ntouch pwned"
 
-# What is typed, where "\t" asks for a completion, and the arguments that come of it.
+# The keys to type, where "\t" asks for a completion, and the arguments that result.
 CASES = [
     ("hoplaunch -lo\tx", ["-log=x"]),
     ("hoplaunch -prog\tx", ["-program=x"]),
@@ -70,7 +70,7 @@ CASES = [
     ("hoplaunch ss\th/", ["ssh://h/"]),
     ("hoplaunch vnc:\th/", ["vnc://h/"]),
     ("hoplaunch -dummy=1 -por\tP vn\th/", ["-dummy=1", "-portArg=P", "vnc://h/"]),
-    # The argument behind a keyword is its value, whatever it looks like.
+    # The argument after a keyword is its value, whatever it looks like.
     ("hoplaunch -dummy -por\tx", ["-dummy", "-porx"]),
     ("hoplaunch -program=launch_this_v\tvnc://h/", ["-program=launch_this_viewer", "vnc://h/"]),
     ("hoplaunch -log=launch_logs/a_\tvnc://h/", ["-log=launch_logs/a_log", "vnc://h/"]),
@@ -99,12 +99,12 @@ CASES = [
     ("hopopen x-\th", ["x-beta://h"]),
     ("hopopen --quiet vn\th", ["--quiet", "vnc://h"]),
     ("hopopen -- vn\th", ["--", "vnc://h"]),
-    # Texts of a definition are no names and no schemes, and no shell runs them.
+    # Texts of a definition are neither names nor schemes, and no shell runs them.
     ("hopopen --viewer=ev\t", ["--viewer=ev"]),
     ("hopopen --forget ev\t", ["--forget", "ev"]),
 ]
 
-# What fish has for the last word of a line.
+# The completions that fish has for the last word of a line.
 FISH_CASES = [
     ("hopopen --vie", ["--viewer"]),
     ("hopopen --viewer ", ["alpha-1", "beta"]),
@@ -144,8 +144,17 @@ programs = ["beta"]
 arguments = []
 """,
 }
+
+
+def keys_of(kind):
+    """The keys of a kind that docs/items.tsv lists."""
+    with open(f"{TOP}/docs/items.tsv", encoding="utf-8") as lines:
+        rows = [line.split("\t") for line in lines]
+    return [row[1] for row in rows if row[0] == kind]
+
+
 # A flag is completed with its value in bash and fish, and in two steps in zsh.
-FLAGS = ["refcount", "hoplaunch", "configDB", "reportThread", "reportStack"]
+FLAGS = keys_of("flag")
 
 # Keys in another case.  How the completed part is written is the shell's choice.
 CASE_CASES = [
@@ -178,7 +187,7 @@ def name_cases():
             yield f"{program} -log=files/{mark}\tvnc://h/", [f"-log=files/{name}", "vnc://h/"]
         yield f"hopopen --log files/{mark}\tvnc://h", ["--log", f"files/{name}", "vnc://h"]
         yield f"hopopen --log=files/{mark}\tvnc://h", [f"--log=files/{name}", "vnc://h"]
-    # Where something special was typed already.
+    # Lines that already have something special.
     yield "hoplaunch -program=q1\\ b\tvnc://h/", ["-program=q1 blank", "vnc://h/"]
     yield "hoplaunch -program=q2\\$\tvnc://h/", ["-program=q2$(touch pwned)", "vnc://h/"]
 
@@ -245,7 +254,7 @@ def arguments(child, typed, folder):
 
 
 def separated(words):
-    """Long options with their values as arguments of their own, as fish writes them."""
+    """Long options with their values as separate arguments, as fish writes them."""
     return [part for word in words for part in (word.split("=", 1) if word[:2] == "--" else [word])]
 
 
@@ -296,6 +305,10 @@ def main():
             failed += 1
             print(f"FAILED: {shell}: {typed!r} gives {found}, not {expected}")
 
+    for item in keys_of("item"):
+        if not any(f"-{item}=" in word for _, words in CASES for word in words):
+            failed += 1
+            print(f"FAILED: CASES has nothing that completes -{item}")
     for shell in [*SHELLS, "fish"]:
         child = start(shell, folder)
         for typed, expected in [*CASES, *flag_cases(shell), *name_cases()]:

@@ -34,8 +34,8 @@ struct opened {
 };
 template struct opened<&ThreadData::clientObjects>;
 
-/// Publishes an empty database for each test, so that what other tests and the
-/// library registered does not show, and records all reports.
+/// Publishes an empty database for each test, so that no test sees what other tests
+/// and the library registered.  Records all reports.
 class ConfigDB : public testing::Test {
  protected:
   ConfigDB() {
@@ -44,7 +44,7 @@ class ConfigDB : public testing::Test {
   }
   ~ConfigDB() override {
     configDB::dummy() = configItem(std::string(), "", false, false);
-    // At exit a handle cannot give an obsolete version back any more.
+    // At exit a handle can no longer give back an obsolete version.
     threadedConfigDB::refresh();
   }
 
@@ -436,12 +436,12 @@ TEST(ConfigDBFinalise, PublishesBehindTheThreadData) {
 }
 
 TEST_F(ConfigDB, FinalisesTheLocalisedStringsBeforeItPublishes) {
-  /// Keeps whether a database was published by the time of a report.
+  /// Records whether a database was published at the time of a report.
   class watch : public eventHandler {
    public:
     watch() : eventHandler(0) {}
     bool handle(eventReport& event) override {
-      seen.push_back(reportLine(event) + (configDB(RT_READ).null() ? ", before" : ", behind"));
+      seen.push_back(reportLine(event) + (configDB(RT_READ).null() ? ", before" : ", after"));
       return true;
     }
     const char* name() const override { return "watch"; }
@@ -471,7 +471,7 @@ TEST_F(ConfigDB, KeepsAThreadOnItsVersionUntilItRefreshes) {
   EXPECT_FALSE(has(local, "key"));
   EXPECT_EQ(old->count(), 2) << "this thread's handle and the one elsewhere";
   threadedConfigDB::refresh();
-  EXPECT_EQ(&threadedConfigDB::local(), &local) << "the handle stays, what it holds changes";
+  EXPECT_EQ(&threadedConfigDB::local(), &local) << "the handle stays, but holds another version";
   EXPECT_EQ(local.version(), 1);
   EXPECT_EQ(local.stage(), RCS_CANONICAL);
   EXPECT_TRUE(has(local, "key"));

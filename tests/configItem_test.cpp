@@ -125,7 +125,7 @@ TEST(ConfigItem, KeepsItsDefaultsApartFromItsValues) {
   EXPECT_EQ(item.getDefaults(), texts{"a"});
 }
 
-/// A recorder in the map that this thread goes on using.
+/// A recorder in the map that this thread keeps using.
 class ConfigItemSource : public testing::Test {
  protected:
   ~ConfigItemSource() override { traceFlag::set("configDB", 0); }

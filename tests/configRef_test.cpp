@@ -62,14 +62,14 @@ struct earlyReading {
 
 const earlyReading early;
 
-/// A published database, and a recorder in the map that this thread goes on using.
+/// A published database, and a recorder in the map that this thread keeps using.
 class ConfigRef : public testing::Test {
  protected:
   ConfigRef() {
     static_cast<void>(greeting.value(false));
     threadedConfigDB::refresh();
   }
-  // At exit a handle cannot give an obsolete version back any more.
+  // At exit a handle can no longer give back an obsolete version.
   ~ConfigRef() override { threadedConfigDB::refresh(); }
 
   static void store(const char* key, const char* value) {
@@ -315,7 +315,7 @@ TEST_F(ConfigRef, ReadsANumberAboveZeroOrTheDefault) {
     EXPECT_EQ(converted, row.read);
     EXPECT_EQ(item("test.five").getDefaults(), texts{"5"});
   }
-  EXPECT_EQ(reports.take(), texts{}) << "a bad number is no missing one";
+  EXPECT_EQ(reports.take(), texts{}) << "a bad number is not a missing one";
 }
 
 TEST_F(ConfigRef, FallsBackToItsOwnDefault) {

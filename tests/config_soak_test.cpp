@@ -1,4 +1,4 @@
-// The configuration database under load: edits without end beside processes that
+// The configuration database under load: very many edits while other processes
 // read, and editors that race.
 #include <gtest/gtest.h>
 #include <malloc.h>
@@ -42,8 +42,8 @@ const char* const NONE[] = {"none", "-none", nullptr};
 const configString LABEL("soakLabel", "none");
 const configArray LABELS("soakLabels", NONE);
 
-// Puts one label in several places, so that a version that is put together from two
-// shows.
+// Puts one label in several places.  So a version that mixes two others does not go
+// unnoticed.
 void putLabel(editableConfigDB& editor, const std::string& label) {
   editor.set("soakLabel", label, DistName("CN=" + label, DistName::SIMPLE), false);
   editor.set("soakLabels", texts{label, "-" + label}, DistName(), false);
@@ -64,7 +64,7 @@ std::string canonicalLabel() {
   return labelOf(configDB(RT_READ));
 }
 
-// A thread that has read: the first read publishes what the items registered.
+// A thread that has read.  The first read publishes what the items registered.
 struct startedThread {
   startedThread() {
     ThreadData::instance(false);
@@ -83,14 +83,14 @@ constexpr int EDITS = 100000;
 #endif
 constexpr int WARM_UP = 4000;
 
-// What the process may have more of at the end than after the warm-up.  A block of
-// memory takes 16 bytes or more, so that one left behind with each edit would come to
-// nearly twice as much.  What the allocator keeps at hand comes to less.
+// The memory that the process may gain between the warm-up and the end.  A block of
+// memory has 16 bytes or more, so one leaked block per edit would gain nearly twice as
+// much.  The reserve of the allocator is less.
 constexpr std::size_t SLACK = EDITS * 8;
 
 struct memoryUse {
-  std::size_t allocated;  // bytes in the hands of the program
-  std::size_t mapped;     // bytes for data in the hands of the process
+  std::size_t allocated;  // bytes that the program has allocated
+  std::size_t mapped;     // bytes that the process has for data
 
   bool isFlatSince(const memoryUse& earlier) const {
     return allocated < earlier.allocated + SLACK && mapped < earlier.mapped + SLACK;
@@ -99,7 +99,7 @@ struct memoryUse {
 
 memoryUse memoryNow() {
 #ifdef SANITIZED
-  // The sanitizer keeps hold of what is freed for a while: the process does grow.
+  // The sanitizer keeps freed memory for a while, so the process does grow.
   return {__sanitizer_get_current_allocated_bytes(), 0};
 #else
   const struct mallinfo2 heap = mallinfo2();
@@ -114,7 +114,7 @@ memoryUse memoryNow() {
 
 constexpr int READERS = 4;
 
-// What parent and children share.
+// Shared by the parent and its children.
 struct board {
   volatile int rounds[READERS];
   volatile int faults[READERS];
@@ -128,8 +128,8 @@ board& newBoard() {
   return *static_cast<board*>(memory);
 }
 
-// Reads the copies that a child process has of the versions, those that were there when
-// it began and those that it makes, until it is told to stop.
+// Reads the copies that a child process has of the versions: those that existed when it
+// began, and those that it makes.  It reads until the parent ends it.
 class reader : public Thread {
  public:
   reader(board& shared, int number) : Thread(true), m_shared(shared), m_number(number) {}
@@ -284,7 +284,7 @@ TEST(ConfigSoak, HoldsThroughEditsWithoutEndBesideReaders) {
 
 class EditorRace : public testing::Test {
  protected:
-  // At exit a handle cannot give an obsolete version back any more.
+  // At exit a handle can no longer give back an obsolete version.
   ~EditorRace() override { threadedConfigDB::refresh(); }
 
   startedThread thread;

@@ -33,7 +33,7 @@ struct entry {
 
 using entryMap = countedMap<std::string, entry, caseInsensitive>;
 
-/// A value that tells of its end.
+/// A value that records its end.
 struct mortal {
   mortal(const std::string&, const std::string&, bool, bool) {}
   mortal(const mortal&) = default;
@@ -42,7 +42,7 @@ struct mortal {
   static const char* className() { return "mortal"; }
 };
 
-/// A handle with its protected operations in the open.
+/// A handle whose protected operations are public.
 class entryRef : public countedMapRef<std::string, entry, caseInsensitive> {
  public:
   explicit entryRef(refType type) : countedMapRef(type) {}
@@ -331,7 +331,7 @@ TEST_F(CountedMap, HoldsWhatATypeSays) {
     EXPECT_EQ(built.null(), row.null);
     EXPECT_EQ(built.stage(), row.stage);
     EXPECT_EQ(built.size(), row.size);
-    // An update that finds nothing published does not destroy what it lets go.
+    // An update that finds nothing published does not destroy the version that it releases.
     entryRef assigned(row.published ? RT_EMPTY : RT_NULL);
     assigned = row.type;
     EXPECT_EQ(assigned.null(), row.null);

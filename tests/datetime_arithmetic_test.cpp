@@ -15,7 +15,7 @@ namespace datetime_arithmetic_test {
 
 namespace {
 
-// Read before the library's own initialisers can have run.
+// Read before the library's own initialisers can run.
 struct startUpValues {
   std::string last = raw(DateTime::LAST_DAY);
   std::string bad = raw(DateTime::BAD_TIME);
@@ -86,7 +86,7 @@ TEST(DateTime, OrdersBySecondsThenMicroseconds) {
           << raw(ascending[i]) << " and " << raw(ascending[j]);
     }
   }
-  // The order looks at the fields alone, so the invalid time has its place too.
+  // The order compares only the fields, so the invalid time has a place in it, too.
   EXPECT_TRUE(rawTime(0, 999999) < DateTime::BAD_TIME);
   EXPECT_TRUE(DateTime::BAD_TIME < rawTime(1, 0));
   EXPECT_FALSE(DateTime::BAD_TIME < DateTime());
@@ -269,7 +269,7 @@ TEST(DateTimePlus, MovesByAFractionOfSeconds) {
 TEST(DateTimePlus, CutsTheMicrosecondsOff) {
   EXPECT_EQ(raw(DateTime::MIN_TIME + 1.9e-6), "0.000001");
   EXPECT_EQ(raw(rawTime(1794740854, 1) + 1e-6), "1794740854.000001");
-  // The sum is a double, which lies a little below 42517 microseconds here.
+  // The sum is a double, which is a little below 42517 microseconds here.
   EXPECT_EQ(raw(rawTime(1794740854, 42517) + 5.0), "1794740859.042516");
   EXPECT_EQ(raw(rawTime(1794740854, 42517) + 0.0), "1794740854.042516");
 }

@@ -27,7 +27,7 @@ std::string text(const timespec& interval) {
   return std::to_string(interval.tv_sec) + " s " + std::to_string(interval.tv_nsec) + " ns";
 }
 
-/// Stands the clock still, and makes every sleep succeed at once.
+/// Stops the clock, and makes every sleep succeed at once.
 class DateTimeClock : public testing::Test {
  protected:
   DateTimeClock() { fakeClock::stop(); }
@@ -168,7 +168,7 @@ TEST(DateTimeTimezone, ReadsTheTextOfAZone) {
       {"+0199", 159},
       {"99:99", 6039},
       {"+14:00 or so", 840},
-      // White space is no separator, and one separator is enough.
+      // White space is not a separator, and one separator is enough.
       {"+01 30", 60},
       {"+01::30", 60},
       {"+ 01", 0},

@@ -160,7 +160,7 @@ double nearestTo(const rational& exact, double guess) {
   return std::bit_cast<double>(nearest(exact, std::bit_cast<double>(low)) ? low : high);
 }
 
-// What a sum comes to whose nearest double is `total`.
+// The result of a sum whose nearest double is `total`.
 std::string fields(double total) {
   if (total > 4294967295.999998) {
     return "4294967295.invalid";
@@ -279,7 +279,7 @@ TEST(DateTimePlus, TellsTheSmallestDoubleFromNothing) {
   EXPECT_EQ(raw(rawTime(1, 0) - 0x1.8p-54), "0.999999");
 }
 
-// Nothing below it expects a sign at a zero.
+// The code that uses the result does not expect a zero with a sign.
 TEST(DateTimePlus, MakesNoNegativeZero) {
   EXPECT_FALSE(std::signbit(internal::rounding::sum(0, -0.0)));
   EXPECT_FALSE(std::signbit(internal::rounding::sum(0, 0.0)));

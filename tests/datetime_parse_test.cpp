@@ -60,8 +60,8 @@ TEST(DateTimeFromText, ReadsNoFieldThatDoesNotStartWithADigit) {
       {"-2026-11-15", "1970-1-1 0:0:0 0"},
       {"+2026", "1970-1-1 0:0:0 0"},
       {".5", "1970-1-1 0:0:0 0"},
-      // Only one separator is skipped, so that the second keeps every later field
-      // from being read.
+      // Only one separator is skipped, so the second one ends the reading, and all
+      // later fields are missing.
       {"2026--11-15", "2026-1-1 0:0:0 0"},
       {"2026-11-15TT11:07:34", "2026-11-15 0:0:0 0"},
       {"2026-11-15T11:07:34..5", "2026-11-15 11:7:34 0"},
@@ -123,7 +123,7 @@ TEST(DateTimeFromText, ReadsUpToSixDigitsOfAFraction) {
       {"20261115T110734.", "2026-11-15 11:7:34 0"},
       {"20261115T110734,25", "2026-11-15 11:7:34 250000"},
       {"20261115110734Z5", "2026-11-15 11:7:34 500000"},
-      // Behind seconds of two digits the separator may be missing.
+      // After seconds of two digits the separator may be missing.
       {"20261115T110734123456", "2026-11-15 11:7:34 123456"},
   });
 }
@@ -206,7 +206,7 @@ TEST(SyslogStamp, AllowsBlanksBeforeTheDayOnly) {
       {"Nov     5 11:07:34", "1972-11-5 11:7:34 0", ""},
       {"Nov5 11:07:34", "1972-11-5 11:7:34 0", ""},
       {"Nov\t5 11:07:34", "1972-11-99 99:99:99 -1", "\t5 11:07:34"},
-      // One blank behind the day is its separator, a second one is one too many.
+      // One blank after the day is its separator; a second one is too many.
       {"Nov 5  11:07:34", "1972-11-5 99:99:99 -1", " 11:07:34"},
       {"Nov 5:11:07:34", "1972-11-5 11:7:34 0", ""},
       {"Nov 15 11 07:34", "1972-11-15 11:99:99 -1", " 07:34"},
@@ -247,7 +247,7 @@ TEST(SyslogStamp, LeavesATextThatNamesNoMonthAlone) {
 }
 
 TEST(SyslogStamp, ReadsAMonthNameWithoutLookingBehindItsEnd) {
-  // Nothing stands behind the third letter but the end of the text.
+  // The end of the text comes right after the third letter.
   expectStamps({
       {"Nov", "1972-11-99 99:99:99 -1", ""},
       {"Nov ", "1972-11-99 99:99:99 -1", ""},
@@ -262,7 +262,7 @@ TEST(SyslogStamp, BoundsTheFields) {
       {"Nov 31 11:07:34", "1972-11-31 11:7:34 0", ""},
       {"Nov 32 11:07:34", "1972-11-32 11:7:34 -1", ""},
       {"Nov  0 11:07:34", "1972-11-0 11:7:34 0", ""},
-      // The hour is bounded like the minute.
+      // The hour has the same bound as the minute.
       {"Nov 15 24:07:34", "1972-11-15 24:7:34 0", ""},
       {"Nov 15 59:07:34", "1972-11-15 59:7:34 0", ""},
       {"Nov 15 60:07:34", "1972-11-15 60:7:34 -1", ""},

@@ -1,4 +1,4 @@
-// Reading mangled function names, good, bad and hostile ones.
+// Reads mangled function names: good, bad and hostile ones.
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>
@@ -13,8 +13,8 @@
 #include "stack.h"
 
 // Functions whose names the compiler makes.  They are exported, so that the
-// loader knows them; every compound type stands in a name once, since later
-// mentions are abbreviated.
+// loader knows them.  Each name has every compound type only once, because
+// later mentions are abbreviated.
 struct Plain {
   void change(int) {}
   static int count(const Plain&) { return 0; }
@@ -142,7 +142,7 @@ TEST(demangle, ReadsArguments) {
       {"3fooRKSsi", "foo(const std::string&, int)"},
       {"3fooPSsSs", "foo(std::string*, std::string)"},
       {"3fooSt9exceptioni", "foo(std::exception, int)"},
-      // More than 2 to the power of 64: all there is.
+      // More than 2 to the power of 64: the name has all the rest.
       {"3foo18446744073709551617Bar", "foo(Bar)"},
   };
   for (const auto& c : cases) EXPECT_EQ(read(c.mangled), c.expected) << c.mangled;
@@ -160,7 +160,7 @@ TEST(demangle, ReadsFunctionNames) {
       {"N3foo3barEv", "foo::bar(void)"},
       {"N1a1b1c1dE1e", "a::b::c::d(e)"},
       {"N3foo3barEiPKc", "foo::bar(int, const char*)"},
-      // A length says how much belongs to the name, whatever that is.
+      // Only the length says how much belongs to the name.
       {"5iiiiii", "iiiii(int)"},
       {"N2EE2NNEi", "EE::NN(int)"},
   };
@@ -186,7 +186,7 @@ TEST(demangle, MarksARestrictQualifier) {
   EXPECT_EQ(read("3fooPrKci"), "foo(???CV='r'???const char*, int)");
   EXPECT_EQ(read("3foori"), "foo(???CV='r'???int)");
   EXPECT_EQ(read("3foo3BoxIPriE"), "foo(Box<???CV='r'???int*>)");
-  // With nothing behind it.
+  // With nothing after it.
   EXPECT_TRUE(read("3foobar").starts_with("foo(bool, signed char, ???CV='r'???"))
       << read("3foobar");
 }
@@ -195,7 +195,7 @@ TEST(demangle, MarksANestedNameThatDoesNotEnd) {
   EXPECT_EQ(read("N3foo3bar"),
             "foo::bar???NN???"
             "()");
-  // The character in the place of the "E" is passed over.
+  // The character at the place of the "E" is skipped.
   EXPECT_EQ(read("N3foo3barX"),
             "foo::bar???NN???"
             "()");

@@ -1,5 +1,5 @@
 // The driver within the test's own process: `execvp` records and fails, the clock
-// stands still, and nobody sleeps.
+// does not move, and nobody sleeps.
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -42,7 +42,7 @@ using Strings = std::vector<std::string>;
 struct Calls {
   int error = ENOENT;  // what `execvp` fails with
   std::string logName;
-  void (*meanwhile)() = nullptr;  // what the test looks at during `execvp`
+  void (*meanwhile)() = nullptr;  // called during `execvp`
 
   int executions = 0;
   std::string program;
@@ -311,8 +311,8 @@ TEST_F(Driver, SwitchesFlagsOnWhateverTheirValue) {
   }
 }
 
-// Items are asked without regard to letter case and before flags; what either has
-// taken does not reach the launch.
+// Items come before flags, and letter case does not count for them.  An option that
+// either has used does not reach the launch.
 TEST_F(Driver, KeepsTheNamesOfItemsAndFlagsFromTheLaunch) {
   const processEnd end = runSharingChild([this] {
     static traceFlag style("style", 0);

@@ -1,6 +1,6 @@
 // Output to standard error from a static initialiser, in a program whose sources do
-// not set the standard streams up themselves, and use at the very end of types that
-// came into use late.
+// not set up the standard streams themselves.  And types that a program first uses
+// late, and still uses at the very end.
 
 #include <signal.h>
 #include <unistd.h>

@@ -36,7 +36,7 @@ def write(path, data, mode=0o755):
 
 
 def alien():
-    """The recorder as a program of a machine that nobody has."""
+    """The recorder as a program for a machine that nobody has."""
     with open(RECORDER, "rb") as file:
         data = bytearray(file.read(4096))
     data[18:20] = b"\xfe\xfe"
@@ -133,7 +133,7 @@ def explained(arguments, environment, stack):
 
 
 def compare(arguments, environment, stack=0):
-    """What the two disagree on, or nothing."""
+    """The points on which the two disagree, or nothing."""
     error, record, _ = launched(arguments, environment, stack)
     said, status = explained(arguments, environment, stack)
     if said["launches"] != (error is None):
@@ -289,7 +289,7 @@ def reversed_check(difference):
 
 
 def try_literal():
-    """What is said of some files, without looking at the launch."""
+    """What hopexplain says about some files; the launch is not looked at."""
     path = {"PATH": f"{FOLDER}/one:{FOLDER}/two:{FOLDER}/three"}
     for name, shell in (("text", "/bin/sh"), ("empty-interpreter", "/bin/sh"), ("alien", "/bin/sh"),
                         ("empty", "/bin/sh"), ("binary", None), ("script", None)):

@@ -38,7 +38,7 @@ class LongText {
     }
     m_text = static_cast<char*>(whole);
     for (std::size_t offset = 0; offset < m_mapped; offset += PIECE) {
-      // The first and the last two pieces are copies of their own.
+      // The first and the last two pieces are separate copies.
       const bool own = offset < PIECE || offset + 2 * PIECE >= m_mapped;
       void* const piece = mmap(m_text + offset, PIECE, PROT_READ | PROT_WRITE,
                                (own ? MAP_PRIVATE : MAP_SHARED) | MAP_FIXED, file, 0);

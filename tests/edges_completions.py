@@ -69,7 +69,7 @@ SHELLS = {
     ),
 }
 
-# Keys whose letter case does not count: typed so, and what comes of it.
+# Keys whose letter case does not count: the keys to type, and the arguments that result.
 KEYS = [
     ("hoplaunch -STY\tse\tvnc://h/", ["-style=separate", "vnc://h/"]),
     ("hoplaunch -POR\tP", ["-portArg=P"]),
@@ -120,7 +120,7 @@ class Shell:
             self.child = None
 
     def arguments(self, typed):
-        """What the program was given."""
+        """The arguments that the program got."""
         got = f"{FOLDER}/start/got"
         if os.path.exists(got):
             os.remove(got)

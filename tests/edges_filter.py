@@ -1,4 +1,4 @@
-"""Runs a command whose system calls of some names return at once with an error number.
+"""Runs a command, and makes its system calls of some names fail at once with an error number.
 
     edges_filter.py NAME=NUMBER[,NAME=NUMBER...] COMMAND...
 

@@ -14,7 +14,7 @@ namespace edges_handlers_test {
 
 namespace {
 
-// Does what it is told with each report, after it noted the report's description.
+// Notes the description of each report, and then does its work with it.
 class busyHandler : public eventHandler {
  public:
   using Work = std::function<bool(eventReport&)>;
@@ -22,7 +22,7 @@ class busyHandler : public eventHandler {
       : eventHandler(priority), m_tag(tag), m_notes(notes), m_work(std::move(work)) {}
   bool handle(eventReport& event) override {
     m_notes.push_back(m_tag + " " + event.qualifier());
-    // A copy, as this object may be gone before the work is done.
+    // A copy, because this object may be gone before the work is done.
     const Work work = m_work;
     return work(event);
   }

@@ -66,7 +66,7 @@ std::string upper(std::string text) {
   return text;
 }
 
-// What is a URI in the C locale is one, and nothing else.
+// Exactly the URIs of the C locale are URIs.
 void expectTheUsualURIs() {
   for (const char* good : {"vnc://I/", "VNC://i/", "vnc://h/", "SSH://Istanbul:22/", "i://I/?i=I",
                            "Z://z/", "vnc://[ABC::F]/"}) {

@@ -1,4 +1,4 @@
-"""Launches with logs that block: FIFOs, pipes that are full, terminals that take nothing.
+"""Launches with logs that block: FIFOs, full pipes, terminals that accept nothing.
 
     edges_logs.py NAME FOLDER-OF-VIEWERS COMMAND...
 
@@ -57,7 +57,7 @@ def launch(arguments, **more):
 
 
 def fill(writer, leave=0):
-    """Fills a pipe but for so many bytes of its last page; returns how much is in it."""
+    """Fills a pipe except for so many bytes of its last page; returns how much is in it."""
     os.set_blocking(writer, False)
     total = 0
     for size in (4096, 1):
@@ -162,7 +162,7 @@ def try_lost_line():
 
 
 def try_terminal():
-    """A terminal whose output nobody takes: it is full after some kilobytes."""
+    """A terminal whose output nobody reads: it is full after some kilobytes."""
     master, slave = pty.openpty()
     name = os.ttyname(slave)
     status, out = launch(command(name))

@@ -44,7 +44,7 @@ def run(arguments, limit):
 
 
 def smallest():
-    """The least limit with which the program starts, as a multiple of the step."""
+    """The smallest limit with which the program starts, as a multiple of the step."""
     bad_line = [*command(), "-x" if NAME != "hopopen" else "--no-such-option"]
     expected = 255 if NAME != "hopopen" else 1
     low, high = 0, MOST // STEP
@@ -66,9 +66,9 @@ def command():
 
 
 def tries():
-    """What came of each limit, up to ten successes."""
+    """The results of each limit, up to ten successes."""
     successes = 0
-    limit = smallest() + 8  # a stack that cannot grow is not what is tried
+    limit = smallest() + 8  # this does not try a stack that cannot grow
     while successes < 10 and limit * STEP < MOST:
         if os.path.exists(LOG):
             os.remove(LOG)
@@ -83,7 +83,7 @@ def tries():
             launched = status == 0 and out == b"viewer\n"
         successes += launched
         yield limit * STEP, launched, status, out, err, seconds, log
-        # Small steps to begin with, as most allocations fail there.
+        # The first steps are small, because most allocations fail there.
         limit += 1 if limit * STEP < 32 << 20 else 8
 
 

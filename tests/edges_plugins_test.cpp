@@ -1,4 +1,4 @@
-// Objects of plugins leave the tables that they are in when they are destroyed.
+// Objects of plugins leave their tables when they are destroyed.
 
 #include <gtest/gtest.h>
 

@@ -46,7 +46,7 @@ Child inChild(const std::function<void()>& work) {
   return result;
 }
 
-// Writes whether the set is still there when the report of an assertion comes by.
+// Writes whether the set still exists when it gets the report of an assertion.
 class setWatch : public eventHandler {
  public:
   explicit setWatch(int set) : eventHandler(1), m_set(set) {}
@@ -60,7 +60,7 @@ class setWatch : public eventHandler {
   int m_set;
 };
 
-// Removes what a test that fails has left.
+// Removes what a failing test has left.
 class Remover {
  public:
   explicit Remover(int set) : m_set(set) {}

@@ -1,4 +1,4 @@
-"""Sends signals to tools that stand still at a full pipe, while they have their set.
+"""Sends signals to tools that wait at a full pipe, while they have their set.
 
     edges_signals.py HOPLAUNCH HOPEXPLAIN FOLDER-OF-VIEWERS
 
@@ -128,7 +128,7 @@ def try_ignored(number):
 
 
 def stuck(ignored=()):
-    """A launcher with a log that stands still at a full pipe, the pipe, and its set."""
+    """A launcher that has a log and waits at a full pipe; the pipe; and its set."""
     if os.path.exists(LOG):
         os.remove(LOG)
     reader, writer = full_pipe()

@@ -1,4 +1,4 @@
-// The trace of a crash where little works any more: on an overflown stack.
+// The trace of a crash on an overflowed stack, where little still works.
 
 #include <gtest/gtest.h>
 #include <signal.h>

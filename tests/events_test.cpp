@@ -39,7 +39,7 @@ static_assert(std::is_same_v<decltype(AUD_USER | AUD_DEVEL), eventAudience>);
 static_assert(std::is_same_v<decltype(AUD_USER & AUD_DEVEL), eventAudience>);
 static_assert(std::is_same_v<decltype(~AUD_USER), eventAudience>);
 
-// A report that came before `main`, from whichever place in the start-up order.
+// A report that came before `main`, from any place in the start-up order.
 const bool earlyReport = [] {
   commonEvent(FAILURE, AUD_ALL, EC_COMMENT, "before main", "events_test");
   return true;

@@ -55,7 +55,7 @@ void expectTranscript(const std::string& name) {
   }
 }
 
-// The blocks of a document that stand between ```KIND and ```.
+// The blocks of a document between ```KIND and ```.
 std::vector<std::string> blocks(const std::string& document, const std::string& kind) {
   std::vector<std::string> result;
   const std::string open = "\n```" + kind + "\n";

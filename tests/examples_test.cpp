@@ -1,4 +1,4 @@
-// The worked examples that stand in the headers.
+// The worked examples of the headers.
 
 #include <gtest/gtest.h>
 

@@ -34,7 +34,7 @@ constexpr int linesOfAShare = EXPLAIN_AGREEMENT_LINES / static_cast<int>(shares)
 constexpr int linesOfAShare = 5000;
 #endif
 
-// One end of a pipe to a child, and what came out of it.
+// One end of a pipe to a child, and the text that came out of it.
 class Stream {
  public:
   Stream() {
@@ -58,7 +58,7 @@ class Stream {
     }
     m_writing = -1;
   }
-  // Reads what is there; false at the end.
+  // Reads the available bytes; false at the end.
   bool take() {
     char buffer[65536];
     const ssize_t count = read(m_reading, buffer, sizeof buffer);
@@ -113,7 +113,7 @@ bool saysFailed(const std::string& log) {
   return last != log.npos && log.back() == '\n' && log.find('\n', last + 1) == log.size() - 1;
 }
 
-// The launcher logs into a pipe, so that the five seconds of a failed launch can be cut.
+// The launcher logs into a pipe, so that the test can cut the five seconds of a failed launch.
 Launched launch(const Strings& line, const Strings& variables) {
   Stream record;
   Stream log;
@@ -162,8 +162,8 @@ Told explain(const Strings& line, const Strings& variables) {
   return {waitFor(pid), out.text};
 }
 
-// The arguments that a viewer has recorded, behind the first, as it was executed by itself
-// ("rec" and "./rec" are its names as an interpreter and from the shell).
+// Compares the record of a viewer: its file, its name, and the arguments after the name.
+// (The name is "rec" when it runs as an interpreter, and "./rec" when the shell runs it.)
 void compareRecord(const Strings& record, const Json& json) {
   const std::string& file = json["file"].text;
   const Strings arguments = json["argumentsBytes"].bytes();

@@ -1,10 +1,11 @@
-// What hopexplain says of the kernel: files that are no programs, interpreters, room for
-// arguments.  Each case is also really executed.
+// What hopexplain says about the kernel: files that are not programs, interpreters, and room
+// for arguments.  The kernel also executes each case.
 
 #include "explain_kernel.h"
 
 #include <elf.h>
 #include <gtest/gtest.h>
+#include <sys/personality.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/utsname.h>
@@ -43,7 +44,7 @@ class Folder : public workingFolder {
   }
 };
 
-// How a process ends that really executes the program.
+// The ending of a process that really executes the program.
 std::string executed(const std::string& program, const Strings& arguments,
                      const std::string& path) {
   return runChild([&] {
@@ -60,7 +61,7 @@ std::string executed(const std::string& program, const Strings& arguments,
       .ending;
 }
 
-// The path, the shell and the error that are told.
+// The path, the shell and the error that hopexplain finds.
 std::string told(const std::string& program, const Strings& arguments, const std::string& path) {
   return runChild([&] {
            setenv("PATH", path.c_str(), 1);
@@ -74,10 +75,10 @@ std::string told(const std::string& program, const Strings& arguments, const std
 struct kernelCase {
   std::string text;  // of first/tool
   std::string told;
-  int status;  // of what is executed, or the error number
+  int status;  // of the executed file, or the error number
 };
 
-// Each with second/tool behind it on the path.
+// Each has second/tool after it on the path.
 template <std::size_t size>
 void check(const kernelCase (&cases)[size]) {
   const Folder folder;
@@ -127,7 +128,7 @@ TEST(Kernel, LeavesWhatIsNoProgramToTheShell) {
       {"#! \t \nexit 201\n", "first/tool|/bin/sh|0", 201},
       {"# !/bin/sh\nexit 201\n", "first/tool|/bin/sh|0", 201},
       {" #!/bin/sh\nexit 201\n", "first/tool|/bin/sh|0", 201},
-      // Longer than what the kernel looks at.
+      // Longer than the part that the kernel reads.
       {"#!" + std::string(254, ' ') + "\nexit 201\n", "first/tool|/bin/sh|0", 201},
       {"#!/" + std::string(260, 'x') + "\nexit 201\n", "first/tool|/bin/sh|0", 201},
       {"#!" + std::string(247, ' ') + "/bin/sh\nexit 201\n", "first/tool|/bin/sh|0", 201},
@@ -160,7 +161,7 @@ TEST(Kernel, FollowsFiveInterpretersThatAreScripts) {
 
 // --- Programs ------------------------------------------------------------------
 
-// A program that is nothing but its headers, with the lines of a script after them.
+// A program that has only its headers, and the lines of a script after them.
 std::string program(int machine, const std::string& loader, int type = ET_EXEC) {
   return elfProgram(machine, loader, type) + "\nexit 201\n";
 }
@@ -177,17 +178,34 @@ TEST(Kernel, LeavesAProgramForAnotherMachineToTheShell) {
 
 #ifdef __x86_64__
 
+// The kernel then shows its programs a narrow machine.
+TEST(Kernel, ExecutesBothWidthsWhateverItSaysOfItself) {
+  const kernelCase cases[] = {
+      {program(EM_X86_64, "/no/such/loader\0"s), "second/tool||0", 202},
+      {narrowElfProgram(EM_386, "/no/such/loader\0"s) + "\nexit 201\n", "second/tool||0", 202},
+      {narrowElfProgram(EM_PPC, "/no/such/loader\0"s) + "\nexit 201\n", "first/tool|/bin/sh|0",
+       201},
+  };
+  check(cases);
+  ASSERT_NE(-1, personality(PER_LINUX32));
+  utsname system = {};
+  ASSERT_EQ(0, uname(&system));
+  EXPECT_STREQ("i686", system.machine);
+  check(cases);
+  personality(PER_LINUX);
+}
+
 TEST(Kernel, PassesOverAProgramWhoseLoaderIsMissingOrMayNotBeExecuted) {
   const kernelCase cases[] = {
       {program(EM_X86_64, "/no/such/loader\0"s), "second/tool||0", 202},
       {program(EM_X86_64, "/no/such/loader\0"s, ET_DYN), "second/tool||0", 202},
       {program(EM_X86_64, "/etc/passwd\0"s), "second/tool||0", 202},
       {program(EM_X86_64, "/etc\0"s), "second/tool||0", 202},
-      // No program itself, or one with a name that does not end.
+      // Not a program, or a program whose name of the loader does not end.
       {program(EM_X86_64, "/no/such/loader\0"s, ET_REL), "first/tool|/bin/sh|0", 201},
       {program(EM_X86_64, "/no/such/loader"), "first/tool|/bin/sh|0", 201},
       {program(EM_X86_64, "\0"s), "first/tool|/bin/sh|0", 201},
-      // A loader that is no program is another error, at which the search ends.
+      // A loader that is not a program gives another error, which ends the search.
       {program(EM_X86_64, "first/../text\0"s), "||80", ELIBBAD},
       {program(EM_X86_64, "first/../short\0"s), "||5", EIO},
   };
@@ -213,7 +231,7 @@ TEST(Kernel, LooksNoFurtherThanTheHeadersOfAProgram) {
 
 // --- Room --------------------------------------------------------------------
 
-// The pointers that count are those of the kernel.
+// The pointers of the kernel count, not those of the program.
 constexpr std::size_t pointer = 8;
 
 bool isWideKernel() {
@@ -221,7 +239,7 @@ bool isWideKernel() {
   return uname(&system) == 0 && std::string(system.machine).find("64") != std::string::npos;
 }
 
-// 0 when the vector is executed, else the error number; and what is told of it.
+// Expects 0 if the vector executes, otherwise the error number, and the report of it.
 void checkRoom(const Strings& arguments, int error, rlim_t stack = 0) {
   SCOPED_TRACE(testing::Message() << arguments.size() << " arguments, the last of "
                                   << arguments.back().size() << " bytes, stack " << stack);
@@ -259,13 +277,13 @@ TEST(Kernel, TakesNoArgumentOf131072Bytes) {
   checkRoom({std::string(131072, 'x'), "t"}, E2BIG);
 }
 
-// Arguments that take `size` bytes with "/bin/true", "A=bc" and all pointers.
+// Arguments that need `size` bytes together with "/bin/true", "A=bc" and all pointers.
 Strings argumentsOf(std::size_t size) {
   const std::size_t rest = sizeof "/bin/true" + sizeof "A=bc" + pointer;
   constexpr std::size_t piece = 100000;
   Strings result;
   for (std::size_t left = size - rest; left > 0;) {
-    // What is left after a piece must have room for a pointer, a byte and its end.
+    // The rest after a piece needs room for a pointer, a byte and its end.
     std::size_t length = std::min(left - pointer - 1, piece);
     const std::size_t after = left - (length + 1 + pointer);
     length -= after > 0 && after < pointer + 2 ? pointer + 2 : 0;
@@ -302,7 +320,7 @@ TEST(Kernel, CountsWhatAScriptAddsToItsArguments) {
   }
   const Folder folder;
   writeFile("script", "#!/bin/true  an argument \n", 0755);
-  // In the place of the first argument there is the interpreter, its argument, the script.
+  // The interpreter, its argument and the script replace the first argument.
   const std::size_t added = sizeof "/bin/true" + sizeof "an argument" + sizeof "./script";
   for (const int more : {0, 1}) {
     SCOPED_TRACE(more);

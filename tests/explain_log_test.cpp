@@ -1,9 +1,11 @@
-// What hopexplain says of a log, beside what comes of opening it.
+// What hopexplain says about a log, compared with the result of opening it.
 
 #include "explain_log.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sched.h>
+#include <sys/mount.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -72,7 +74,7 @@ void makeFiles() {
   std::filesystem::create_symlink("loop", "loop");
 }
 
-// What `body` prints as a user without privileges.
+// The output of `body`, run as a user without privileges.
 template <class Body>
 std::string asNobody(Body body) {
   return runChild([&] {
@@ -85,7 +87,7 @@ std::string asNobody(Body body) {
       .output;
 }
 
-// The error of opening it as the launcher does; the file is removed if that made it.
+// The error of opening it as the launcher does.  Removes the file if that created it.
 std::string opened(const std::string& path) {
   struct stat status = {};
   const bool there = stat(path.c_str(), &status) == 0;
@@ -209,7 +211,7 @@ TEST(LogFault, IsThatOfAnotherUsersFileInASharedFolder) {
   ASSERT_EQ(0, chown("shared/file", somebody, somebody));
   EXPECT_EQ(logFault("shared/file"), "cannot be opened: Permission denied");
   EXPECT_EQ(opened("shared/file"), "cannot be opened: Permission denied");
-  // Without the bit that makes it shared, and of the folder's own user.
+  // The folder without the bit that makes it shared, and a file of the folder's own user.
   ASSERT_EQ(0, chmod("shared", 0777));
   EXPECT_EQ(logFault("shared/file"), "");
   EXPECT_EQ(opened("shared/file"), "");
@@ -220,6 +222,38 @@ TEST(LogFault, IsThatOfAnotherUsersFileInASharedFolder) {
   ASSERT_EQ(0, chown("shared/file", 0, 0));
   EXPECT_EQ(logFault("shared/file"), "");
   EXPECT_EQ(opened("shared/file"), "");
+}
+
+// The kernel's setting decides.  Here a file replaces it.
+TEST(LogFault, DependsOnWhichFilesOfOthersLinuxProtects) {
+  const Folder folder;
+  makeFolder("shared", 01777);
+  makeFolder("group", 01770);
+  for (const char* const name : {"shared/file", "group/file"}) {
+    makeFile(name, 0666);
+    if (chown(name, somebody, somebody) != 0) {
+      GTEST_SKIP() << "only root may give files away";
+    }
+  }
+  const auto faults = [](const char* level) {
+    return runChild([level] {
+      std::ofstream("level") << level << std::endl;
+      if (unshare(CLONE_NEWNS) != 0 ||
+          mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+          mount("level", "/proc/sys/fs/protected_regular", nullptr, MS_BIND, nullptr) != 0) {
+        return 77;
+      }
+      std::printf("%s|%s", logFault("shared/file").c_str(), logFault("group/file").c_str());
+      return 0;
+    });
+  };
+  if (faults("0").ending == "exit 77") {
+    GTEST_SKIP() << "nothing can be mounted here";
+  }
+  const std::string denied = "cannot be opened: Permission denied";
+  EXPECT_EQ("|", faults("0").output);
+  EXPECT_EQ(denied + "|", faults("1").output);
+  EXPECT_EQ(denied + "|" + denied, faults("2").output);
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// What hopexplain finds, and what it prints of it.
+// What hopexplain finds, and what it prints about it.
 
 #include "explain.h"
 
@@ -47,14 +47,14 @@ using Folder = workingFolder;
 
 // --- The search ------------------------------------------------------------
 
-// Whom a folder without permissions keeps out.
+// Folders without permissions do not let this user in.
 void becomeNobody() {
   if (geteuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0)) {
     std::exit(99);
   }
 }
 
-// Each program ends with a status of its own.
+// Each program ends with a different status.
 void makePrograms() {
   for (const char* const folder : {"first", "second", "plain", "dirs", "dirs/tool", "locked"}) {
     std::filesystem::create_directory(folder);
@@ -81,7 +81,7 @@ struct searchCase {
   int result;  // the status of the program, or the error number
 };
 
-// The file and the error number, as a process without privileges finds them.
+// The file and the error number that a process without privileges finds.
 std::string searched(const searchCase& one) {
   return runChild([&] {
            becomeNobody();
@@ -93,8 +93,8 @@ std::string searched(const searchCase& one) {
       .output;
 }
 
-// How a process ends that really executes the program: with the program's status or
-// with the error number.
+// The ending of a process that really executes the program: the program's status or
+// the error number.
 std::string executed(const searchCase& one) {
   return runChild([&] {
            becomeNobody();

@@ -1,5 +1,5 @@
-// Faults that leave little to work with: an overflown stack, and an allocator that is
-// broken.  This program's allocator is the C library's until it is told to fail.
+// Faults after which little still works: an overflowed stack, and a broken allocator.
+// This program's allocator is the C library's until a test makes it fail.
 
 #include <gtest/gtest.h>
 #include <sys/mman.h>
@@ -22,7 +22,9 @@ volatile int kept = 0;  // stops calls from becoming jumps
 
 }  // namespace
 
-#if !defined(SANITIZED)  // sanitizers bring an allocator of their own
+// Sanitizers bring an allocator of their own, and counters are written with one.
+#if !defined(SANITIZED) && !defined(COUNTED)
+#define BROKEN_ALLOCATOR
 namespace {
 
 enum allocatorState { WORKS, FAULTS, IS_BROKEN };
@@ -109,7 +111,7 @@ TEST(signalHandler, TracesAnOverflownStack) {
     const rlimit small = {1024 * 1024, 1024 * 1024};
     setrlimit(RLIMIT_STACK, &small);
     stack::installHandler();
-#if !defined(SANITIZED)
+#if defined(BROKEN_ALLOCATOR)
     allocator = IS_BROKEN;
 #endif
     overflow(0);

@@ -24,7 +24,7 @@ namespace {
 using hopopen::fileText;
 using hopopen::readFile;
 
-// What the calls on the next file are to come to.
+// The results of the calls on the next file.
 int statError = 0;
 int readError = 0;
 int interruptions = 0;
@@ -33,7 +33,7 @@ std::string pathOf(const std::string& name) {
   return testing::TempDir() + "file_test_" + std::to_string(getpid()) + "_" + name;
 }
 
-// A file that is gone at the end of the test.
+// A file that is removed at the end of the test.
 class File : public testing::Test {
  protected:
   File() : path(pathOf("file")) {}

@@ -23,7 +23,7 @@ namespace {
 namespace fs = std::filesystem;
 
 // The folders in their order: each depends only on those below it.  A header of include/
-// counts as of the folder that implements it.
+// belongs to the folder that implements it.
 const std::map<std::string, std::set<std::string>> FOUNDATIONS = {
     {"hopopen", {"brimcore", "directory", "tools", "utilities"}},
     {"tools", {"brimcore", "directory", "utilities"}},
@@ -32,7 +32,7 @@ const std::map<std::string, std::set<std::string>> FOUNDATIONS = {
     {"utilities", {}},
 };
 
-// The unit that the design lets depend on more.  docs/architecture.md has the same table.
+// The unit that may depend on more by design.  docs/architecture.md has the same table.
 struct exemption {
   const char* unit;
   const char* folder;
@@ -50,7 +50,7 @@ constexpr const char* CONFIGURATION_CIRCLE =
     "`brimcore/configDB` `brimcore/configRef` `brimcore/items` `brimcore/language` "
     "`brimcore/language_init` ";
 
-// Headers of include/ that no source is named after, and the units that have them.
+// Headers of include/ whose names no source has, and the units that implement them.
 const std::map<std::string, std::string> IMPLEMENTED_BY = {
     {"assertion.h", "utilities/asserts"},
     {"countedMap.h", "utilities/refcount"},
@@ -178,7 +178,7 @@ std::vector<symbol> symbols() {
   return result;
 }
 
-// What is defined in more than one object is a template or inline: everybody's own.
+// A symbol that several objects define is a template or inline: each has its own.
 std::vector<dependence> bySymbols() {
   const std::vector<symbol> all = symbols();
   std::map<std::string, std::set<std::string>> definers;
@@ -215,13 +215,13 @@ TEST(Folders, ReachEachOtherThroughTheInterfaceOnly) {
   for (const auto& [file, header] : inclusions()) {
     const std::string from = file.begin()->string();
     const std::string to = header.begin()->string();
-    // The library's folders also share what utilities/ keeps from programs.
+    // The library's folders also share headers that utilities/ hides from programs.
     const bool internal =
         from != "tools" && from != "hopopen" && from != "include" && to == "utilities";
     // The front door shares the launcher's log and its care of signals.
     const bool shared =
         from == "hopopen" && (header == "tools/launch_log.h" || header == "tools/output_signals.h");
-    // What a digit is, everybody asks in one place.
+    // Only one place knows what a digit is.
     const bool ascii = header == "utilities/ascii.h" && from != "include";
     EXPECT_TRUE(to == from || to == "include" || internal || shared || ascii)
         << file << " includes the private " << header;
@@ -256,7 +256,7 @@ TEST(Folders, HaveNoExemptionThatNothingNeeds) {
 std::map<std::string, std::set<std::string>> reachable(const std::vector<dependence>& all) {
   std::map<std::string, std::set<std::string>> result;
   for (const dependence& d : all) {
-    // Type information is what sanitizers look at, in files that do not use it themselves.
+    // Sanitizers use type information, also in files that do not use it themselves.
     const bool isTypeInformation = d.shownBy.find(" needs _ZTI") != std::string::npos;
     if (d.unit != d.on && !isTypeInformation) result[d.unit].insert(d.on);
   }

@@ -1,4 +1,4 @@
-// Reading form-encoded texts.
+// Reads form-encoded texts.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -45,7 +45,7 @@ TEST(getEscapedPair, ReadsOnePair) {
       {"%00=%00", std::string(1, '\0'), std::string(1, '\0'), nullptr},
       {"\xe9=\xff", "\xe9", "\xff", nullptr},
       {"a;b=c;d", "a;b", "c;d", nullptr},
-      // In a name, a "%" that is no escape is dropped, and so is a first digit.
+      // In a name, a "%" that does not begin an escape is dropped, and so is a first digit.
       {"%", "", "", nullptr},
       {"a%", "a", "", nullptr},
       {"%4", "", "", nullptr},

@@ -17,7 +17,7 @@ namespace {
 
 std::string calls;  // the names of handlers, in the order in which they were called
 
-// Does what it is told.
+// Does the action that it was made with.
 class scriptedHandler : public eventHandler {
  public:
   using action = std::function<bool(eventReport&)>;
@@ -26,7 +26,7 @@ class scriptedHandler : public eventHandler {
       : eventHandler(priority), m_letter(std::move(letter)), m_todo(std::move(todo)) {}
   bool handle(eventReport& event) override {
     calls += m_letter + event.qualifier() + ' ';
-    // A copy, as the handler may be gone before the action is over.
+    // A copy, because the handler may be gone before the action is over.
     const action todo = m_todo;
     return todo && todo(event);
   }
@@ -41,7 +41,7 @@ void raise(const std::string& text) {
   commonEvent(WARNING, AUD_DEVEL, EC_COMMENT, text, "test");
 }
 
-// What is called for one report.
+// The calls for one report.
 std::string callsOf(const std::string& text) {
   calls.clear();
   raise(text);
@@ -53,7 +53,7 @@ TEST(ThrowingHandler, HasNotClaimedTheReport) {
   const scriptedHandler second(2, "b", [](eventReport&) -> bool { throw 5; });
   const scriptedHandler third(3, "c", [](eventReport&) -> bool { throw std::bad_alloc(); });
   const scriptedHandler last(4, "d", [](eventReport&) { return true; });
-  const scriptedHandler behind(5, "e");
+  const scriptedHandler unreached(5, "e");
   EXPECT_EQ(callsOf("1"), "a1 b1 c1 d1 ");
 }
 
@@ -216,7 +216,7 @@ TEST(NewHandler, SeesAReportThatIsRaisedAfterItWasMade) {
   EXPECT_EQ(callsOf("1"), "a1 n2 ");
 }
 
-// One after the other, without end if each were called.
+// If each were called, this would never end.
 TEST(NewHandler, DoesNotLoopWhenEachMakesAnother) {
   std::vector<std::unique_ptr<scriptedHandler>> all;
   scriptedHandler::action another = [&all, &another](eventReport&) {
@@ -228,7 +228,7 @@ TEST(NewHandler, DoesNotLoopWhenEachMakesAnother) {
   EXPECT_EQ(callsOf("2"), "a2 n2 ");
 }
 
-// Memory that is used again must not make the new one pass for the old one.
+// In reused memory, the new handler must not count as the old one.
 TEST(NewHandler, InThePlaceOfADestroyedOneSeesTheNextReportOnly) {
   alignas(scriptedHandler) static unsigned char place[sizeof(scriptedHandler)];
   const scriptedHandler first(1, "a", [](eventReport& event) {

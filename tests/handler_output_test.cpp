@@ -272,7 +272,7 @@ TEST(eventHandler, HoldsItsSectionOnlyWhileItWrites) {
 }
 
 TEST(eventHandler, BuildsItsMessageBeforeItTakesItsSection) {
-  // Notes for each time it is written whether a section is held.
+  // Notes at each write whether a section is held.
   class watcher : public bareEvent {
    public:
     explicit watcher(std::string& notes) : bareEvent(FAILURE, AUD_ALL), m_notes(notes) {}

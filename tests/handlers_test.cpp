@@ -105,7 +105,7 @@ const claim byAudienceUpToWarning[] = {
     {"audience already empty, above", FAILURE, 0, true, 0, false},
 };
 
-// Hands a report of each case to `handler`; `output` tells all it has written.
+// Hands a report of each case to `handler`; `output` returns all that it has written.
 template <std::size_t N, class Output>
 void checkClaims(eventHandler& handler, const claim (&cases)[N], Output output) {
   for (const claim& c : cases) {
@@ -313,7 +313,7 @@ TEST(eventHandler, GivesUpItsRegistrationOfLowestPriority) {
 TEST(eventHandler, GivesUpNothingThatIsNotItsOwn) {
   reportCatcher other(5);
   auto unlisted = std::make_unique<reportCatcher>(5);
-  // Out of the map before its end.
+  // It leaves the map before it is destroyed.
   for (auto entry = localMap().begin(); entry != localMap().end(); ++entry) {
     if (entry->second != unlisted.get()) continue;
     localMap().erase(entry);

@@ -1,5 +1,5 @@
-// hopexplain as its users see it, side by side with the launcher: what it says of a
-// command line is what the launcher does with it.
+// hopexplain as its users see it, side by side with the launcher: it says about a
+// command line what the launcher does with it.
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -15,6 +15,7 @@
 #include "explain_runner.h"
 #include "launcher_cases.h"
 #include "launcher_runner.h"
+#include "soft_limit.h"
 
 namespace hopexplain_test {
 
@@ -207,7 +208,7 @@ TEST(Hopexplain, SaysWhyALogHasNoLinesWithoutTouchingIt) {
 
 // --- Output that is lost -------------------------------------------------------
 
-// Makes standard output something that takes nothing.
+// These make standard output something that accepts nothing.
 void toFullDisk() {
   dup2(open("/dev/full", O_WRONLY), STDOUT_FILENO);
 }
@@ -225,8 +226,7 @@ void toPipeWithoutReader() {
 }
 void toFileAtItsLimit() {
   std::signal(SIGXFSZ, SIG_IGN);
-  const rlimit none = {0, 0};
-  setrlimit(RLIMIT_FSIZE, &none);
+  setSoftLimit(RLIMIT_FSIZE, 0);
 }
 
 const struct {
@@ -262,7 +262,7 @@ TEST(Hopexplain, EndsWithTwoWhereItsOutputIsLost) {
 
 TEST(Hopexplain, EndsWithTwoWhereItsFileMayNotGrow) {
   Workshop shop;
-  // The message is a file that may not grow, too.
+  // The message also goes to a file that may not grow.
   EXPECT_EQ(2, explain(shop, {.arguments = {"vnc://h/"}, .prepare = toFileAtItsLimit}).status);
 }
 
@@ -270,8 +270,7 @@ TEST(Hopexplain, EndsWithTwoWhereOnlyTheEndOfItsOutputIsLost) {
   Workshop shop;
   const auto prepare = [] {
     std::signal(SIGXFSZ, SIG_IGN);
-    const rlimit some = {100, 100};
-    setrlimit(RLIMIT_FSIZE, &some);
+    setSoftLimit(RLIMIT_FSIZE, 100);
   };
   const Outcome outcome = explain(shop, {.arguments = {"vnc://h/"}, .prepare = prepare});
   EXPECT_EQ(100U, outcome.out.size());
@@ -283,7 +282,7 @@ TEST(Hopexplain, LosesNothingInAPipeThatDoesNotBlock) {
   Workshop shop;
   int ends[2] = {-1, -1};
   ASSERT_EQ(0, pipe2(ends, O_CLOEXEC | O_NONBLOCK));
-  // More than a pipe takes at once.
+  // More than a pipe accepts at once.
   const std::string host(100000, 'h');
   launcher::Command command{.arguments = {"-format=json", "vnc://" + host + "/"},
                             .prepare = [&] { dup2(ends[1], STDOUT_FILENO); },
@@ -328,7 +327,7 @@ TEST(Hopexplain, KeepsEveryByteOfItsArgumentsInJSON) {
   const Json json = explainJSON(
       shop, {.arguments = {"-program=" + all, "-log=" + all, "-x" + all + "=" + all, all}});
   EXPECT_EQ(all, json["uriBytes"].binary());
-  // As a text, what is not UTF-8 is lost.
+  // The text loses what is not UTF-8.
   const std::string ascii = all.substr(0, 0x7f);
   EXPECT_EQ(ascii, json["uri"].text.substr(0, 0x7f));
   EXPECT_EQ(ascii, json["log"].text.substr(0, 0x7f));

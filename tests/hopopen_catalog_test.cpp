@@ -1,4 +1,4 @@
-// What the program says with a catalog of the definitions is what it says without one.
+// The program says the same with a catalog of the definitions as without one.
 
 #include <chrono>
 #include <thread>
@@ -16,7 +16,7 @@ using door::Strings;
 
 constexpr const char* CATALOG = "home/.cache/hoplaunch/viewers";
 
-// The shipped definitions, which have been there for long, and some of their programs.
+// The shipped definitions, which are made to be old, and some of their programs.
 void furnish(const Machine& machine, const Strings& programs) {
   door::fs::create_directories(machine.path("share/hoplaunch"));
   door::fs::create_directory_symlink(VIEWERS, machine.path("share/hoplaunch/viewers"));
@@ -25,7 +25,7 @@ void furnish(const Machine& machine, const Strings& programs) {
   }
 }
 
-// Files that were made just now come into the catalog a little later.
+// New files come into the catalog a little later.
 void catalogue(const Machine& machine) {
   for (int tries = 0; tries < 100; tries++) {
     EXPECT_EQ(0, machine.run({"--list"}).status);

@@ -1,4 +1,4 @@
-// Which viewer is chosen, by whom, and what is said when none can be.
+// Which viewer is chosen, who chooses it, and the message when there is none.
 
 #include <sched.h>
 #include <sys/mount.h>
@@ -117,7 +117,7 @@ TEST(Choice, IsTheOptionsThenTheUsersThenTheAdministrators) {
   machine.set("[use]\nvnc = \"b\"\n", "second");
   EXPECT_EQ("b", machine.comesOf({"vnc://h"}, variables));
   machine.set("[use]\nssh = \"x\"\n", "first");
-  EXPECT_EQ("b", machine.comesOf({"vnc://h"}, variables)) << "the first says nothing of vnc";
+  EXPECT_EQ("b", machine.comesOf({"vnc://h"}, variables)) << "the first says nothing about vnc";
   machine.set("[use]\nvnc = \"c\"\n", "first");
   EXPECT_EQ("c", machine.comesOf({"vnc://h"}, variables));
   machine.set("[use]\nvnc = \"d\"\n");
@@ -125,6 +125,25 @@ TEST(Choice, IsTheOptionsThenTheUsersThenTheAdministrators) {
   EXPECT_EQ("b", machine.comesOf({"--viewer=b", "vnc://h"}, variables));
   EXPECT_EQ("b", machine.comesOf({"vnc://h", "--viewer", "b"}, variables));
   EXPECT_EQ("d", machine.comesOf({"VNC://h"}, variables));
+}
+
+TEST(Choice, IsExplainedByADryRun) {
+  const Machine machine;
+  install(machine, "a", "rank = 1\n");
+  install(machine, "b", "rank = 2\n");
+  const auto viewer = [&](const Strings& options) {
+    Strings arguments = options;
+    arguments.insert(arguments.end(), {"--dry-run", "vnc://h"});
+    const std::string text = machine.run(arguments).out;
+    const std::size_t start = text.find("\nviewer ") + 1;
+    return text.substr(start, text.find('\n', start) - start);
+  };
+  EXPECT_TRUE(viewer({}).ends_with(" (a), the first by rank")) << viewer({});
+  machine.set("[use]\nvnc = \"b\"\n", "etc");
+  EXPECT_TRUE(viewer({}).ends_with(" (b), chosen by the administrator")) << viewer({});
+  machine.set("[use]\nvnc = \"a\"\n");
+  EXPECT_TRUE(viewer({}).ends_with(" (a), chosen in your settings")) << viewer({});
+  EXPECT_TRUE(viewer({"--viewer=b"}).ends_with(" (b), chosen by --viewer"));
 }
 
 TEST(Choice, OfAUserIsFoundBelowHomeByDefault) {
@@ -281,7 +300,7 @@ TEST(NoViewer, HasNoPlaceInTheLink) {
   EXPECT_EQ(false, told["trusted"]);
 }
 
-// A chosen viewer cannot do what a link asks for: no other is tried, but named.
+// The chosen viewer cannot do what a link asks for: hopopen names others, but tries none.
 TEST(Restriction, NamesTheInstalledViewersThatCouldKeepIt) {
   const Machine machine;
   install(machine, "a", "rank = 1\n");

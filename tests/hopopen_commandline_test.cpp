@@ -1,4 +1,4 @@
-// The command line of hopopen: exactly one wish, and words as they are.
+// The command line of hopopen: exactly one request, and words as they are.
 
 #include "hopopen_runner.h"
 
@@ -46,6 +46,35 @@ TEST(CommandLine, HasExactlyOneLinkOrWish) {
     EXPECT_TRUE(door::isPlain(outcome.err)) << outcome.err;
     EXPECT_FALSE(outcome.viewer);
     EXPECT_FALSE(machine.has(Machine::settings()));
+  }
+}
+
+TEST(CommandLine, ThatIsWrongIsExplained) {
+  const Machine machine;
+  machine.plain();
+  struct Case {
+    Strings arguments;
+    const char* said;
+  };
+  const std::string one =
+      "Give one link, or one of --list, --check, --use, --forget, --trust, --distrust.";
+  for (const auto& [arguments, said] :
+       {Case{{"vnc://h", "vnc://i"}, "Only one link can be opened at a time."},
+        {{"a", "b", "c"}, "Only one link can be opened at a time."},
+        {{"--", "a", "b"}, "Only one link can be opened at a time."},
+        {{"--viewer=plain", "a", "b"}, "Only one link can be opened at a time."},
+        {{}, one.c_str()},
+        {{"--list", "vnc://h"}, one.c_str()},
+        {{"--colour=red", "vnc://h"}, "There is no option \"--colour\"."},
+        {{"vnc://h", "--viewer"}, "An option has no value, or has one too many."},
+        {{"--use"}, "An option has no value, or has one too many."},
+        {{"--format=xml", "vnc://h"}, "The format must be text or json."}}) {
+    const Outcome outcome = machine.run(arguments);
+    EXPECT_EQ("hopopen: " + std::string(said) +
+                  "\nUsage: hopopen [OPTION]... [--] LINK\nSee hopopen --help.\n",
+              outcome.err)
+        << testing::PrintToString(arguments);
+    EXPECT_EQ(1, outcome.status);
   }
 }
 

@@ -305,6 +305,45 @@ TEST(Check, SaysSoWhenThereIsNoFault) {
   EXPECT_EQ("{\"faults\":[]}\n", machine.run({"--check", "--format=json"}).out);
 }
 
+TEST(Check, TellsTheFaultsOfAFolderThatIsNamedTwiceOnce) {
+  const Machine machine;
+  machine.define("a", titled("a") + "colour = 1\n");
+  const Outcome check = machine.run(
+      {"--check"}, {{"XDG_DATA_DIRS", machine.path("share") + ":" + machine.path("share")}});
+  EXPECT_EQ(4, check.status);
+  EXPECT_EQ(1U, countOf(check.out, "\n")) << check.out;
+}
+
+TEST(Check, TellsOfAFolderThatCannotBeRead) {
+  const Machine machine;
+  machine.plain();
+  const std::string folder = "second/hoplaunch/viewers";
+  std::filesystem::create_directories(machine.path("second/hoplaunch"));
+  std::filesystem::create_symlink("viewers", machine.path(folder));
+  const Variables variables{
+      {"XDG_DATA_DIRS", machine.path("share") + ":" + machine.path("second")}};
+  const Outcome check = machine.run({"--check"}, variables);
+  EXPECT_EQ(4, check.status);
+  EXPECT_EQ(machine.path(folder) + ":1:1: cannot be read: Too many levels of symbolic links\n",
+            check.out);
+  EXPECT_EQ((Strings{"plain", "h"}), machine.launch({"vnc://h"}, variables))
+      << "what is in other folders opens links all the same";
+}
+
+TEST(Check, TellsOfAFolderThatCannotBeReadToItsEnd) {
+  if (access("/usr/bin/strace", X_OK) != 0) {
+    GTEST_SKIP() << "There is no strace.";
+  }
+  const Machine machine;
+  machine.plain();
+  const Outcome check = machine.call(
+      {.arguments = {"--check"},
+       .under = {"/usr/bin/strace", "-qq", "-E", "ASAN_OPTIONS=detect_leaks=0", "-o", "/dev/null",
+                 "-e", "trace=getdents64", "-e", "inject=getdents64:error=EIO"}});
+  EXPECT_EQ(4, check.status);
+  EXPECT_TRUE(contains(check.out, ":1:1: cannot be read: Input/output error\n")) << check.out;
+}
+
 TEST(Check, TellsTheFaultsOfAllSettings) {
   const Machine machine;
   machine.set("[use]\nvnc = 1\n");

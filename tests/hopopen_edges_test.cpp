@@ -1,5 +1,5 @@
-// What may happen around hopopen: logs that would keep it waiting, output that nobody
-// takes, memory that runs out.
+// What may happen around hopopen: logs that would make it wait, output that nobody
+// reads, memory that runs out.
 
 #include <sched.h>
 #include <sys/resource.h>
@@ -9,6 +9,7 @@
 
 #include "blocking_logs.h"
 #include "hopopen_runner.h"
+#include "soft_limit.h"
 
 namespace hopopen_edges_test {
 
@@ -74,8 +75,7 @@ void closedPipe(int descriptor) {
 }
 
 void noFileMayGrow() {
-  const rlimit none{0, 0};
-  if (setrlimit(RLIMIT_FSIZE, &none) != 0 || signal(SIGXFSZ, SIG_DFL) == SIG_ERR) {
+  if (!setSoftLimit(RLIMIT_FSIZE, 0) || signal(SIGXFSZ, SIG_DFL) == SIG_ERR) {
     _exit(124);
   }
 }
@@ -83,7 +83,7 @@ void noFileMayGrow() {
 TEST(OpeningOutput, OfALaunchMayBeLost) {
   const Machine machine;
   machine.plain();
-  machine.define("broken", "name =\n");  // which is told on standard error
+  machine.define("broken", "name =\n");  // standard error reports it
   const Outcome outcome = machine.call({.arguments = {"vnc://h"}, .prepare = [] {
                                           closedPipe(1);
                                           closedPipe(2);
@@ -151,12 +151,11 @@ TEST(OpeningOutput, OfAnAnswerThatIsLostIsStatusTwo) {
 constexpr char noMemory[] =
     "hopopen: There is not enough memory. Close some programs, and try again. (start)\n";
 
-// Allows so many bytes of addresses, and no more.
+// Limits the addresses to so many bytes.
 std::function<void()> withAddresses(rlim_t bytes) {
   return [bytes] {
-    const rlimit limit{bytes, bytes};
     const rlimit noCore{0, 0};
-    if (setrlimit(RLIMIT_CORE, &noCore) != 0 || setrlimit(RLIMIT_AS, &limit) != 0) {
+    if (setrlimit(RLIMIT_CORE, &noCore) != 0 || !setSoftLimit(RLIMIT_AS, bytes)) {
       _exit(124);
     }
   };
@@ -176,7 +175,7 @@ void fill(const Machine& machine) {
 
 TEST(OpeningMemory, ThatRunsOutIsARefusal) {
 #ifdef SANITIZED
-  GTEST_SKIP() << "sanitizers take addresses without bound";
+  GTEST_SKIP() << "sanitizers use addresses without bound";
 #endif
   const Machine machine;
   fill(machine);
@@ -203,9 +202,37 @@ TEST(OpeningMemory, ThatRunsOutIsARefusal) {
   EXPECT_EQ(3, launches);
 }
 
+// With a little more than what hopopen has, somebody can be told.
+TEST(OpeningMemory, ThatRunsOutIsShownOnADesktop) {
+#ifdef SANITIZED
+  GTEST_SKIP() << "sanitizers use addresses without bound";
+#endif
+  const Machine machine;
+  fill(machine);
+  machine.script("notify-send",
+                 "for word; do :; done\necho \"$word\" >> " + machine.path("shown") + "\n");
+  int refusals = 0;
+  for (rlim_t size = 2U << 20; size < 40U << 20; size += 64U << 10) {
+    SCOPED_TRACE(std::to_string(size) + " bytes");
+    const Outcome outcome = machine.call({.arguments = {"vnc://h"},
+                                          .variables = {{"DISPLAY", ":99"}},
+                                          .prepare = withAddresses(size)});
+    if (outcome.status == 3) {
+      ++refusals;
+      EXPECT_EQ(noMemory, outcome.err);
+    } else if (refusals > 0) {
+      break;
+    }
+  }
+  Machine::settle();
+  const std::string message = std::string(noMemory).substr(0, sizeof noMemory - 2);
+  EXPECT_TRUE(machine.read("shown").starts_with(message + "\n")) << machine.read("shown");
+  EXPECT_GE(refusals, 5);
+}
+
 TEST(OpeningMemory, ThatRunsOutIsQuietWhenAsked) {
 #ifdef SANITIZED
-  GTEST_SKIP() << "sanitizers take addresses without bound";
+  GTEST_SKIP() << "sanitizers use addresses without bound";
 #endif
   const Machine machine;
   fill(machine);

@@ -1,5 +1,5 @@
-// Faults of definitions: each is found, at its line and column, and takes its file out of
-// use, and no other.
+// Faults of definitions.  hopopen finds each at its line and column, and ignores only the
+// file that has it.
 
 #include "hopopen_runner.h"
 
@@ -32,7 +32,7 @@ const Fault faultsOfDefinitions[] = {
      "default"},
     {"an unknown key", with("colour = 1\n"), "5:1", "colour"},
     {"an unknown key in another letter case", with("Rank = 1\n"), "5:1", "Rank"},
-    {"an unknown key behind blanks", with("   colour = 1\n"), "5:4", "colour"},
+    {"an unknown key after blanks", with("   colour = 1\n"), "5:4", "colour"},
     {"an unknown table", with("[colours]\n"), "5:2", "colours"},
     {"an unknown dotted key", with("colour.dark = 1\n"), "5:1", "colour"},
 
@@ -108,6 +108,8 @@ const Fault faultsOfDefinitions[] = {
     {"the parameter vncpassword", with("[parameters.vncpassword]\narguments = []\n"), "5:13",
      "vncpassword"},
     {"a parameter that is no table", with("[parameters]\nShared = []\n"), "6:10", ""},
+    {"a parameter without arguments", with("[parameters.Shared]\nallow = \"x\"\n"), "5:13",
+     "arguments"},
     {"an unknown key in a parameter", with("[parameters.Shared]\narguments = []\nunset = []\n"),
      "7:1", "unset"},
     {"a parameter's arguments that are no list", with("[parameters.Shared]\narguments = \"x\"\n"),
@@ -203,7 +205,7 @@ TEST(FaultsOfDefinitions, AreAllToldByCheck) {
        {faulty + ":5:1: ", faulty + ":6:8: ", faulty + ":8:8: ", other + ":1:1: "}) {
     EXPECT_TRUE(contains(check.out, line)) << line << " is not in\n" << check.out;
   }
-  // Of the other file: the unknown key, and the four keys that must be there.
+  // Faults of the other file: the unknown key, and the four required keys.
   EXPECT_EQ(8U, machine.json({"--check", "--format=json"})["faults"].size()) << check.out;
 }
 

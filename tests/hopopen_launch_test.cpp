@@ -20,7 +20,7 @@ const char* const PLACEHOLDERS =
     "arguments = [\"{host}\", \"{bracketed}\", [\"-u\", \"{user}\"], [\"-p\", \"p{port}\"],\n"
     "  \"{display}\", \"{link}\", \"{{{host}}}\", \"{bracketed}::{port}\", \"\", \"last\"]\n";
 
-// Without RECORDING and what a sanitizer wants.
+// Without RECORDING and the variables for a sanitizer.
 Strings environmentOf(const Outcome& outcome) {
   Strings result;
   if (!outcome.viewer) {
@@ -200,7 +200,7 @@ const char* const WITH_ENVIRONMENT =
     "VNC_PASSWORD = \"{password}\"\n"
     "FIXED = \"{{{host}}}:{port}\"\n";
 
-// Those variables of the environment that the definition above is about.
+// The variables of the environment that the definition above names.
 std::multimap<std::string, std::string> concerned(const Outcome& outcome) {
   std::multimap<std::string, std::string> result;
   for (const std::string& variable : environmentOf(outcome)) {
@@ -333,7 +333,7 @@ TEST(Launch, SaysNothingItself) {
   const Outcome launch = machine.run({"vnc://u:p@h:5900/?Shared=1&other=2#f"});
   EXPECT_EQ(42, launch.status);
   EXPECT_EQ("", launch.out);
-  EXPECT_EQ("", launch.err) << "what is dropped is told by --dry-run only";
+  EXPECT_EQ("", launch.err) << "only --dry-run says what is dropped";
 }
 
 TEST(Launch, OfAFileThatTheKernelDoesNotExecuteIsRefusedAtOnce) {
@@ -358,6 +358,19 @@ TEST(Launch, OfAFileThatTheKernelDoesNotExecuteIsRefusedAtOnce) {
     EXPECT_EQ(1U, countOf(launch.err, "\n")) << launch.err;
     EXPECT_FALSE(machine.has("work/made-by-a-shell"));
   }
+}
+
+TEST(Launch, ThatFailsNamesWhatToInstallAgain) {
+  const Machine machine;
+  machine.define("plain", std::string(door::PLAIN) + "packages = [\"plain-viewer\", \"other\"]\n");
+  machine.write("bin/plain", "");
+  std::filesystem::permissions(machine.path("bin/plain"), std::filesystem::perms::owner_all);
+  const Outcome launch = machine.run({"vnc://h"});
+  EXPECT_EQ(3, launch.status);
+  EXPECT_TRUE(contains(launch.err,
+                       "Plain could not be started: Exec format error. "
+                       "Install it again: plain-viewer and other."))
+      << launch.err;
 }
 
 TEST(Launch, InATerminalThatTheKernelDoesNotExecuteIsRefused) {

@@ -1,4 +1,4 @@
-// The log, and that a click leaves nothing else behind: no file, no semaphore set.
+// The log.  A click leaves nothing else behind: no file and no semaphore set.
 
 #include <sched.h>
 #include <sys/ipc.h>
@@ -16,7 +16,7 @@ using door::Outcome;
 using door::Strings;
 using door::Variables;
 
-// The log with each time, which must be of the form 20261120T195147, as "TIME".
+// The log with "TIME" for each time, which must have the form 20261120T195147.
 std::string withoutTimes(const std::string& log) {
   std::string result;
   for (const std::string& line : split(log, '\n')) {
@@ -128,7 +128,7 @@ TEST(Log, ThatCannotBeOpenedStopsNothing) {
   }
 }
 
-// The paths and contents of all files of a machine but those of the runner.
+// The paths and contents of all files of a machine, except those of the runner.
 std::map<std::string, std::string> contents(const Machine& machine) {
   std::map<std::string, std::string> result;
   for (const auto& entry : fs::recursive_directory_iterator(machine.path(""))) {
@@ -200,7 +200,7 @@ TEST(Click, IsNotStoppedByASemaphoreSetThatCannotBeHad) {
   EXPECT_EQ(42, launch.status) << launch.err;
 }
 
-// What an earlier --list found never decides what a click does.
+// The result of an earlier --list never decides what a click does.
 TEST(Click, SeesDefinitionsThatChangedAfterAList) {
   const Machine machine;
   machine.plain();

@@ -1,4 +1,4 @@
-// What is said of a link that is refused: one line, plain, without the password.
+// The message about a refused link: one plain line without the password.
 
 #include "hopopen_runner.h"
 
@@ -12,7 +12,7 @@ using door::Outcome;
 using door::Strings;
 using door::Variables;
 
-// A viewer of each scheme that the links below have.
+// A viewer for each scheme of the links below.
 void installViewers(const Machine& machine) {
   machine.define("plain",
                  "name = \"Plain\"\nschemes = [\"vnc\", \"ssh\"]\nprograms = "

@@ -1,6 +1,6 @@
-// The notification of a refusal: which program shows it, with what, and when there is none.
+// The notification of a refusal: which program shows it, which text, and when there is none.
 //
-// The programs are scripts that keep their arguments and do what a test wants then.
+// The programs are scripts that keep their arguments and then do what a test wants.
 
 #include "hopopen_runner.h"
 
@@ -44,7 +44,7 @@ Strings argumentsOf(const Machine& machine, const std::string& name) {
   return split(machine.read("shown." + name), '\0');
 }
 
-// What a person reads of a refusal: without "hopopen: " and the code.
+// The text of a refusal for people, without "hopopen: " and the code.
 std::string messageOf(const Outcome& outcome) {
   return outcome.err.substr(9, outcome.err.rfind(" (") - 9);
 }
@@ -124,6 +124,49 @@ TEST(Notification, HasItsBackslashesAsEachProgramShowsThem) {
   }
 }
 
+// Of these programs, the others break long lines well.
+TEST(Notification, HasLinesOfAtMost72Bytes) {
+  for (const char* name : {"zenity", "kdialog", "xmessage"}) {
+    const Machine machine;
+    machine.plain();
+    notifier(machine, name);
+    for (const std::string& link :
+         {"vnc://" + std::string(113, 'x') + ":0", "vnc://" + std::string(30, '<'),
+          "vnc://x" + std::string(30, '<'), "vnc://xx" + std::string(30, '<'),
+          "vnc://xxx" + std::string(30, '<')}) {
+      SCOPED_TRACE(name + (": " + link));
+      const Outcome outcome = machine.run({"--", link}, ON_A_DESKTOP);
+      const Strings arguments = argumentsOf(machine, name);
+      const auto text = std::max_element(
+          arguments.begin(), arguments.end(),
+          [](const std::string& a, const std::string& b) { return a.size() < b.size(); });
+      ASSERT_NE(arguments.end(), text);
+      std::string whole;
+      for (std::string line : split(*text, '\n')) {
+        if (line.starts_with("--text=")) {
+          line = line.substr(7);
+        }
+        // A backslash that the program reads itself is written twice after that.
+        for (std::size_t at = 0; (at = line.find("\\\\", at)) != line.npos; ++at) {
+          line.erase(at, 1);
+        }
+        EXPECT_GE(72U, line.size()) << line;
+        const std::size_t escape = line.rfind('\\');
+        EXPECT_TRUE(escape == line.npos || escape + 4 <= line.size()) << "cut: " << line;
+        whole += line;
+      }
+      // Nothing is lost but the blanks at which lines end.
+      std::string expected = outcome.err.substr(0, outcome.err.size() - 1);
+      std::erase(expected, ' ');
+      std::erase(whole, ' ');
+      for (std::size_t at = 0; (at = expected.find('<', at)) != expected.npos;) {
+        expected.replace(at, 1, "\\x3C");
+      }
+      EXPECT_EQ(expected, whole);
+    }
+  }
+}
+
 TEST(Notification, HasNoControlCharacterAndNoPassword) {
   for (const std::string& name : NOTIFIERS) {
     const Machine machine;
@@ -154,7 +197,7 @@ TEST(Notification, HasNoOptionOfALink) {
       const Strings arguments = argumentsOf(machine, name);
       ASSERT_EQ(usual.size(), arguments.size()) << name;
       for (std::size_t index = 0; index < usual.size(); ++index) {
-        // What is not of the link stays, and what is does not begin with the link.
+        // Arguments without the link stay the same, and those with it do not begin with it.
         EXPECT_EQ(usual[index].substr(0, 1), arguments[index].substr(0, 1)) << name;
         EXPECT_FALSE(arguments[index].starts_with(link)) << name;
       }
@@ -218,7 +261,7 @@ TEST(Notification, ThatStaysIsNotWaitedFor) {
   EXPECT_EQ((Strings{"notify-send"}), shownBy(machine)) << "it failed after two seconds";
 }
 
-// Who reads what hopopen says to its end must not wait for a window to be closed.
+// A program that reads all output of hopopen must not wait until somebody closes a window.
 TEST(Notification, ThatStaysHoldsNothingOfTheCaller) {
   const Machine machine;
   machine.plain();

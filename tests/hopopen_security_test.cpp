@@ -1,9 +1,9 @@
-// What a stranger's link cannot do: whatever the link, an argument that arrives is the
-// template with checked pieces of the link, each in its place.
+// What a stranger's link cannot do.  Every argument that arrives is the template with
+// checked pieces of the link, each in its place.
 //
-// The links are put together of parts that try things, and some have a byte changed.  They
-// are the same in every run.  What a piece may be is written down here once more, and what
-// the link says is read once more, by other means than the program's.
+// The links consist of parts that try attacks, and some have a changed byte.  They are the
+// same in every run.  This test has its own rules for pieces, and it reads the links by
+// other means than the program.
 
 #include <random>
 #include <regex>
@@ -18,7 +18,7 @@ using door::Machine;
 using door::Outcome;
 using door::Strings;
 
-// Words in capitals stand between the places, so that it is known which piece is where.
+// Words in capitals are between the places, so that a test can see which piece is where.
 const char* const EVERYTHING = R"(name = "Everything"
 schemes = ["vnc", "ssh"]
 programs = ["everything"]
@@ -163,7 +163,7 @@ std::string lower(std::string text) {
   return text;
 }
 
-// The pieces of a link that was accepted.
+// The pieces of an accepted link.
 struct Pieces {
   std::string scheme, user, host, port;
   bool address = false;  // of version 6
@@ -205,7 +205,7 @@ bool is(const std::string& text, const char* expression) {
   return std::regex_match(text, std::regex(expression));
 }
 
-// What arrived, word by word.
+// The arguments that arrived, word by word.
 class Arrived {
  public:
   explicit Arrived(const Strings& words) : m_words(words) {}

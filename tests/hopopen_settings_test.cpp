@@ -1,5 +1,5 @@
-// Changes of the settings through the program: by many at once, and by one that is killed at
-// each of its system calls.
+// Changes of the settings by the program: by many processes at once, and by one that is
+// killed at each of its system calls.
 
 #include <gtest/gtest.h>
 #include <sys/wait.h>
@@ -76,6 +76,9 @@ TEST(ChangesOfSettings, LoseNothingWhenTwoHundredProgramsMakeThemAtOnce) {
 }
 
 TEST(ChangesOfSettings, LeaveTheOldFileOrTheNewOneWhereverTheProgramIsKilled) {
+#ifdef COUNTED
+  GTEST_SKIP() << "The file of the counts would be cut, too.";
+#endif
   if (access("/usr/bin/strace", X_OK) != 0) {
     GTEST_SKIP() << "There is no strace.";
   }
@@ -85,7 +88,7 @@ TEST(ChangesOfSettings, LeaveTheOldFileOrTheNewOneWhereverTheProgramIsKilled) {
   const std::string made = old + "\n[trust]\nhosts = [\"h.example\"]\n";
   const std::string next = "# mine\n[use]\nvnc = \"plain\"\n";
   int kills = 0;
-  // Which of those with a question mark are there depends on the processor.
+  // The processor decides which of those with a question mark exist.
   const std::vector<std::string> calls{
 #ifndef SANITIZED  // sanitizers make many of these themselves
       "openat", "read",
@@ -105,7 +108,7 @@ TEST(ChangesOfSettings, LeaveTheOldFileOrTheNewOneWhereverTheProgramIsKilled) {
                      "inject=" + call + ":signal=KILL:when=" + std::to_string(number)}});
       const std::string text = machine.read(Machine::settings());
       ASSERT_TRUE(text == old || text == made) << call << number << text;
-      // No lock is held, and nothing that was left is in the way.
+      // No lock is held, and no leftovers are in the way.
       const Outcome after = machine.run({"--use", "plain"});
       ASSERT_EQ(after.status, 0) << call << number << after.err;
       const bool trusted = text == made;

@@ -12,7 +12,7 @@
 namespace hopopen::host_test {
 namespace {
 
-// The host that is read, as it is passed on, or the offset of the fault.
+// The host in the form that is passed on, or the offset of the fault.
 std::string read(const std::string& text) {
   host machine;
   const auto fault = readHost({text, 0}, machine);

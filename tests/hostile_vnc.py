@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""A VNC server for tests that wants what it should not have.
+"""A VNC server for tests.  It wants things that it should not have.
 
     hostile_vnc.py --log FILE --port-file FILE [OPTION...]
 
@@ -45,7 +45,7 @@ sys.path.insert(0, str(Path(__file__).resolve().parent))
 import hostile_vnc_login as login  # noqa: E402
 from hostile_vnc_wire import Gone, Journal, Wire  # noqa: E402
 
-# Encodings, and what clients say in their list that they understand.
+# Encodings, and other abilities that clients name in their list of encodings.
 RAW, RRE = 0, 2
 DESKTOP_SIZE, DESKTOP_NAME, EXTENDED_DESKTOP_SIZE = -223, -307, -308
 EXTENDED_CLIPBOARD = 0xC0A1E5CE - (1 << 32)
@@ -55,8 +55,8 @@ ACTIONS = {24: "caps", 25: "request", 26: "peek", 27: "notify", 28: "provide"}
 FORMATS = {0: "text", 1: "rtf", 2: "html", 3: "dib", 4: "files"}
 BIT = {name: 1 << bit for bit, name in [*ACTIONS.items(), *FORMATS.items()]}
 
-# Raw pictures are sent in strips of so many pixels, so that the largest desktop costs
-# no memory here.
+# The server sends raw pictures in strips of so many pixels, so that the largest desktop
+# needs no memory here.
 STRIP = 1 << 18
 
 
@@ -121,7 +121,7 @@ class Client:
         self.wire.send(struct.pack(">HH", self.width, self.height), self.format.data,
                        struct.pack(">I", len(title)), title)
         if self.wire.tight_capabilities:
-            self.wire.send(bytes(8))  # no messages or encodings of Tight's own
+            self.wire.send(bytes(8))  # no messages or encodings of Tight itself
         self.started = True
         self.send_cut_text()
         threading.Thread(target=self.pester, daemon=True).start()
@@ -192,7 +192,7 @@ class Client:
             self.rectangle(0, 0, width, height, DESKTOP_SIZE)
         else:
             return
-        # Not all clients ask for the new picture.
+        # Some clients do not ask for the new picture.
         self.update(0, 0, 0, width, height)
 
     def send_screens(self, reason, result, screens=1):

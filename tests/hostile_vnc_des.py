@@ -1,4 +1,4 @@
-"""DES, which VNC's passwords need and Python's library lacks: slow, and for tests only."""
+"""DES, which VNC's passwords need and Python's library does not have.  Slow, only for tests."""
 
 # From FIPS 46-3; positions count from 1 at the highest bit.
 INITIAL = [58 - 8 * (i % 8) + 2 * (i // 8) if i < 32 else 57 - 8 * (i % 8) + 2 * (i // 8 - 4)

@@ -1,4 +1,4 @@
-"""How the hostile VNC server lets clients in: it takes every answer, and writes it down."""
+"""How the hostile VNC server lets clients in: it accepts and records every answer."""
 
 import hashlib
 import os
@@ -145,7 +145,7 @@ def start_tls(client, anonymous):
 
 
 def relay(secure, inner):
-    """Carries bytes both ways in one thread, as a TLS socket cannot be shared by two."""
+    """Carries bytes both ways in one thread, because two threads cannot share a TLS socket."""
     other = {secure: inner, inner: secure}
     try:
         while True:

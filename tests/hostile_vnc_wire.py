@@ -1,4 +1,4 @@
-"""What the hostile VNC server reads and writes with: a connection and a journal."""
+"""The input and output of the hostile VNC server: a connection and a journal."""
 
 import json
 import socket
@@ -6,12 +6,12 @@ import struct
 import threading
 import time
 
-# No client has reason to send more at once, but for its clipboard.
+# No client has reason to send more at once, except for its clipboard.
 LONGEST = 1 << 26
 
 
 class Gone(Exception):
-    """The client went away, or is sent away."""
+    """The client left, or must leave."""
 
 
 class Wire:
@@ -45,7 +45,7 @@ class Wire:
             self.connection.sendall(b"".join(parts))
 
     def close(self):
-        # Wakes the thread that reads, which closing alone does not.
+        # Wakes the thread that reads; closing alone does not.
         try:
             self.connection.shutdown(socket.SHUT_RDWR)
         except OSError:

@@ -20,7 +20,7 @@ std::string htmlBytesWithoutNbsp(const char* text, unsigned int length) {
   return HTMLescape(text, length, false);
 }
 
-// Checks what becomes of all 256 byte values.  Row i of the table is the result for
+// Checks the results of all 256 byte values.  Row i of the table is the result for
 // the sixteen bytes from 16 * i on.
 void checkAllBytes(escapeFunction escape, escapeBytesFunction escapeBytes,
                    const char* const (&rows)[16]) {
@@ -36,7 +36,7 @@ void checkAllBytes(escapeFunction escape, escapeBytesFunction escapeBytes,
   }
 }
 
-// One text and what becomes of it.
+// One text and its result.
 struct textCase {
   std::string text;
   std::string expected;
@@ -48,7 +48,7 @@ void checkTexts(escapeFunction escape, escapeBytesFunction escapeBytes,
   for (const textCase& entry : cases) {
     SCOPED_TRACE(testing::Message() << "text \"" << entry.text << "\"");
     EXPECT_EQ(escape(entry.text), entry.expected);
-    // What stands behind the length is not looked at.
+    // Nothing after the length is looked at.
     const std::string longer = entry.text + "41";
     EXPECT_EQ(escapeBytes(longer.data(), static_cast<unsigned int>(entry.text.size())),
               entry.expected);
@@ -120,7 +120,7 @@ const textCase percentDecoding[] = {
     {"%41%", "A"},
     {"%41%4", "A"},
     {"%f", ""},
-    // What only looks like an escape.
+    // Texts that only look like escapes.
     {"%G1", "%G1"},
     {"%4G", "%4G"},
     {"%g", "%g"},
@@ -312,7 +312,7 @@ TEST(LDAPunEscape, DecodesOrDropsEveryEscape) {
       {"\\c3\\A9", "\xc3\xa9"},
       {"\\00", std::string(1, '\0')},
       {"\\ff", "\xff"},
-      // A backslash before something that is no digit.
+      // A backslash before something that is not a digit.
       {"\\,", ","},
       {"\\\\", "\\"},
       {"\\\\41", "\\41"},
@@ -320,7 +320,7 @@ TEST(LDAPunEscape, DecodesOrDropsEveryEscape) {
       {"\\ 41", " 41"},
       {"\\\xe9", "\xe9"},
       {std::string("\\\0", 2), std::string(1, '\0')},
-      // A digit and something that is no digit: both are dropped.
+      // A digit and something that is not a digit: both are dropped.
       {"\\4G", "G"},
       {"a\\4Gb", "aGb"},
       {"\\4\\41", "\\41"},
@@ -349,7 +349,7 @@ TEST(LDAPunEscape, UndoesLDAPescapeForAllBytes) {
 // --- Script strings ------------------------------------------------------------
 
 TEST(javaScriptEscape, TreatsEveryByteByItsRule) {
-  // Bytes of 128 and above stand alone here, so they are no UTF-8 sequences and
+  // Bytes of 128 and above are alone here, so they are no UTF-8 sequences and
   // count as the code points of their values.
   const char* const rows[16] = {
       "\\u000\\u001\\u002\\u003\\u004\\u005\\u006\\u007\\u008\\u009\\u00A\\u00B\\u00C\\u00D\\u00E\\"
@@ -427,7 +427,7 @@ TEST(javaScriptEscape, DoesNotCompleteASequenceFromBehindTheLength) {
 // --- HTML ----------------------------------------------------------------------
 
 TEST(HTMLescape, TreatsEveryByteByItsRule) {
-  // Bytes of 128 and above stand alone here, as above.
+  // Bytes of 128 and above are alone here, as above.
   const char* const rows[16] = {
       "&#0;&#1;&#2;&#3;&#4;&#5;&#6;&#7;&#8;&#9;<br>&#11;&#12;&#13;&#14;&#15;",
       "&#16;&#17;&#18;&#19;&#20;&#21;&#22;&#23;&#24;&#25;&#26;&#27;&#28;&#29;&#30;&#31;",

@@ -1,4 +1,4 @@
-// Texts whose length does not fit 32 bits, which a machine of 32 bits has none of.
+// Texts whose length does not fit 32 bits.  A machine of 32 bits has no such texts.
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -20,7 +20,7 @@ namespace {
 constexpr std::uint64_t FOUR_GIB = std::uint64_t{1} << 32;
 constexpr unsigned int LARGEST = 4294967295U;
 
-// Each text is longer than its array may be, by as little as can be.
+// Each text is just a little longer than its array may be.
 struct tooLong {
   unsigned int radix;
   std::uint64_t size;
@@ -135,7 +135,7 @@ TEST(HTMLescape, ReadsAllOfAStringOver4GiB) {
 
 TEST(UTF8size, CountsCharactersWhose4GiBAreLeft) {
   NEEDS_GIGABYTES(6);
-  // Before the second character exactly 4 GiB are left, which are 0 as 32 bits.
+  // Exactly 4 GiB are left before the second character, which are 0 as 32 bits.
   std::string text = "a";
   text.resize(FOUR_GIB + 1, '\xE9');
   text.replace(1, 4, "\xC3\xA9\xC3\xA9");

@@ -29,7 +29,7 @@ static_assert(std::has_virtual_destructor_v<language>);
 static_assert(!std::is_constructible_v<language, const std::string&>);
 static_assert(std::is_base_of_v<language, badLanguage>);
 
-// Declared before `main`, in no order that matters.
+// Declared before `main`.  The order does not matter.
 languageString banana("banana", "a banana", "Early Fruit");
 languageString apple("Apple", "an apple", "Early Fruit");
 
@@ -130,7 +130,7 @@ TEST(language, TakesTheOnlyOneForItsDefault) {
   testLanguage& french = testLanguage::make("French");
   EXPECT_EQ(&language::Default(), &french);
   EXPECT_EQ(&language::find("German"), &french);
-  EXPECT_EQ(names(), "French=French ") << "no stand-by is needed";
+  EXPECT_EQ(names(), "French=French ") << "no substitute is needed";
 }
 
 TEST(language, TakesTheFirstByNameWithoutTheConfiguredOne) {
@@ -253,7 +253,7 @@ TEST(language, DefersToTheDefaultLanguageForAVectorThatItLacks) {
   EXPECT_EQ(french.phrase("COLOURS", 1000), "red");
   EXPECT_EQ(french.phrase("Colours", 1), "<string index too large>");
   EXPECT_EQ(french.phrase("Shapes", 0), "<string vector not found>");
-  // One that is not even registered does so too.
+  // A language that is not registered takes them from the default, too.
   EXPECT_EQ(testLanguage::make("French").phrase("Numbers", 2), "three");
 }
 
@@ -290,7 +290,7 @@ TEST(languageVector, ServesAsTheDefault) {
     // Default vectors are looked up case-sensitively.
     EXPECT_EQ(asked->phrase("fruit", 0), "<string vector not found>");
     EXPECT_EQ(asked->phrase("Fruits", 0), "<string vector not found>");
-    // They are nobody's own.
+    // No language has them as its own.
     EXPECT_EQ(asked->phraseVec("Fruit"), (std::vector<std::string>{"<vector name not found>"}));
   }
   french.phrases()["FRUIT"] = {"une pomme"};
@@ -318,7 +318,7 @@ TEST(languageVector, CountsItsTextsApartFromItsKeywords) {
   EXPECT_EQ(any.phrase("nothing", 0), "<string index too large>");
 }
 
-// What reads vectors from elsewhere goes by the keywords.
+// Code that reads vectors from elsewhere uses the keywords.
 TEST(languageVector, IsKeptWithItsKeywords) {
   const languageVector fruit("Fruit", fruitKeywords, fruitTexts);
   const internal::vectorDetails& details = internal::defaultVectors()["Fruit"].back();

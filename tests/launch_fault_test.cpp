@@ -23,11 +23,11 @@ namespace {
 
 constexpr int LOG = 1000;  // the log's descriptor; the system gives out smaller ones
 
-// What is to fail, and what was called.
+// The planned failures, and the calls so far.
 struct Plan {
   bool active = false;
   int openError = 0;
-  int opened = LOG;  // what `open` gives
+  int opened = LOG;  // the result of `open`
   int moveError = 0;
   std::vector<int> writes = {};  // for each of the first: an error, or 0 for all of it
   std::size_t portion = 1000;    // no `write` takes more
@@ -174,7 +174,7 @@ TEST(LaunchFault, OfMovingTheLogFromAStandardStreamLeavesNoLog) {
   }
 }
 
-// The lines behind it are tried afresh: a disk may have room again.
+// The lines after it are tried again: a disk may have room again.
 TEST(LaunchFault, OfWritingALineLosesThatLineOnly) {
   for (const int error : {ENOSPC, EIO, EPIPE, EFBIG, EDQUOT, EAGAIN, EBADF}) {
     SCOPED_TRACE(error);
@@ -210,7 +210,7 @@ TEST(LaunchFault, LosesNothingToASignalOrToShortWrites) {
   }
 }
 
-// The time of no clock is the invalid time, for which nobody waits.
+// Without a clock the time is the invalid time, and nobody waits for that.
 TEST(LaunchFault, OfTheClockStopsNothing) {
   fakeClock::now.fails = true;
   EXPECT_EQ(launchBy(Plan()), "open execute x close ");

@@ -1,5 +1,5 @@
-// What ends the launcher and what explains it, or must not: no set to be had, signals,
-// output that nobody takes.  Nothing is left behind.
+// What ends hoplaunch and hopexplain, and what must not: a set that cannot be had, signals,
+// output that nobody reads.  Nothing is left behind.
 
 #include <fcntl.h>
 #include <poll.h>
@@ -15,6 +15,7 @@
 #include "explain_runner.h"
 #include "launcher_runner.h"
 #include "semaphore_sets.h"
+#include "soft_limit.h"
 
 namespace launcher_ending_test {
 
@@ -27,8 +28,8 @@ using launcher::Workshop;
 const char* const none = "0000000000000000";
 const char* const failedLine = "result > 0 in ../utilities/unix/semaphore_unx@";
 
-// Moves this process to a namespace of its own with that many semaphores: per set, in all,
-// operations a call, and sets.
+// Moves this process to a namespace of its own with these limits: semaphores per set, all
+// semaphores, operations per call, and sets.
 bool limitSets(const char* limits) {
   if (unshare(CLONE_NEWIPC) != 0) {
     return false;
@@ -167,8 +168,8 @@ TEST(Explanation, HasNoSetWhileItPrints) {
 // --- Signals ---------------------------------------------------------------
 
 // Starts a launch that waits for a section that somebody else holds, and returns the set.
-// The launcher is stopped by a debugger's means between making the set and removing it: it
-// traces into a pipe that is full.
+// The launcher stops after it made the set and before it removes it, because it writes its
+// traces into a full pipe.
 class waitingLaunch {
  public:
   explicit waitingLaunch(const std::function<void()>& prepare = [] {}) {
@@ -265,7 +266,7 @@ TEST(LauncherSignals, ThatWereBlockedReachTheViewer) {
   EXPECT_EQ(none, outcome.viewer->status.at("SigIgn"));
 }
 
-// Wherever in its run the signal strikes.
+// The signal may come at any moment of the run.
 TEST(LauncherSignals, LeaveNoSetAtAnyMoment) {
   REQUIRE_OWN_SETS();
   Workshop shop;
@@ -291,8 +292,7 @@ void closedErrors() {
 }
 
 void noGrowingFile() {
-  const rlimit nothing{0, 0};
-  if (setrlimit(RLIMIT_FSIZE, &nothing) != 0 || signal(SIGXFSZ, SIG_DFL) == SIG_ERR) {
+  if (!setSoftLimit(RLIMIT_FSIZE, 0) || signal(SIGXFSZ, SIG_DFL) == SIG_ERR) {
     _exit(124);
   }
 }

@@ -1,5 +1,5 @@
 // What the viewer finds: the descriptors, the environment and the signals that the
-// launcher was given, and nothing else.
+// launcher got, and nothing else.
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -21,7 +21,7 @@ using launcher::Outcome;
 using launcher::Strings;
 using launcher::Workshop;
 
-// A sanitizer's runtime takes some signals for itself.
+// A sanitizer's runtime uses some signals itself.
 #ifdef SANITIZED
 constexpr bool sanitized = true;
 #else

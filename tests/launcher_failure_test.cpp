@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "launcher_runner.h"
+#include "soft_limit.h"
 
 namespace launcher_failure_test {
 
@@ -82,7 +83,7 @@ struct FailedLaunch {
   const char* error;
 };
 
-// All at once, since each takes five seconds.
+// All at once, because each takes five seconds.
 TEST(LauncherFailure, AProgramThatCannotBeExecutedIsLoggedBeforeAWait) {
   const std::string ticket = "vnc://h/" + std::string(120000, 'Q');
   const std::string hexTicket = [] {
@@ -113,7 +114,7 @@ TEST(LauncherFailure, AProgramThatCannotBeExecutedIsLoggedBeforeAWait) {
        "./bin",
        "\t\"bin\"\n\t\"h\"\n",
        "13 Permission denied"},
-      {"a folder with a slash behind it",
+      {"a folder with a slash after it",
        {"ssh://h/", "-program=bin/"},
        "bin/",
        "\t\"\"\n\t\"h\"\n",
@@ -177,7 +178,7 @@ TEST(LauncherFailure, AProgramThatCannotBeExecutedIsLoggedBeforeAWait) {
   }
 }
 
-// The C library has the shell run what the kernel cannot (ENOEXEC).
+// The C library lets the shell run files that the kernel cannot run (ENOEXEC).
 TEST(LauncherFailure, AProgramOfNoKnownFormatIsRunByTheShell) {
   Workshop shop;
   writeFile(shop.work() / "bin" / "script", "echo \"$0\" \"$@\"\nexit 7\n");
@@ -278,8 +279,7 @@ TEST(LauncherFailure, ALogThatMayNotGrowStopsNothing) {
   constexpr std::size_t limit = std::size_t{1} << 20;
   writeFile(shop.work() / "log", std::string(limit, '\n'));
   const Outcome outcome = shop.run({.arguments = {"-log=log", "vnc://h/"}, .prepare = [] {
-                                      const rlimit size = {limit, limit};
-                                      if (setrlimit(RLIMIT_FSIZE, &size) != 0) _exit(124);
+                                      if (!setSoftLimit(RLIMIT_FSIZE, limit)) _exit(124);
                                     }});
   EXPECT_EQ(42, outcome.status);
   EXPECT_EQ("", outcome.err);
@@ -288,7 +288,7 @@ TEST(LauncherFailure, ALogThatMayNotGrowStopsNothing) {
   EXPECT_EQ("0000000000000000", outcome.viewer->status.at("SigIgn"));
 }
 
-// Newer kernels put an empty name in the place of a missing one.
+// Newer kernels put an empty name in place of a missing one.
 TEST(LauncherInput, AVectorWithoutAnyElementPrintsTheUsage) {
   Workshop shop;
   const Outcome outcome = shop.run({.arguments = {}, .noArgv = true});

@@ -1,4 +1,4 @@
-// What the launcher does not look at, and hands on or shows as it is: README.md, the manual
+// What the launcher does not check, and passes on or shows as it is.  README.md, the manual
 // page and SECURITY.md say so, and programs rely on it.
 
 #include <gtest/gtest.h>
@@ -17,7 +17,7 @@ using launcher::Outcome;
 using launcher::Strings;
 using launcher::Workshop;
 
-// The viewer's arguments behind its name and "--autoreconnect=0".
+// The viewer's arguments after its name and "--autoreconnect=0".
 Strings given(const Strings& arguments) {
   Workshop shop;
   const Outcome outcome = shop.run({.arguments = arguments});

@@ -1,4 +1,4 @@
-// Logs that would keep the launcher waiting: the launch goes on at once.
+// Logs that would make the launcher wait: the launch goes on at once.
 
 #include <sys/stat.h>
 
@@ -53,7 +53,7 @@ TEST(LauncherLog, ThatIsAFullPipeLosesItsLines) {
                              full.pass(1);
                            }}));
     EXPECT_EQ("", full.written());
-    EXPECT_TRUE(full.stillBlocks()) << "whoever else writes to the pipe was changed";
+    EXPECT_TRUE(full.stillBlocks()) << "other writers of the pipe are affected";
   }
 }
 

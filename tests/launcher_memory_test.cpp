@@ -1,5 +1,5 @@
-// Memory that runs out in the launcher and in what explains it: no exception is left to end
-// the process, and no semaphore set is left behind.
+// Memory that runs out in hoplaunch and hopexplain: no exception ends the process, and no
+// semaphore set is left behind.
 
 #include <sched.h>
 #include <sys/resource.h>
@@ -7,6 +7,7 @@
 #include "explain_runner.h"
 #include "launcher_runner.h"
 #include "semaphore_sets.h"
+#include "soft_limit.h"
 
 namespace launcher_memory_test {
 
@@ -24,19 +25,18 @@ std::string manyParameters() {
   return uri;
 }
 
-// Allows so many bytes of addresses, and no more.
+// Limits the addresses to so many bytes.
 std::function<void()> withAddresses(rlim_t bytes) {
   return [bytes] {
-    const rlimit limit{bytes, bytes};
     const rlimit noCore{0, 0};
-    if (setrlimit(RLIMIT_CORE, &noCore) != 0 || setrlimit(RLIMIT_AS, &limit) != 0) {
+    if (setrlimit(RLIMIT_CORE, &noCore) != 0 || !setSoftLimit(RLIMIT_AS, bytes)) {
       _exit(124);
     }
   };
 }
 
-// The least number of bytes with which the program starts at all, with as many arguments as
-// it is given later.
+// The smallest number of bytes with which the program starts, with as many arguments as it
+// gets later.
 rlim_t smallest(const char* binary, const std::string& uri) {
   rlim_t size = 1U << 20;
   for (; size < 64U << 20; size += 64U << 10) {
@@ -52,7 +52,7 @@ rlim_t smallest(const char* binary, const std::string& uri) {
 
 TEST(LauncherMemory, ThatRunsOutIsAFailedLaunch) {
 #ifdef SANITIZED
-  GTEST_SKIP() << "sanitizers take addresses without bound";
+  GTEST_SKIP() << "sanitizers use addresses without bound";
 #endif
   const bool own = unshare(CLONE_NEWIPC) == 0;
   const std::string uri = manyParameters();
@@ -73,7 +73,7 @@ TEST(LauncherMemory, ThatRunsOutIsAFailedLaunch) {
       EXPECT_EQ(0, outcome.status);
       EXPECT_EQ("", outcome.err);
       EXPECT_FALSE(outcome.viewer);
-      EXPECT_LE(outcome.ended - outcome.started, 3) << "nobody is to wait";
+      EXPECT_LE(outcome.ended - outcome.started, 3) << "nobody may wait";
       // Memory may run out before the options are read.
       EXPECT_TRUE(shop.log().empty() || shop.log().ends_with("not enough memory\n")) << shop.log();
       logged += shop.log().empty() ? 0 : 1;
@@ -87,7 +87,7 @@ TEST(LauncherMemory, ThatRunsOutIsAFailedLaunch) {
 
 TEST(LauncherMemory, ThatRunsOutWithoutALogIsSilent) {
 #ifdef SANITIZED
-  GTEST_SKIP() << "sanitizers take addresses without bound";
+  GTEST_SKIP() << "sanitizers use addresses without bound";
 #endif
   const std::string uri = manyParameters();
   Workshop shop;
@@ -103,7 +103,7 @@ TEST(LauncherMemory, ThatRunsOutWithoutALogIsSilent) {
 
 TEST(ExplanationMemory, ThatRunsOutIsSaid) {
 #ifdef SANITIZED
-  GTEST_SKIP() << "sanitizers take addresses without bound";
+  GTEST_SKIP() << "sanitizers use addresses without bound";
 #endif
   const bool own = unshare(CLONE_NEWIPC) == 0;
   const std::string uri = manyParameters();

@@ -1,8 +1,8 @@
 // The launcher's semaphore set is gone when the viewer runs, and after every launch
 // that fails.
 //
-// Tests with a namespace of their own see no one else's sets; there the kernel's
-// first id is 0.
+// Tests with a namespace of their own see no other sets, and the kernel's first id
+// is 0 there.
 
 #include <gtest/gtest.h>
 #include <sched.h>

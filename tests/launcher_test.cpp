@@ -1,6 +1,6 @@
-// The launcher as its users see it: command lines in, and out come the viewer's
-// argument vector, the log, standard output and error, and the exit status.  The
-// cases stand in launcher_cases.txt; what does not fit there follows them here.
+// The launcher as its users see it.  Command lines go in; the viewer's argument
+// vector, the log, standard output and error, and the exit status come out.  The
+// cases are in launcher_cases.txt.  Tests that do not fit there follow them here.
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>

@@ -1,5 +1,5 @@
-// Objects of the tables of languages, texts and per-thread data that go before the
-// process does.
+// Objects in the tables of languages, texts and per-thread data that are destroyed
+// before the process ends.
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -63,7 +63,7 @@ TEST(KindOfData, TakesItsObjectAlongAndNoOther) {
   EXPECT_EQ(third.kindOfObject(), 3);
 }
 
-// Its object asks for what is just being taken away.
+// Its object asks for data that is just being removed.
 class asksAtTheEnd : public ThreadedDatatype {
  public:
   ThreadedDataObject* create() const override { return new asker; }
@@ -111,7 +111,7 @@ TEST(Language, ThatIsGoneIsNoLongerListed) {
   EXPECT_EQ(languages(), "Danish Dutch Finnish ");
   second.reset();
   EXPECT_EQ(languages(), "Danish Finnish ");
-  EXPECT_EQ(&language::find("Dutch"), &first) << "the first by name stands in";
+  EXPECT_EQ(&language::find("Dutch"), &first) << "the first by name replaces it";
   const someLanguage again("DUTCH");
   EXPECT_TRUE(again.okay());
   EXPECT_EQ(&language::find("Dutch"), &again);

@@ -1,4 +1,4 @@
-// What the library does not do, and its headers say so: callers rely on it, or must know.
+// What the library does not do.  Its headers say so: callers rely on it, or must know it.
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>
@@ -47,7 +47,7 @@ TEST(SemaphoreSet, MayBeUsedByEveryUser) {
 
 TEST(SemaphoreSet, OfRootMayBeHeldByAnotherUserWhileALaunchWaits) {
   if (geteuid() != 0) {
-    GTEST_SKIP() << "takes root";
+    GTEST_SKIP() << "needs root";
   }
   const int set = semaphoreSet(false);
   const pid_t other = fork();

@@ -1,6 +1,6 @@
 // Opens every link of links.txt, without starting anything, and compares what the
 // program prints with what the file says.  The definitions, the settings and the programs
-// are those of the folder links/; none of the machine's own has a part in it.
+// are those of the folder links/.  Those of the machine do not matter.
 
 #include <gtest/gtest.h>
 
@@ -181,7 +181,7 @@ Lines expected(const Row& row, const std::string& key) {
   return result.empty() && key == "refused" ? Lines{{"none"}} : result;
 }
 
-// Lines as they stand in the file, but for escapes.
+// Lines as they are in the file, except for escapes.
 std::string shown(const std::string& key, const Lines& lines) {
   std::string result;
   for (const Strings& line : lines) {
@@ -195,7 +195,7 @@ std::string shown(const std::string& key, const Lines& lines) {
   return result;
 }
 
-// What the program's exit status is.
+// The program's exit status.
 int status(const Row& row) {
   const Lines lines = expected(row, "refused");
   const std::string& code = lines.at(0).at(0);

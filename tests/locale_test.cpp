@@ -26,7 +26,7 @@ namespace locale_test {
 
 namespace {
 
-// A locale that is made in a folder of its own, and is the program's from then on.
+// Makes a locale in a folder of its own, and sets it for the program.
 class madeLocale {
  public:
   madeLocale(const std::string& language, const std::string& charset) {
@@ -39,7 +39,7 @@ class madeLocale {
     const std::string command = "localedef --no-archive -i " + language + " -f " + charset + " '" +
                                 m_folder + "/" + name + "' >'" + m_folder + "/output' 2>&1";
     setenv("LOCPATH", m_folder.c_str(), 1);
-    // It complains where it has made one all the same.
+    // It may complain although it has made a locale.
     if (std::system(command.c_str()) >= 0) {
       m_made = std::setlocale(LC_ALL, name.c_str()) != nullptr;
     }
@@ -107,7 +107,7 @@ TEST_P(InTheLocale, ExpressionsMatchAsEverywhere) {
   EXPECT_TRUE(RegExpr("I", false).matchsAt("xi", 1));
 }
 
-// A locale that came after the expression changes nothing either, nor one that went.
+// A locale that is set or left after the expression was made changes nothing, either.
 TEST_P(InTheLocale, ExpressionsOfAnotherLocaleMatchAsEverywhere) {
   const RegExpr made("^[a-z]i$", false);
   const std::string locale = std::setlocale(LC_ALL, nullptr);

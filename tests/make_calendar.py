@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
 """Writes the tables that the date tests read: calendar.txt and date_styles.txt.
 
-The tables stand beside this script and are checked in; run it only to change what
-they hold.  They are made with Python's own calendar, so they are independent of the
-code under test.
+The tables are in this folder and checked in; run the script only to change what they
+hold.  It makes them with Python's own calendar, so they are independent of the code
+under test.
 """
 
 import base64

@@ -1,5 +1,5 @@
-// No text of a link becomes a pattern, neither in hoplaunch nor in hopopen: the patterns
-// that are compiled are those of the program, and of the definition of a viewer.
+// No text of a link becomes a pattern, neither in hoplaunch nor in hopopen.  They compile
+// only patterns of the program and of the definition of a viewer.
 #include <gtest/gtest.h>
 #include <regex.h>
 
@@ -30,7 +30,7 @@ const replacedCalls here(__FILE__, [] {
 
 using Patterns = std::multiset<std::string>;
 
-// What would cost much, or match too much, as a pattern.
+// Texts that would cost much, or match too much, as a pattern.
 std::vector<std::string> hostileTexts() {
   return {".*",
           "(",
@@ -93,7 +93,7 @@ TEST(Patterns, OfHoplaunchAreTheSameForEveryLink) {
   }
 }
 
-// Nor do the values of options, which a registration gives.
+// The values of options, which a registration gives, do not become patterns, either.
 TEST(Patterns, OfHoplaunchAreTheSameForEveryOption) {
   ThreadData::instance(false);
   for (const std::string& hostile : hostileTexts()) {

@@ -15,7 +15,7 @@ namespace pointers_test {
 
 namespace {
 
-/// Counts how objects of the class are given back.
+/// Counts how objects of the class are freed.
 struct counter {
   static inline int destroyed = 0;
   static inline int singles = 0;
@@ -146,7 +146,7 @@ TEST(TautoPtr, AssertsThatThereIsAnObject) {
       {"* const", [](TautoPtr<counter>& p) { static_cast<void>(std::as_const(p).operator*()); },
        "<4/31 assert/0: contents != NULL [|] [.][.]/include/pointers @ 193>"},
   };
-  semaphoreSet(false);  // the children share it, and do not live to remove one
+  semaphoreSet(false);  // the children share it; they die before they could remove one
   for (const auto& row : rows) {
     SCOPED_TRACE(row.what);
     EXPECT_EXIT(

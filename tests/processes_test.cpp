@@ -44,7 +44,7 @@ class functionThread : public Thread {
   bool (*m_body)();
 };
 
-// Tells of its shutdown.
+// Reports its shutdown.
 class notified : public shutdownNotified {
  public:
   explicit notified(const char* name) : m_name(name) {}
@@ -381,7 +381,7 @@ TEST(ShutdownNotified, MayConstructAndDestroyOthers) {
     shutdownNotified::callShutdowns();
     return 0;
   });
-  // Whether the added one is told is open; it came last.
+  // The added one may be notified or not; it came last.
   EXPECT_EQ(end.output.substr(0, 17), "one\nmeddler\nfour\n");
   EXPECT_TRUE(end.output.substr(17) == "" || end.output.substr(17) == "added\n") << end.output;
   EXPECT_EQ(end.ending, "exit 0");
@@ -407,7 +407,7 @@ TEST(ShutdownNotified, MayAskForTheShutdownsAgain) {
 TEST(ShutdownNotified, CarryACookieThatIsReallyClearedInTheEnd) {
   alignas(notified) static unsigned char place[sizeof(notified)];
   const auto cookie = [] {
-    // Behind the pointer to the virtual table.
+    // It is after the pointer to the virtual table.
     std::uint32_t result;
     std::memcpy(&result, place + sizeof(void*), sizeof result);
     return result;

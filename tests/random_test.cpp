@@ -172,7 +172,7 @@ TEST(PRNGDie, WithOneSideAlwaysGivesZero) {
   for (int i = 0; i < 1000; i++) ASSERT_EQ(generator.die(1), 0) << "throw " << i;
 }
 
-// The clock stands still and so does the seed, so the following are no gamble.
+// The clock does not move, so the seed is fixed, and the following tests are no gamble.
 
 TEST(PRNGDie, ThrowsEachOfSixSidesAboutEquallyOften) {
   PRNG generator;

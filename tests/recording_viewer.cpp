@@ -1,4 +1,4 @@
-// A viewer that records what it was given, byte for byte, and ends with status 42.
+// A viewer that records what it got, byte for byte, and ends with status 42.
 //
 // The variable RECORDING is the start of the names of the files that it writes
 // ("recording" in the working directory without it):
@@ -10,8 +10,8 @@
 //                   working folder, one on a line, and the lines of
 //                   /proc/self/status on signals and on the file creation mask
 //
-// It is linked with nothing of the project: what it records is the launcher's
-// doing alone.
+// It links nothing of the project: everything that it records comes from the
+// launcher.
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -32,7 +32,7 @@ std::string target(const std::string& link) {
   return length < 0 ? std::string() : std::string(text, static_cast<std::size_t>(length));
 }
 
-// Taken before anything else is opened.
+// Called before anything else is opened.
 std::map<int, std::string> openDescriptors() {
   std::map<int, std::string> result;
   DIR* folder = opendir("/proc/self/fd");

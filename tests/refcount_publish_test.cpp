@@ -362,7 +362,7 @@ TEST_F(TypedReference, GivesAHandleToTheParent) {
   EXPECT_TRUE(published.parent().null());
 }
 
-/// Counted, but no box.
+/// Counted, but not a box.
 class crate : public counted {
  public:
   counted* clone() const override { return nullptr; }

@@ -594,7 +594,7 @@ TEST(RefcountAssertions, ReportTheirPositions) {
       {"assigning a type of -1", [] { assignBadType(-1); },
        "<4/31 assert/0: false [|] [.][.]/include/refcount @ 606>"},
   };
-  const int set = semaphoreSet(false);  // the children share it, and do not live to remove one
+  const int set = semaphoreSet(false);  // the children share it, and remove none
   for (const auto& row : rows) {
     SCOPED_TRACE(row.what);
     EXPECT_EXIT(
@@ -608,7 +608,7 @@ TEST(RefcountAssertions, ReportTheirPositions) {
   }
 }
 
-/// Runs in a child: what handles do once the sections are gone.
+/// Runs in a child.  Uses handles after the sections are gone.
 [[noreturn]] void releaseWithoutSections() {
   auto* privateOne = new boxRef(new box("private"));
   auto* sharedOne = new boxRef(boxIn(RCS_CANONICAL, "canonical"));
@@ -640,7 +640,7 @@ TEST(Reference, LeavesSharedInstancesAliveWhenTheSectionIsGone) {
   EXPECT_EXIT(releaseWithoutSections(), testing::ExitedWithCode(0),
               "destroyed private; destroyed parent'; canonical, count 1, version 0; obsolete, "
               "count 1, version 0; canonical, count 2, version 0[.]");
-  EXPECT_EQ(semaphoreValue(set, CS_REFCOUNT), 1) << "the child took the set of its parent away";
+  EXPECT_EQ(semaphoreValue(set, CS_REFCOUNT), 1) << "the child removed the set of its parent";
 }
 
 }  // namespace

@@ -42,7 +42,7 @@ class traceCapture : private std::streambuf {
   }
   bool empty() const { return m_text.empty(); }
   bool flushed() const { return m_flushed == m_text.size(); }
-  /// True when all was written inside `CS_LOGOUT` alone.
+  /// True if everything was written inside `CS_LOGOUT` and no other section.
   bool inSection() const { return m_inSection; }
 
  private:

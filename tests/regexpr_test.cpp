@@ -21,15 +21,15 @@ namespace {
 constexpr int REAL = -1000;
 
 struct {
-  int compileResult = REAL;  // what `regcomp` yields instead of compiling
-  int executeResult = REAL;  // what `regexec` yields instead of matching
+  int compileResult = REAL;  // the result of `regcomp`, which then does not compile
+  int executeResult = REAL;  // the result of `regexec`, which then does not match
   int compiled = 0, executed = 0, freed = 0;
   int compileFlags = 0, executeFlags = 0;
   std::string compiledText;
   std::size_t positions = 0;
 } seam;
 
-// Ends what a test forces on the calls.
+// Ends the results that a test forces on the calls.
 struct Forced {
   ~Forced() { seam.compileResult = seam.executeResult = REAL; }
 };
@@ -239,7 +239,7 @@ TEST(RegExpr, FindsTheLeftmostMatch) {
       {"c$", "abc", true, 2, 1, "c"},
       {"^c", "abc", false, 0, 0, ""},
       {"a", "", false, 0, 0, ""},
-      // Every text holds an empty match, which counts only behind the first byte.
+      // Every text holds an empty match, which counts only after the first byte.
       {"", "abc", true, 0, 0, ""},
       {"", "", true, 0, 0, ""},
       {"^", "abc", true, 0, 0, ""},

@@ -26,7 +26,7 @@ namespace fs = std::filesystem;
 const fs::path TOP = SOURCES;
 const std::array<std::string, 2> FOLDERS = {"tools", "hopopen"};
 
-// Sources without a header: the entry of a program each.
+// Sources without a header: each is the entry of a program.
 const std::set<std::string> ENTRIES = {"hopopen/main", "tools/demo_viewer", "tools/hopexplain",
                                        "tools/main"};
 
@@ -61,7 +61,7 @@ std::vector<fs::path> filesOf(const std::string& folder) {
   return result;
 }
 
-// What the units of both folders include of each other.
+// The includes among the units of both folders.
 graph byIncludes() {
   graph result;
   for (const std::string& folder : FOLDERS) {
@@ -81,8 +81,8 @@ graph byIncludes() {
   return result;
 }
 
-// What the objects of both folders need of each other.  What is defined in more than one
-// object is a template or inline: everybody's own.
+// The symbols that the objects of both folders need of each other.  A symbol that several
+// objects define is a template or inline: each has its own.
 graph bySymbols() {
   std::map<std::string, std::set<std::string>> definers;
   std::map<std::string, std::set<std::string>> needed;
@@ -190,8 +190,8 @@ TEST(Rooms, LetToolsKnowNothingOfTheFrontDoor) {
   }
 }
 
-// Whoever needs a handle to a shared object, or a pointer, does not compile reports and stack
-// traces for its assertions.
+// A source that needs a handle to a shared object, or a pointer, does not compile reports and
+// stack traces for its assertions.
 TEST(Headers, BringTheAssertionAlone) {
   EXPECT_TRUE(includesOf("include/assertion.h").empty());
   std::vector<std::string> open = {"pointers.h", "refcount.h", "countedMap.h"};

@@ -20,7 +20,7 @@ namespace section_race_test {
 
 namespace {
 
-// What parent and children share.
+// Shared by the parent and its children.
 struct board {
   volatile int counters[6];
   volatile int inside[6];
@@ -37,8 +37,8 @@ board& newBoard() {
   return *static_cast<board*>(memory);
 }
 
-// Counts up under the sections in turn, giving way in the middle of each step, so
-// that without the section a step is sure to be lost.
+// Counts up under the sections in turn.  It yields in the middle of each step, so
+// a step is surely lost without the section.
 class counter : public Thread {
  public:
   counter(board& shared, int rounds, int first, int last)
@@ -71,7 +71,7 @@ class counter : public Thread {
   int m_last;
 };
 
-// Starts `count` counters and waits for them; tells what does not end well.
+// Starts `count` counters and waits for them; reports those that do not end well.
 void race(board& shared, int count, int rounds, int first, int last) {
   semaphoreSet(false);
   std::vector<std::unique_ptr<counter>> children;
@@ -85,7 +85,7 @@ void race(board& shared, int count, int rounds, int first, int last) {
   }
 }
 
-// Holds a section until someone waits for `awaited`, -1 until it is told to end.
+// Holds a section until a process waits for `awaited`; if that is -1, until the test ends it.
 class holder : public Thread {
  public:
   holder(board& shared, sectionId id, int awaited)

@@ -1,5 +1,5 @@
-// What a URI that a stranger wrote can do, and what it cannot: the sentences of
-// SECURITY.md, each tried on the real launcher with a viewer that records what it gets.
+// What a stranger's URI can do, and what it cannot.  Each sentence of SECURITY.md is tried
+// on the real launcher with a viewer that records what it gets.
 
 #include <gtest/gtest.h>
 
@@ -24,7 +24,7 @@ using launcher::Recording;
 using launcher::Strings;
 using launcher::Workshop;
 
-// The options of a registration.  Each has its value behind an "=", and the URI is the
+// The options of a registration.  Each has its value after an "=", and the URI is the
 // last argument.
 struct Entry {
   Strings options;
@@ -38,7 +38,7 @@ const std::vector<Entry> entries{
     {{"-program=xyz", "-log="}, 1},
 };
 
-// What somebody would try.  Each begins with the scheme that it was handed over for.
+// Attacks that somebody would try.  Each begins with the scheme of its registration.
 const Strings hostile{
     "vnc://h/?program=xyz&log=pwned&style=separate&portArg=p&PROGRAMS=VNC=xyz&refcount=1",
     "vnc://h/?-program=xyz&-log=pwned&-PROGRAMS=VNC=xyz&-refcount=1",
@@ -73,7 +73,7 @@ const Strings hostile{
     "ssh://h/?PATH=.&LD_PRELOAD=pwned&HOME=/",
 };
 
-// Puts URIs together from what the launcher, a shell or the viewer might stumble over.
+// Puts together URIs from texts that might confuse the launcher, a shell or the viewer.
 class Stranger {
  public:
   explicit Stranger(std::uint32_t seed) : m_numbers(seed) {}
@@ -203,7 +203,7 @@ void forAll(std::uint32_t seed, const std::function<void(const Attempt&)>& look)
       }
     }
   }
-  // Most of what is tried must reach a viewer, or nothing is shown.
+  // Most of these URIs must reach a viewer.  Otherwise the test shows nothing.
   EXPECT_GT(launched, 2 * uris.size());
 }
 
@@ -339,7 +339,7 @@ TEST(AURI, CannotMakeTheLauncherFailOtherThanByLaunchingNothing) {
   });
 }
 
-// The launcher decodes what it is given before it looks for the scheme.
+// The launcher decodes the URI before it looks for the scheme.
 TEST(AURI, CannotHaveAnotherSchemeThanTheOneBeforeItsColon) {
   for (const std::string uri : {"vnc:ssh://h/", "vnc:%73sh://h/", "vnc:%2F%2Fh/%00ssh://h/",
                                 "vnc:\nssh://h/", "vnc:%08%08%08%08ssh://h/"}) {
@@ -380,7 +380,7 @@ TEST(AText, ThatBeginsWithADashLaunchesNothing) {
   }
 }
 
-// Why every option of an entry has its value behind an "=".
+// This is why every option of an entry has its value after an "=".
 TEST(ARegistration, ThatEndsInABareKeywordLosesItsURI) {
   for (const std::string keyword : {"--", "-log", "-style"}) {
     EXPECT_EQ(Strings{"no viewer"}, viewerOf({keyword, "vnc://h/"})) << keyword;

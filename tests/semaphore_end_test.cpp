@@ -1,5 +1,5 @@
-// Who removes the semaphore set when a process ends otherwise than by exit, and programs
-// that hand it over or do without.
+// Who removes the semaphore set when a process ends without `exit`.  And programs that
+// hand it over or do without it.
 
 #include <gtest/gtest.h>
 #include <sched.h>
@@ -23,7 +23,7 @@ namespace semaphore_end_test {
 
 namespace {
 
-// The set that a child told of on standard output as its first line, "set 123".
+// The set that a child named on standard output in its first line, "set 123".
 int toldSet(const processEnd& end) {
   return end.output.starts_with("set ") ? std::atoi(end.output.c_str() + 4) : -1;
 }
@@ -50,7 +50,7 @@ TEST(SemaphoreEnd, ByAnAssertionRemovesTheSetAfterTheReport) {
   EXPECT_TRUE(isGone(toldSet(end)));
 }
 
-// Tells whether the set is there while the report is handled.
+// Prints whether the set exists while the report is handled.
 class lookingHandler : public eventHandler {
  public:
   explicit lookingHandler(int set) : eventHandler(1), m_set(set) {}
@@ -109,7 +109,7 @@ TEST(SemaphoreEnd, ByAFailedCallTellsTheHandlerOfIt) {
 TEST(SemaphoreEnd, ByAFailedCallRemovesTheSet) {
   const processEnd end = runFreshChild([] {
     const int set = drawAndTell();
-    // The greatest value there is: giving the section back fails.
+    // The greatest possible value: leaving the section fails.
     semaphoreArgument argument = {};
     const criticalSection section(CS_STACK, false);
     argument.val = 32767;
@@ -193,7 +193,7 @@ TEST(SemaphoreAdopt, MakesTheCallerTheOneThatRemovesTheSet) {
   const processEnd end = detach(true);
   EXPECT_NE(std::string::npos, end.output.find("\nokay 1\n")) << end.output;
   for (int count = 0; count < 1000 && setExists(toldSet(end)); ++count) {
-    usleep(1000);  // that process is nobody's to wait for
+    usleep(1000);  // nobody can wait for that process
   }
   EXPECT_TRUE(isGone(toldSet(end)));
 }

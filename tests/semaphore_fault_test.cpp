@@ -23,11 +23,11 @@ namespace semaphore_fault_test {
 
 namespace {
 
-// What goes wrong, and what is told of the calls on standard output.
+// What goes wrong, and what is printed about the calls on standard output.
 struct faultPlan {
   bool tellCalls = false;  // the calls for the set of six
-  bool tellSets = false;   // what is created and removed, by size
-  bool tellHave = false;   // the operations, and whether the section is had meanwhile
+  bool tellSets = false;   // the sizes of the sets that are created and removed
+  bool tellHave = false;   // the operations, and whether the section is held meanwhile
 
   bool drawFails = false;
   bool drawIsZero = false;
@@ -50,7 +50,7 @@ struct faultPlan {
 faultPlan plan;
 int turn = 0;  // how often the value of `plan.valueNumber` was asked for
 
-// All sets that exist, shared with the children, as one that aborts removes none.
+// All existing sets, shared with the children: a child that aborts removes none.
 struct knownSet {
   int id;
   int size;
@@ -87,7 +87,7 @@ void strike(int id) {
   }
 }
 
-// Removes what children left behind, and tells the sizes: "6 ".
+// Removes what children left behind, and returns the sizes: "6 ".
 std::string removeLeftovers() {
   std::string result;
   while (ledger().count > 0) {
@@ -98,12 +98,12 @@ std::string removeLeftovers() {
   return result;
 }
 
-// Runs `body` in a child without a set, in which the calls go by `fault`.
+// Runs `body` in a child without a set.  The child's calls follow `fault`.
 template <class Body>
 processEnd runWith(const faultPlan& fault, Body body) {
   ledger();  // shared with the child from here on
   return runFreshChild([&] {
-    reportTeller handler;  // sees nothing of a failed semaphore call
+    reportTeller handler;  // gets no report of a failed semaphore call
     plan = fault;
     turn = 0;
     const int result = body();
@@ -112,7 +112,7 @@ processEnd runWith(const faultPlan& fault, Body body) {
   });
 }
 
-// Takes the section `id` in a child whose set exists already.
+// Enters the section `id` in a child whose set exists already.
 processEnd takeWith(const faultPlan& fault, sectionId id) {
   return runSharingChild([&] {
     reportTeller handler;

@@ -115,7 +115,7 @@ TEST(SemaphoreClose, LetsASectionThatIsHeldGoWithoutAWord) {
       semaphoreClose();
       tell("okay", section.okay());
     }
-    // Nothing at all was done, so the owner stands.
+    // Nothing at all was done, so the owner is still set.
     tell("have", criticalSection::have(CS_STACK));
     return 0;
   });

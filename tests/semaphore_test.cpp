@@ -27,7 +27,7 @@ concept canBeNewedAsArray = requires {
   new T[1]{{CS_STDOUT, false}};
 };
 
-// Taken by a static initialiser.
+// A static initialiser enters this section.
 const bool takenBeforeMain = [] {
   criticalSection section(CS_NETWORK, true);
   return section.okay() && criticalSection::have(CS_NETWORK);
@@ -112,12 +112,12 @@ TEST(CriticalSection, TakesItsOwnSemaphoreForItsScope) {
           tell("okay", section.okay());
           tellState("inside", set);
         }
-        tellState("behind", set);
+        tellState("after", set);
         return 0;
       });
       EXPECT_EQ(end.output, std::string("before: 1 1 1 1 1 1, have 0 0 0 0 0 0\n"
                                         "okay 1\n") +
-                                row.told + "behind: 1 1 1 1 1 1, have 0 0 0 0 0 0\n");
+                                row.told + "after: 1 1 1 1 1 1, have 0 0 0 0 0 0\n");
       EXPECT_EQ(end.errors, "");
       EXPECT_EQ(end.ending, "exit 0");
     }
@@ -132,12 +132,12 @@ TEST(CriticalSection, CanBeAMember) {
       } owner;
       tellState("inside", semaphoreSet(false));
     }
-    tellState("behind", semaphoreSet(false));
+    tellState("after", semaphoreSet(false));
     return 0;
   });
   EXPECT_EQ(end.output,
             "inside: 1 1 1 1 1 0, have 0 0 0 0 0 1\n"
-            "behind: 1 1 1 1 1 1, have 0 0 0 0 0 0\n");
+            "after: 1 1 1 1 1 1, have 0 0 0 0 0 0\n");
 }
 
 TEST(CriticalSection, CanBeTakenAgainAndAgain) {
@@ -147,10 +147,10 @@ TEST(CriticalSection, CanBeTakenAgainAndAgain) {
       criticalSection section(CS_REFCOUNT, false);
       if (!section.okay() || semaphoreSet(false) != set) return 1;
     }
-    tellState("behind", set);
+    tellState("after", set);
     return 0;
   });
-  EXPECT_EQ(end.output, "behind: 1 1 1 1 1 1, have 0 0 0 0 0 0\n");
+  EXPECT_EQ(end.output, "after: 1 1 1 1 1 1, have 0 0 0 0 0 0\n");
   EXPECT_EQ(end.ending, "exit 0");
 }
 
@@ -221,7 +221,7 @@ TEST(CriticalSection, BlocksForeverWhenItIsTakenTwice) {
   EXPECT_EQ(waitpid(child, &status, WNOHANG), 0) << endingOf(status);
   kill(child, SIGKILL);
   EXPECT_EQ(waitpid(child, &status, 0), child);
-  // What died inside a section leaves it taken.
+  // A process that died inside a section leaves it taken.
   EXPECT_EQ(sixValues(set), "1 1 1 1 1 0");
   semaphoreRelease();
 }

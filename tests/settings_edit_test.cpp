@@ -1,4 +1,4 @@
-// Changes of the text of a settings file: what they make of every form that TOML has.
+// Changes of the text of a settings file, tried on every form that TOML has.
 
 #include "settings_edit.h"
 

@@ -32,7 +32,7 @@ TEST_F(SettingsFile, IsAsItWasWhenACallFails) {
     const char* call;
     int skipped;
     int error;
-    const char* suffix;  // of the path that is told
+    const char* suffix;  // of the path in the message
     const char* what;
   } rows[] = {
       {"lstat", 0, EACCES, "",
@@ -214,7 +214,7 @@ namespace {
 // Kills a child at every call of a change in turn, and changes the file again each time.
 class Killed : public SettingsFile {
  protected:
-  // REQUIRES: `prepare` makes the file what it is before, in place of what is there.
+  // REQUIRES: `prepare` gives the file its first content, whatever it was before.
   template <class Prepare>
   void tryAll(Prepare prepare, const texts& possible, const std::string& next) {
     int calls = 0;

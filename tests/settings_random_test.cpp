@@ -1,5 +1,5 @@
-// Random changes of settings files of odd forms: whatever is changed, what is said is what
-// was asked for, and every comment and everything that means nothing here stays.
+// Random changes of settings files of odd forms.  After every change the file says what was
+// asked for, and every comment and everything that means nothing here is still there.
 
 #include <gtest/gtest.h>
 
@@ -43,7 +43,7 @@ const std::vector<std::string> FILES = {
     "[a.b]\nx =1 #1\n[a]#2\ny =2 #3\n[trust] #4\nz =3\nnan = nan\nhosts = [\n'h1'\n,'h2'\n,#5\n]",
 };
 
-// Some hosts in several forms, and that in which each is kept.
+// Some hosts in several forms, and the form in which the file keeps each.
 const std::vector<std::pair<std::string, std::string>> HOSTS = {
     {"h1", "h1"},
     {"H1.", "h1"},
@@ -57,7 +57,7 @@ const std::vector<std::pair<std::string, std::string>> HOSTS = {
 const std::vector<std::string> SCHEMES = {"a", "b", "b+c", "c", "d.e"};
 const std::vector<std::string> NAMES = {"v1", "v2", "new-1"};
 
-// What a file says, without the help of what is tried.
+// What a file says, read without the code under test.
 struct Said {
   std::map<std::string, std::string> use = {};
   std::vector<std::string> hosts = {};  // in lower case
@@ -96,7 +96,7 @@ class Changes {
  public:
   explicit Changes(unsigned seed) : m_random(seed) {}
 
-  // Makes a change, and does to what the file says what that should do.
+  // Makes a change, and changes the expected content accordingly.
   change next(Said& into) {
     change result;
     for (unsigned i = below(3); i > 0; i--) {
@@ -162,7 +162,7 @@ TEST(RandomChanges, ThatAskForWhatIsSoAlreadyKeepEveryByte) {
       const auto once = hopopen::edited(file, what);
       ASSERT_TRUE(once);
       change again = what;
-      again.distrust.clear();  // what is taken out and put in again goes to the end
+      again.distrust.clear();  // a host that is removed and added again goes to the end
       ASSERT_EQ(hopopen::edited(*once, again), once) << *once;
       ASSERT_EQ(hopopen::edited(*once, change()), once);
     }

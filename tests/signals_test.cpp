@@ -50,7 +50,7 @@ const struct {
 
 // --- Real faults -----------------------------------------------------------
 
-// Reads a page that may not be read.
+// Reads a page without permission.
 void touchForbiddenPage() {
   void* page = mmap(nullptr, 4096, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
   if (page == MAP_FAILED) std::_Exit(98);
@@ -58,7 +58,7 @@ void touchForbiddenPage() {
   (void)*byte;
 }
 
-// Reads a page behind the end of its file.
+// Reads a page after the end of its file.
 void touchMissingPage() {
   std::FILE* file = std::tmpfile();
   if (file == nullptr) std::_Exit(98);
@@ -68,7 +68,7 @@ void touchMissingPage() {
   (void)*byte;
 }
 
-// Executes what is no instruction.
+// Executes an invalid instruction.
 void runIntoTrap() {
   __builtin_trap();
 }
@@ -210,7 +210,7 @@ TEST(signalHandler, AbortsOnASecondSignalOfAnotherKind) {
 }
 
 TEST(signalHandler, AbortsOnASecondSignalWhileItWrites) {
-  // Raises a signal at the first byte that it is given, and drops them all.
+  // Raises a signal at the first byte that it gets, and drops all bytes.
   class faulty : public std::streambuf {
    protected:
     int_type overflow(int_type c) override {

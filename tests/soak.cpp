@@ -43,7 +43,7 @@ void expect(bool condition, const std::string& what) {
   }
 }
 
-// What links have in them, as the URI, the viewer and the log have it.
+// The parts of links, in the forms of the URI, the viewer and the log.
 struct Text {
   const char* encoded;
   const char* plain;
@@ -126,7 +126,7 @@ class Soak {
     return result;
   }
 
-  // Reads what viewers have told.
+  // Reads the reports of viewers.
   void drain() {
     std::array<char, 65536> buffer{};
     for (ssize_t size = 0; (size = read(m_pipe[0], buffer.data(), buffer.size())) > 0;) {
@@ -147,8 +147,8 @@ class Soak {
     return static_cast<std::size_t>(std::count(m_arrived.begin(), m_arrived.end(), 1));
   }
 
-  // Takes the line that the log ends with out of it, if that is torn: true for one.  The
-  // kernel writes to a file by the page, and ends a killed writer between two of them.
+  // Removes the last line of the log if it is torn; returns true then.  The kernel writes
+  // to a file page by page, and may end a killed writer between two pages.
   bool takeTornLineOut() const {
     const int file = open(log().c_str(), O_RDWR);
     const off_t size = lseek(file, 0, SEEK_END);
@@ -162,7 +162,7 @@ class Soak {
     return end != size;
   }
 
-  // How often each line is in the log, those of a launch apart from what all have.
+  // How often each line is in the log.  The lines that all launches have are counted apart.
   void readLog(std::map<std::string, int>& shared, std::vector<int>& uris,
                std::vector<int>& numbers) const {
     uris.assign(m_arrived.size(), 0);
@@ -277,7 +277,7 @@ void soak(const std::string& launcher, const std::string& viewer, int launches) 
               AT_ONCE, taken.count(), round.arrived(), semaphoreSets().size());
 }
 
-// The microseconds that a launch takes when it is alone: the middle one of 101.
+// The microseconds that a launch takes when it runs alone: the median of 101.
 long timeOfOne(const std::string& launcher, const std::string& viewer) {
   Soak round(launcher, viewer, 101);
   std::vector<long> times;
@@ -294,7 +294,7 @@ long timeOfOne(const std::string& launcher, const std::string& viewer) {
 }
 
 // Launches that are killed, one after the other, at some moment of the time that a
-// launch takes.  Nobody can clean up behind them: what they leave is counted.
+// launch takes.  Nobody can clean up after them, so the round counts what they leave.
 void kill(const std::string& launcher, const std::string& viewer, int launches) {
   const long microseconds = timeOfOne(launcher, viewer);
   Soak round(launcher, viewer, launches);
@@ -344,11 +344,11 @@ int main(int count, char** arguments) {
     return 2;
   }
   if (unshare(CLONE_NEWIPC) != 0 && unshare(CLONE_NEWUSER | CLONE_NEWIPC) != 0) {
-    std::perror("an IPC namespace takes root");
+    std::perror("an IPC namespace needs root");
     return 2;
   }
-  close_range(3, ~0U, CLOSE_RANGE_CLOEXEC);  // what we were given is not for the viewers
-  prctl(PR_SET_CHILD_SUBREAPER, 1);          // whoever loses its parent comes to us
+  close_range(3, ~0U, CLOSE_RANGE_CLOEXEC);  // the viewers must not get ours
+  prctl(PR_SET_CHILD_SUBREAPER, 1);          // orphans become our children
   const int launches = std::atoi(arguments[3]);
   const long before = descriptors();
   soak(arguments[1], arguments[2], launches);

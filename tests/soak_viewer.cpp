@@ -1,4 +1,4 @@
-// The viewer of the soak: tells what it was given through descriptor 3, as one write.
+// The viewer of the soak: reports what it got to descriptor 3, in one write.
 //
 // That is the length of the rest, each argument followed by a NUL, and for each further
 // descriptor that is open a "+".

@@ -5,12 +5,14 @@
 #include <gtest/gtest.h>
 #include <ucontext.h>
 
+#include <csignal>
 #include <cstddef>
 #include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "children.h"
 #include "kept_traces.h"
 #include "system_calls.h"
 #include "texts.h"
@@ -146,6 +148,16 @@ TEST(stack, SaysWhenThereIsNoContext) {
   contextFails = false;
 }
 
+TEST(signalHandler, SaysWhenThereIsNoContext) {
+  const processEnd end = runSharingChild([] {
+    stack::installHandler();
+    contextFails = true;
+    std::raise(SIGSEGV);  // no fault that would come again
+  });
+  EXPECT_EQ(end.ending, "exit 0");
+  EXPECT_EQ(end.errors, "signal 11 caught: \ngetcontext failed\n\n");
+}
+
 TEST(stack, HasNoFramesWhereThereIsNoMemoryForTheirNames) {
   symbolsFail = true;
   std::ostringstream out;
@@ -166,7 +178,7 @@ TEST(convertSymbol, ReplacesTheMangledName) {
       // A "+" before the symbol does not end it.
       {"/opt/c++/prog(_Z3foov+0x12) [0x1]", "/opt/c++/prog(foo(void)+0x12) [0x1]"},
       {"+(_Z3foov+", "+(foo(void)+"},
-      // Neither do those behind the first.
+      // Neither do those after the first.
       {"p(_Z3foov+0x12+0x13) [0x1]", "p(foo(void)+0x12+0x13) [0x1]"},
       {"p(_Z3fooi+(_Z3bari+", "p(foo(int)+(_Z3bari+"},
   };
@@ -185,7 +197,7 @@ TEST(convertSymbol, LeavesOtherLinesAsTheyAre) {
       "./prog(main+0x12) [0x80495e4]",
       "./prog(_start+0x21) [0x80495e4]",
       "/lib/libc.so.6(__libc_start_main+0xf3) [0xf7]",
-      "./prog(_Z3fooi) [0x80495e4]",         // no "+" behind it
+      "./prog(_Z3fooi) [0x80495e4]",         // no "+" after it
       "/opt/c++/prog(_Z3fooi) [0x80495e4]",  // only before it
       "./prog(__Z3fooi+0x12) [0x80495e4]",
       "./prog _Z3fooi+0x12 [0x80495e4]",

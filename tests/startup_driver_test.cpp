@@ -1,5 +1,5 @@
-// The items and trace flags that are there before `main` in a program linked with
-// the launcher's driver.
+// The items and trace flags that exist before `main` in a program linked with the
+// launcher's driver.
 
 #include <gtest/gtest.h>
 

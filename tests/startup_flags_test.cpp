@@ -1,5 +1,5 @@
-// The trace flags of a program that is linked with the library and mentions nothing
-// of it but the flags.
+// The trace flags of a program that is linked with the library and mentions only
+// flags of it.
 
 #include <gtest/gtest.h>
 

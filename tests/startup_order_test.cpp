@@ -1,5 +1,5 @@
-// What is there before `main`, in programs that are linked in different ways: see
-// startup/CMakeLists.txt.
+// The flags and items that exist before `main`, in programs that are linked in different
+// ways: see startup/CMakeLists.txt.
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
-// What stands in the configuration database when a program starts that is linked
-// with the library and mentions none of the modules that register items.
+// The configuration database at the start of a program that is linked with the
+// library and mentions none of the modules that register items.
 //
-// The first test must see a fresh process; the others work in any.
+// The first test needs a fresh process; the others work in any.
 
 #include <gtest/gtest.h>
 

@@ -26,7 +26,7 @@
 
 namespace {
 
-/// A counted object of a number.
+/// A counted object that has a number.
 class page : public counted {
  public:
   counted* clone() const override {
@@ -38,7 +38,7 @@ class page : public counted {
   int number = 0;
 };
 
-/// Its objects ask for themselves while they are made, and use what they can.
+/// Its objects ask for themselves while they are created, and use as much as they can.
 class askingSlot : public ThreadedDatatype {
  public:
   explicit askingSlot(const configString& item) : m_item(item) {}
@@ -191,7 +191,7 @@ TEST(StaticUse, BuildsTheThreadDataForTheFirstObjectThatIsAskedFor) {
   EXPECT_FALSE(objects.slot.foundItself);
 }
 
-/// True when the kernel knows no set any more of the id that a child told.
+/// True if the kernel no longer has a set with the id that a child printed.
 bool setIsGone(const std::string& output) {
   const std::string label = "using set ";
   const std::size_t start = output.find(label);

@@ -15,7 +15,7 @@ using std::string_literals::operator""s;
 
 namespace {
 
-// Evaluated while static objects are made, possibly before those of the library.
+// Evaluated while static objects are created, possibly before those of the library.
 const bool orderedBeforeMain = caseInsensitive::instance("a", "B");
 
 static_assert(std::is_abstract_v<stringComparator>);
@@ -92,7 +92,7 @@ TEST(CaseInsensitive, OrdersStrings) {
       // The neighbours of the letters have no case.
       {"@", "`", true, false},
       {"[", "{", true, false},
-      // The first difference decides, and characters that only differ in case are none.
+      // The first difference decides.  A difference in case does not count.
       {"aBcD1", "AbCd2", true, false},
       {"aBcD2", "AbCd1", false, true},
   };
@@ -136,7 +136,7 @@ TEST(CaseInsensitive, OrdersStringsBehindANULByte) {
 }
 
 TEST(CaseInsensitive, OrdersEachPairOfSingleBytes) {
-  // All bytes in their order; upper-case letters stand with their lower-case ones.
+  // All bytes in their order; upper-case letters are with their lower-case ones.
   std::vector<int> ranked;
   for (int byte = 128; byte < 256; byte++) ranked.push_back(byte);
   for (int byte = 0; byte < 128; byte++) ranked.push_back(byte);

@@ -12,7 +12,7 @@ namespace system_test {
 
 namespace {
 
-// Asked for by a static initialiser.
+// A static initialiser asks for this.
 const bool emptyBeforeMain =
     SystemEnv::instance().ServerRoot().empty() && InterfaceFinder::FQDN().empty();
 

@@ -22,8 +22,8 @@ using std::string_literals::operator""s;
 
 namespace {
 
-// What `tolower` and `toupper` must not be given: they are defined for EOF and
-// unsigned bytes only.
+// True after a wrong argument for `tolower` or `toupper`: they are defined for EOF
+// and unsigned bytes only.
 bool caseAbused = false;
 
 using Pieces = std::vector<std::string>;
@@ -175,7 +175,7 @@ TEST(CSVunescape, ReadsOneFieldAndMovesBehindIt) {
       {"\"a\",", "a", ""},
       {"\"a\",,b", "a", ",b"},
 
-      // One character behind the closing quote is passed over, and only one.
+      // One character after the closing quote is skipped, and only one.
       {"\"a\"x", "a", ""},
       {"\"a\"x,b", "a", "b"},
       {"\"a\" ,b", "a", "b"},
@@ -244,7 +244,7 @@ TEST(TrimSuffix, SplitsANumberOff) {
       {"a b-3", "a b", 3},
       {"caf\xc3\xa9-3", "caf\xc3\xa9", 3},
       {"a\0b-3"s, "a\0b"s, 3},
-      // Too large a number is taken off all the same.
+      // A number that is too large is removed, too.
       {"host-2147483648", "host", -1},
       {"host-99999999999999999999", "host", -1},
       // No suffix.

@@ -17,7 +17,7 @@ namespace threading_test {
 
 namespace {
 
-// Tells of its end.
+// Reports its end.
 class slip : public ThreadedDataObject {
  public:
   explicit slip(const char* owner) : m_owner(owner) {}
@@ -28,7 +28,7 @@ class slip : public ThreadedDataObject {
   const char* m_owner;
 };
 
-// A kind of data that tells what is created, when it is asked to.
+// A kind of data that reports what it creates, if it is asked to.
 class kind : public ThreadedDatatype {
  public:
   explicit kind(const char* name) : m_name(name) {}
@@ -49,7 +49,7 @@ class kind : public ThreadedDatatype {
 bool kind::telling = false;
 void (*kind::whileCreating)() = nullptr;
 
-// A kind that has nothing to keep.
+// A kind without data.
 class emptyKind : public ThreadedDatatype {
  public:
   ThreadedDataObject* create() const override {
@@ -65,7 +65,7 @@ emptyKind& empty = *new emptyKind;
 kind& second = *new kind("second");
 kind& third = *new kind("third");
 
-// Asked for by a static initialiser.
+// A static initialiser asks for this.
 const bool nothingBeforeMain = first.data(false) == nullptr && third.data(false) == nullptr &&
                                !ThreadData::initialised() && !ThreadData::ended();
 
@@ -79,7 +79,7 @@ void tellOwners(bool force) {
           ownerOf(second.data(force)), ownerOf(third.data(force)));
 }
 
-// Runs `body` in a process that has no `ThreadData` yet, where the kinds tell.
+// Runs `body` in a process that has no `ThreadData` yet, and in which the kinds report.
 template <class Body>
 processEnd runTelling(Body body) {
   return runFreshChild([&] {

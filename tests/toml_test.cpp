@@ -75,7 +75,7 @@ TEST(Toml, IsRefusedWithoutAnEndOfItsTexts) {
   }
 }
 
-// Each would end the stack if it were read.
+// Reading any of these would overflow the stack.
 TEST(Toml, OfAMebibyteIsReadOrRefused) {
   const std::size_t half = 524288;
   EXPECT_EQ(read(repeated(half - 2, "a.") + "a=1"), "1:64: a key has more than 32 parts");
@@ -84,7 +84,7 @@ TEST(Toml, OfAMebibyteIsReadOrRefused) {
   EXPECT_NE(read("a=" + repeated(half / 2, "{a=")), "good");
 }
 
-// As deep as a file can be.  With sanitizers each level takes several times as much of the
+// The greatest depth of a file.  With sanitizers each level needs several times as much
 // stack.
 TEST(Toml, MayHaveLongKeysInTablesWithinTables) {
 #ifdef SANITIZED

@@ -43,7 +43,7 @@ using names = std::vector<std::string>;
 
 }  // namespace
 
-// A flag must live as long as the process, as the registry never forgets one; so
+// A flag must live as long as the process: the registry never forgets one.  So
 // the flags of the tests are static.
 
 TEST(TraceFlag, HasTheNameAndTheLevelItWasGiven) {
@@ -148,7 +148,7 @@ TEST(TraceFlag, IsNeverFoundByAnEmptyName) {
   EXPECT_EQ(one.name(), "");
   EXPECT_EQ(one.level(), 3U);
   EXPECT_TRUE(one.active());
-  EXPECT_EQ(two.name(), "");  // and no number behind it
+  EXPECT_EQ(two.name(), "");  // and no number after it
   EXPECT_FALSE(two);
   EXPECT_FALSE(traceFlag::set("", 1));
   EXPECT_EQ(traceFlag::level(""), -1);

@@ -108,7 +108,7 @@ TEST(URIexpressionsDeathTest, AbortWhenTheSchemeExpressionDoesNotCompile) {
 
 TEST(URIexpressionsDeathTest, AbortWhenTheMachineExpressionDoesNotCompile) {
   ownTheSemaphores();
-  // Before the text is looked at, so for any text.
+  // This happens before the text is read, so it holds for any text.
   for (const char* text : {"vnc://h/", "no URI"}) {
     SCOPED_TRACE(text);
     EXPECT_EXIT(

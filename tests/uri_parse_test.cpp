@@ -132,7 +132,7 @@ TEST(URIparseStop, IsTheTicketWhereItsFormIsLeft) {
       {"vnc://a/b/", US_TICKET, 10},
       {"vnc://h/12", US_TICKET, 10},
       {"vnc://h/+", US_TICKET, 9},
-      // Behind a key id.
+      // After a key id.
       {"vnc://h/12,abc", US_TICKET, 14},
       {"vnc://h/,a", US_TICKET, 10},
       {"vnc://h/1,2,QUJD", US_TICKET, 11},
@@ -141,8 +141,8 @@ TEST(URIparseStop, IsTheTicketWhereItsFormIsLeft) {
   check(cases);
 }
 
-// For each number of characters modulo four, a row of the numbers of "=".  What stands
-// there is how far behind the characters the text does not fit, or -1 if it fits.
+// For each number of characters modulo four, a row of the numbers of "=".  An entry is
+// how far after the characters the text does not fit, or -1 if it fits.
 TEST(URIparseStop, OfATicketDependsOnItsLengthAndItsPadding) {
   const int misfit[4][6] = {
       {-1, 0, 0, 0, 0, 0},

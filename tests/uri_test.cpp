@@ -20,7 +20,7 @@ pairList pairsOf(const assocList& list) {
   return pairList(list.begin(), list.end());
 }
 
-// What a text that parses gives.
+// The result of a text that parses.
 struct parsed {
   std::string text;
   std::string scheme;
@@ -121,7 +121,7 @@ TEST(URIparse, TakesAddressesThatBeginWithAHostNameOrEndInBrackets) {
       "a", "7", "h-1", "a.b.c", "1.2.3.4", "host:5900", "HOST", "host:", "a-", "a..b", "a b",
       "a\xe9", "h[", "a%41", "h\n",
       // A bracketed group of hexadecimal digits, colons and dots at the end, with or
-      // without a port, whatever stands before it.
+      // without a port, whatever comes before it.
       "[::1]", "[fe80::1]:5900", "[FE80::A]:1", "[1.2.3.4]", "[:]", "[.]", "[a]:0", "x[::1]",
       "-x[::1]", "-x[::1]:22", "[g]x[::1]", "_[::1]", " [::1]", "\xe9[::1]", "[::1][::2]",
       "\n[::1]"};
@@ -164,8 +164,8 @@ TEST(URIparse, RefusesOtherAddresses) {
   }
 }
 
-// Every address of up to three characters and, behind what fails alone, of up to three
-// more, against the one search that decides it.
+// Every address of up to three characters, and up to three more after each that fails
+// alone, compared with the one search that decides it.
 TEST(URIparse, TakesTheAddressesThatTheExpressionFindsAMatchIn) {
   const std::string letters = "af1g:.[]-\n";
   regex_t machine;

@@ -1,4 +1,4 @@
-// What one does with a URI besides parsing: writing, copying, assigning, changing.
+// Uses of a URI other than parsing: writing, copying, assigning, changing.
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -289,7 +289,7 @@ TEST(URIformat, ReservesRoomForAllButTheParameters) {
       {"vnc://a-name-of-41-characters-it-is-all.example/100,", 54},
       {"vnc://a-name-of-41-characters-it-is-all.example/99999,", 54},
       {"vnc://a-name-of-41-characters-it-is-all.example,b,c.d/", 54},
-      // Of ten bytes fourteen digits, though sixteen are written.
+      // Ten bytes have fourteen digits, though sixteen are written.
       {"vnc://a-name-of-41-characters-it-is-all.example/100,MDEyMzQ1Njc4OQ==", 68},
   };
   for (const auto& row : rows) {

@@ -52,7 +52,7 @@ const Row wellFormed[] = {
 };
 
 // Calls `use(bytes, length, code point)` for every character in order, until it
-// answers false.  Returns the code point behind the last one.
+// answers false.  Returns the code point after the last one.
 template <class Use>
 std::int32_t eachCharacter(Use use) {
   std::int32_t codePoint = 0;
@@ -334,7 +334,7 @@ TEST(ValidUTF8, JudgesATextOfAGivenLength) {
   }
 }
 
-// Plain text is looked at by the word.
+// Plain text is read word by word.
 TEST(ValidUTF8, FindsABadByteAtAnyPlaceOfALongText) {
   for (std::size_t size = 1; size <= 40; size++) {
     const std::string plain(size, 'a');

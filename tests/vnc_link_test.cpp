@@ -1,6 +1,6 @@
-// The shell wrapper that bench/run compares the front door with: of a link the address and
-// harmless parameters reach the viewer, and nothing else does.  A wrapper that did less
-// would be no fair comparison.
+// The shell wrapper that bench/run compares the front door with.  The address and harmless
+// parameters of a link reach the viewer, and nothing else does.  A wrapper that did less
+// would not be a fair comparison.
 
 #include <gtest/gtest.h>
 
@@ -27,7 +27,7 @@ struct Case {
   Strings viewer;
 };
 
-// It names the tests.
+// The name is that of the test.
 std::ostream& operator<<(std::ostream& out, const Case& value) {
   return out << value.name;
 }

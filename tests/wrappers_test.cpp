@@ -1,5 +1,5 @@
-// The wrappers that are installed as examples, and the one that SECURITY.md shows: of a
-// link nothing but an address gets through.
+// The wrappers that are installed as examples, and the one that SECURITY.md shows.  Only
+// the address of a link gets through.
 
 #include <gtest/gtest.h>
 
@@ -30,7 +30,7 @@ Outcome run(Workshop& shop, const std::string& wrapper, const Strings& arguments
   return shop.run({.arguments = arguments, .command = wrapper, .binary = path.c_str()});
 }
 
-// What is started, by what each wrapper makes of an address.
+// The program that a wrapper starts for an address, and its arguments.
 Strings started(const std::string& wrapper, const std::string& address) {
   Workshop shop;
   const Outcome outcome = run(shop, wrapper, {"-via=x", address});
@@ -200,7 +200,7 @@ TEST(Wrapper, LeavesTheLocaleOfTheProgramAlone) {
   ASSERT_TRUE(outcome.viewer.has_value());
   EXPECT_EQ(1, std::count(outcome.viewer->environment.begin(), outcome.viewer->environment.end(),
                           "LC_ALL=C.UTF-8"));
-  // The letters of that locale are none of a host's.
+  // A host may not have other letters of that locale.
   expectRefusal(told("h\xc3\xa9"), shop);
 }
 

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <climits>
 #include <cstring>
@@ -27,6 +28,15 @@ struct wide {
 
 using machineList = std::vector<unsigned int>;
 
+// What a kernel executes: programs of its own width, and of the narrow one.
+struct kernel {
+  std::string_view name;
+  unsigned int wideMachine;
+  unsigned int narrowMachine;
+};
+constexpr std::array KERNELS{kernel{"x86_64", EM_X86_64, EM_386},
+                             kernel{"aarch64", EM_AARCH64, EM_ARM}};
+
 // The machine of this very program.
 unsigned int ownMachine() {
   Elf32_Ehdr header = {};  // up to the machine the same as the wide one
@@ -34,32 +44,39 @@ unsigned int ownMachine() {
   return self.okay() && self.read(&header, sizeof header, 0) ? header.e_machine : EM_NONE;
 }
 
+// The one that runs this program, if it is known.  It may tell a program the name of a
+// narrower one, but executes no wide program of another machine.
+const kernel* ownKernel() {
+  utsname system = {};
+  const std::string_view name = uname(&system) == 0 ? system.machine : "";
+  const unsigned int own = ownMachine();
+  const auto* const found = std::find_if(KERNELS.begin(), KERNELS.end(), [&](const kernel& known) {
+    return known.name == name || known.wideMachine == own;
+  });
+  return found == KERNELS.end() ? nullptr : found;
+}
+
 // The machines whose programs this kernel executes, by the width of their headers.
 machineList machinesOf(narrow /*unused*/) {
   constexpr unsigned int oldIntel = 6;
-  utsname system = {};
-  const std::string_view machine = uname(&system) == 0 ? system.machine : "";
-  if (machine == "x86_64") {
-    // A setting of the part that executes 32-bit programs, which may be left out.
-    const bool executes = access("/proc/sys/abi/vsyscall32", F_OK) == 0 || sizeof(void*) == 4;
-    return executes ? machineList{EM_386, oldIntel} : machineList{};
+  const kernel* const known = ownKernel();
+  if (known == nullptr) {
+    return sizeof(void*) == 4 ? machineList{ownMachine()} : machineList{};
   }
-  if (machine == "aarch64") {
-    return {EM_ARM};
+  if (known->narrowMachine != EM_386) {
+    return {known->narrowMachine};
   }
-  return sizeof(void*) == 4 ? machineList{ownMachine()} : machineList{};
+  // A setting of the part that executes 32-bit programs, which may be left out.
+  const bool executes = access("/proc/sys/abi/vsyscall32", F_OK) == 0 || sizeof(void*) == 4;
+  return executes ? machineList{EM_386, oldIntel} : machineList{};
 }
 
 machineList machinesOf(wide /*unused*/) {
-  utsname system = {};
-  const std::string_view machine = uname(&system) == 0 ? system.machine : "";
-  if (machine == "x86_64") {
-    return {EM_X86_64};
+  const kernel* const known = ownKernel();
+  if (known == nullptr) {
+    return sizeof(void*) == 8 ? machineList{ownMachine()} : machineList{};
   }
-  if (machine == "aarch64") {
-    return {EM_AARCH64};
-  }
-  return sizeof(void*) == 8 ? machineList{ownMachine()} : machineList{};
+  return {known->wideMachine};
 }
 
 // The kernel goes by the machine and does not look at the width that a file claims.

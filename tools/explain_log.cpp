@@ -50,11 +50,10 @@ bool isForeign(const std::string& path, const fileStatus& file) {
          (level >= 2 && (folder.st_mode & S_IWGRP) != 0);
 }
 
-// The file that a link leads to in the end, though it is not there; empty when the links
-// do not end.
+// The file that a link leads to in the end, though it is not there.
 std::string endOfLinks(std::string path) {
   constexpr int mostLinks = 40;
-  for (int i = 0; i <= mostLinks; i++) {
+  for (int i = 0; i < mostLinks; i++) {
     std::array<char, PATH_MAX> target = {};
     const ssize_t length = readlink(path.c_str(), target.data(), target.size());
     if (length < 0) {
@@ -63,15 +62,12 @@ std::string endOfLinks(std::string path) {
     const std::string name(target.data(), static_cast<std::size_t>(length));
     path = name.front() == '/' ? name : folderOf(path).append("/").append(name);
   }
-  return "";
+  return path;
 }
 
 // Why a file that is not there cannot be made; 0 when it can.
 int makingError(const std::string& given) {
   const std::string path = endOfLinks(given);
-  if (path.empty()) {
-    return ELOOP;
-  }
   const std::string folder = folderOf(path);
   const int error = denied(folder, X_OK);
   if (error != 0) {

@@ -13,7 +13,7 @@
 namespace {
 
 configString DUMMY("dummy", "dummy");
-[[gnu::used]] traceFlag TRACE("hoplaunch", 0);
+traceFlag TRACE("hoplaunch", 0);
 
 // Uses up the options that name a configuration item or a trace flag.
 void applyOptions(assocList& options) {

@@ -1,8 +1,8 @@
 // ASCII: the classes of its characters, their case, and the digits of the radices 16 and 64.
-// All else that needs to know what a digit is asks here.
+// Other code that needs to know what a digit is asks here.
 //
-// No locale counts: a byte from 128 up is in no class, has no case, and is no digit.  What is
-// said here is checked for all 256 bytes below.
+// No locale counts: a byte from 128 up is in no class, has no case, and is not a digit.  The
+// checks below hold this for all 256 bytes.
 #pragma once
 
 #include <array>
@@ -46,12 +46,12 @@ constexpr bool isBlank(char c) {
   return c == ' ' || c == '\t';
 }
 
-/// White space: what is blank or ends a line or a page.
+/// White space: a blank, or a character that ends a line or a page.
 constexpr bool isSpace(char c) {
   return c == ' ' || (c >= '\t' && c <= '\r');
 }
 
-/// What has a picture, or is a space.
+/// A character with a picture, or a space.
 constexpr bool isPrintable(char c) {
   return c >= ' ' && c <= '~';
 }
@@ -73,8 +73,8 @@ constexpr char lower(char c) {
 
 // --- Digits ----------------------------------------------------------------
 
-/// The value of each byte as a digit of radix 16 in either case, -1 for any other byte.  A
-/// table, as decoders look up millions.
+/// The value of each byte as a digit of radix 16 in either case, -1 for any other byte.  This
+/// is a table because decoders look up millions.
 inline constexpr std::array<signed char, 256> HEX_VALUES = []() {
   std::array<signed char, 256> table{};
   table.fill(-1);
@@ -93,8 +93,8 @@ constexpr bool isHexDigit(char c) {
   return hexValue(c) >= 0;
 }
 
-/// The digit of a value below 16, in lower case.  Without a table, so that a compiler can work
-/// on many at once.
+/// The digit of a value below 16, in lower case.  There is no table, so that a compiler can
+/// work on many at once.
 constexpr char lowerHexDigit(unsigned int value) {
   return static_cast<char>(value + (value < 10 ? '0' : 'a' - 10));
 }

@@ -34,6 +34,6 @@ void assertionFailed(const char* expression, const char* filename, int line) {
     source.resize(dot);
   }
   { assertEvent(expression, source.c_str(), line); }
-  semaphoreClose();  // which an abort does not do
+  semaphoreClose();  // an abort does not do this
   std::abort();
 }

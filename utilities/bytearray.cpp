@@ -13,7 +13,7 @@
 
 namespace {
 
-// The value of each byte as a digit of radix 64, already in its place as the first to
+// The value of each byte as a digit of radix 64, already at its place as the first to
 // fourth digit of a group; NO_DIGIT outside the alphabet.  So four look-ups decode a group.
 constexpr std::uint32_t NO_DIGIT = 1u << 24;
 constexpr std::array<std::array<std::uint32_t, 256>, 4> radix64Values = []() {
@@ -50,7 +50,7 @@ char* putPair(char* out, std::uint32_t bits) {
   return out + 2;
 }
 
-// Decodes pairs of digits up to the first that is none, and returns its place.  The loops
+// Decodes pairs of digits, and returns the place of the first pair that is not one.  The loops
 // over a block have neither branches nor tables, so that a compiler can turn them into
 // operations on many bytes at once.
 const char* decodePairs(const char* text, const char* end, unsigned char*& out) {
@@ -84,7 +84,7 @@ const char* decodePairs(const char* text, const char* end, unsigned char*& out) 
   return text;
 }
 
-// The radix that a text is written in, 0 when it is neither.
+// The radix that a text is written in, 0 when it is neither of the two.
 unsigned int detectRadix(std::string_view text) {
   if (text.size() % 2 != 0) {
     return 0;
@@ -99,8 +99,8 @@ unsigned int detectRadix(std::string_view text) {
   return isHex ? 16 : 64;
 }
 
-// Texts up to this length are given room as if they were a run of digits to their end,
-// which saves looking for the end of the run.
+// Texts up to this length get room as if they were a run of digits to their end.  That
+// saves the search for the end of the run.
 constexpr std::size_t ROOM_FOR_ALL = std::size_t{1} << 22;
 
 // The end of the text, or of the run of digits at its beginning when the text is long.
@@ -191,7 +191,7 @@ bool ByteArray::setHex(const char* text) {
   }
   unsigned char* out = content;
   const char* rest = decodePairs(text, end, out);
-  if (internal::isHexDigit(*rest)) {  // an odd number of digits: the first is a byte of its own
+  if (internal::isHexDigit(*rest)) {  // an odd number of digits: the first one is a byte alone
     out = content;
     *out++ = static_cast<unsigned char>(internal::hexValue(*text));
     decodePairs(text + 1, end, out);
@@ -228,7 +228,7 @@ bool ByteArray::setRadix64(const char* text) {
   }
   const std::size_t padding = std::strspn(text + digits, "=");
   if (padding > 2 || (digits + padding) % 4 != 0) {
-    length = 0;  // what was decoded so far is no one's
+    length = 0;  // nobody uses what was decoded so far
     return false;
   }
   if (digits >= 2) {
@@ -288,7 +288,7 @@ std::string ByteArray::OMBRformat(int prefixBytes) const {
   const std::size_t resultSize = (std::size_t{length} + static_cast<std::size_t>(prefixBytes)) * 2;
   std::string result;
   result.reserve(resultSize);
-  // From the ninth digit on the shift count is taken modulo 32, so that the low
+  // From the ninth digit on, the shift count is taken modulo 32, so that the low
   // digits repeat: readers rely on it.
   for (unsigned int digit = 2 * static_cast<unsigned int>(prefixBytes); digit-- > 0;) {
     result += internal::LOWER_HEX_DIGITS[length >> (4 * digit % 32) & 15];
@@ -304,7 +304,7 @@ std::string ByteArray::text() const {
 
 namespace {
 
-// What an index beyond the end refers to.
+// The byte that an index beyond the end refers to.
 unsigned char& spareByte() {
   static unsigned char spare;
   spare = 0;

@@ -1,4 +1,4 @@
-// The C locale, in which links, expressions and messages are read and written whatever
+// The C locale.  Links, expressions and messages are read and written in it, whatever
 // locale the program has set.
 #pragma once
 

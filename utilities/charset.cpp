@@ -38,8 +38,8 @@ bool inSet(std::int32_t character, characterSet set) {
   return false;
 }
 
-// The code page 437 byte of a code point beyond ASCII.  Whatever lies beyond
-// Latin-1 is shown as the last character of the table.
+// The code page 437 byte of a code point beyond ASCII.  Code points beyond Latin-1
+// get the last character of the table.
 std::int32_t toCP437(std::int32_t character) {
   const std::int32_t index = std::min(character - 128, 127);
   return static_cast<std::int32_t>(charactersCP437[static_cast<std::size_t>(index)]);
@@ -47,8 +47,8 @@ std::int32_t toCP437(std::int32_t character) {
 
 }  // namespace
 
-// The published correspondence of printable characters: the pictures that some
-// displays show for control codes are no part of it.
+// The published table of printable characters.  It does not have the pictures that
+// some displays show for control codes.
 constexpr std::array<unsigned int, 128> charactersCP437 = {
     255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255,  // U+0080
     255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255,  // U+0090
@@ -100,7 +100,7 @@ std::string convertUTF8toCS(const std::string& text, characterSet set) {
       result += static_cast<char>(toCP437(character));
     } else if (set == CS_CP437UTF) {
       appendUTF8(result, toCP437(character));
-    } else if (set != CS_UTF8) {  // which drops it: callers rely on ASCII coming out
+    } else if (set != CS_UTF8) {  // CS_UTF8 drops it: callers rely on ASCII
       result += '.';
     }
     return true;

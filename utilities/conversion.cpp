@@ -9,7 +9,7 @@
 
 namespace {
 
-// The digits of the magnitude, so that the smallest int works as well.
+// The digits of the magnitude.  So the smallest int works as well.
 std::string digits(int value, unsigned int base) {
   auto rest = static_cast<std::uint32_t>(value);
   if (value < 0) {

@@ -82,10 +82,10 @@ std::int32_t wrap(std::int64_t value) {
   return static_cast<std::int32_t>(static_cast<std::uint32_t>(value));
 }
 
-// Days since 1970-01-01 of a calendar date, the classic day-number formula in
+// Days since 1970-01-01 of a calendar date, by the classic day-number formula in
 // 32-bit arithmetic that wraps.  (2472663 is its offset 32075 plus 2440588, the
-// day number of 1970-01-01.)  A division needs its operands wrapped; sums and
-// products may be wrapped later.
+// day number of 1970-01-01.)  A division needs wrapped operands; sums and
+// products may wrap later.
 std::uint32_t dayNumber(const gregorianDate& date) {
   const std::int64_t a = wrap(std::int64_t{14} - date.month) / 12;
   const std::int64_t year = wrap(date.year - a);
@@ -168,7 +168,7 @@ gregorianDate::gregorianDate(const DateTime& time) {
 }
 
 gregorianDate::gregorianDate(const char*& text) : year(1972), mseconds(-1) {
-  // 1972, a leap year, so that Feb 29 is accepted.
+  // 1972 is a leap year, so Feb 29 is accepted.
   for (month = text != nullptr ? 1 : 13; month <= 12; month++) {
     if (std::strncmp(text, monthNames[static_cast<std::size_t>(month - 1)], 3) == 0) {
       break;
@@ -185,7 +185,7 @@ gregorianDate::gregorianDate(const char*& text) : year(1972), mseconds(-1) {
   hour = getInt(text, 2, 99, false);
   minute = getInt(text, 2, 99, false);
   second = getInt(text, 2, 99, false);
-  if (day < 32 && hour < 60 && minute < 60 && second < 60) {  // hour below 60: relied on
+  if (day < 32 && hour < 60 && minute < 60 && second < 60) {  // callers rely on hours up to 59
     mseconds = 0;
   }
 }
@@ -210,7 +210,7 @@ std::string gregorianDate::format(const std::string& pattern) const {
 }
 
 std::ostream& operator<<(std::ostream& out, const gregorianDate& date) {
-  // One text, which no flag and no locale of the stream changes.
+  // One text, so that no flag and no locale of the stream changes it.
   std::string text;
   int2decimal(text, date.year);
   const std::array<std::pair<char, std::int32_t>, 5> fields = {{{'/', date.month},
@@ -348,7 +348,7 @@ DateTime& DateTime::operator+=(double seconds) {
   if (!okay()) {
     return *this;
   }
-  constexpr double BEYOND = 0x1p33;  // moves every time out of the range
+  constexpr double BEYOND = 0x1p33;  // moves every instant out of the range
   const double total =
       std::abs(seconds) <= BEYOND
           ? internal::rounding::sum(std::int64_t{m_seconds} * MILLION + m_microseconds, seconds)

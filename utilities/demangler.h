@@ -9,7 +9,7 @@
 namespace internal {
 
 /// Reads a mangled name from left to right and writes what it understands.  It
-/// never reads past its input: beyond the end every character is NUL.
+/// never reads past its input: every character beyond the end is NUL.
 ///
 /// `Text` is what it writes to, such as a std::string.
 template <class Text>

@@ -1,5 +1,5 @@
 // The single-threaded variant of threads and thread data.  A multi-threaded one
-// takes the place of this file.
+// replaces this file.
 
 #include "events.h"
 #include "processes.h"

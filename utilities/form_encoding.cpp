@@ -1,4 +1,4 @@
-// Reading the pairs of an encoded form, "name=value&name=value".
+// Reads the pairs of an encoded form, "name=value&name=value".
 
 #include <string>
 #include <utility>
@@ -10,7 +10,7 @@
 namespace {
 
 // Reads the two digits after a "%" at `p` and moves `p` to the last of them.
-// Without them, moves `p` over the "%" and a first digit and returns false.
+// When one is missing, moves `p` over the "%" and a first digit and returns false.
 bool escapedByte(const char*& p, char& byte) {
   const int high = internal::hexValue(p[1]);
   if (high < 0) {

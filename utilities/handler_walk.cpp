@@ -15,7 +15,7 @@ handlerWalk::handlerWalk(const handlerMap& map)
     if (m_many != nullptr) {
       m_places = m_many.get();
     } else {
-      m_count = FEW;  // there is no memory left: better the first of them than none
+      m_count = FEW;  // no memory is left: calling the first few is better than none
     }
   }
   auto entry = map.begin();
@@ -32,7 +32,7 @@ handlerWalk::~handlerWalk() {
 void handlerWalk::offer(eventReport& event) {
   for (std::size_t i = 0; i < m_count; i++) {
     const auto [priority, handler] = m_places[i];
-    // In this order: a destroyed handler is not looked at.
+    // The order matters: a destroyed handler must not be looked at.
     if (handler == nullptr || !registered({priority, handler}) || active(handler)) {
       continue;
     }
@@ -40,7 +40,7 @@ void handlerWalk::offer(eventReport& event) {
     bool claimed = false;
     try {
       claimed = handler->handle(event);
-    } catch (...) {  // NOLINT(bugprone-empty-catch): a report never ends what reports it
+    } catch (...) {  // NOLINT(bugprone-empty-catch): a report never stops its sender
     }
     m_current = nullptr;
     if (claimed) {

@@ -21,10 +21,10 @@ class handlerWalk {
   ~handlerWalk();
 
   /// Offers the report to each that is still there and is not handling one already, until
-  /// one claims it.  What a handler throws counts as not claimed.
+  /// one claims it.  A handler that throws has not claimed it.
   void offer(eventReport& event);
 
-  /// Ensures that no walk calls a handler, which is about to be destroyed.
+  /// Ensures that no walk calls a handler that is about to be destroyed.
   static void forget(const eventHandler* handler);
 
  private:
@@ -35,7 +35,7 @@ class handlerWalk {
     int priority;
     eventHandler* handler;  // null once it is gone
   };
-  static constexpr std::size_t FEW = 16;  // for which no memory is needed
+  static constexpr std::size_t FEW = 16;  // so many need no memory
 
   const handlerMap& m_map;
   std::array<place, FEW> m_few;

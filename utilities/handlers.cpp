@@ -46,7 +46,7 @@ const char* ThreadedEventHandlerList::name() const {
 
 // --- eventHandler ----------------------------------------------------------
 
-// Casts of addresses, so that they are there before any code runs.
+// These are casts of addresses, so they are set before any code runs.
 traceFlag& eventHandler::reportThread = reinterpret_cast<traceFlag&>(internal::reportThreadFlag);
 traceFlag& eventHandler::reportStack = reinterpret_cast<traceFlag&>(internal::reportStackFlag);
 
@@ -132,7 +132,7 @@ storingHandler::storingHandler(int priority, eventAudience audience, eventSeveri
 bool storingHandler::handle(eventReport& event) {
   if ((m_audience & event.audience()) != AUD_NULL) {
     clearAudience(event, m_audience);
-    // It claims milder reports, too, but does not keep them.
+    // The handler claims milder reports, too, but does not keep them.
     if (event.severity() >= m_minSeverity) {
       m_output += buildMessage(event, DateTime::now(0).format(DS_ISO8601));
     }

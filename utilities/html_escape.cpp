@@ -11,7 +11,7 @@
 
 namespace {
 
-// One flag for each byte value: what an escape function does not copy as it is.
+// One flag for each byte value: true when an escape function does not copy it as it is.
 using byteSet = std::array<bool, 256>;
 
 constexpr std::size_t index(char c) {
@@ -32,8 +32,8 @@ constexpr byteSet withAll(byteSet set, bool (*isMember)(char)) {
   return set;
 }
 
-// Where bytes are used as signed ones, those from 128 up are below 32 and count as control
-// bytes.
+// For functions that use signed bytes: those from 128 up are below 32 then, and count as
+// control bytes.
 constexpr byteSet signedControls = withAll({}, [](char c) { return !internal::isPrintable(c); });
 constexpr byteSet asciiPunctuation = withAll({}, internal::isPunctuation);
 
@@ -57,7 +57,7 @@ char* putEscape(char* out, char c, int minimumDigits) {
 std::string percentEscape(std::string_view text, const byteSet& special, int minimumDigits) {
   std::string result;
   result.reserve(text.size() + text.size() / 2);
-  std::array<char, 768> piece;  // what a third as many bytes come to at most
+  std::array<char, 768> piece;  // a third as many bytes need no more
   while (!text.empty()) {
     char* out = piece.data();
     const std::string_view next = text.substr(0, piece.size() / 3);
@@ -87,7 +87,7 @@ std::int32_t characterAt(const char*& p, const char* end) {
   return character;
 }
 
-// Each function below has two forms, whose work is done by one of these.
+// Each function below has two forms.  One of these functions does the work of both.
 
 std::string percentUnEscape(std::string_view text) {
   std::string result(text.size(), '\0');

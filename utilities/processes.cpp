@@ -11,15 +11,15 @@ namespace {
 
 constexpr std::uint32_t COOKIE = 0x1F2E3D4C;
 
-// Every notifier constructed, in that order; null where one was destroyed.  Never
-// destroyed itself: notifiers may be static objects.
+// Every notifier in the order of construction; null where one was destroyed.  The
+// list is never destroyed: notifiers may be static objects.
 std::list<shutdownNotified*>& SN_list() {
   static internal::lasting<std::list<shutdownNotified*>> notifiers;
   return *notifiers;
 }
 
-// Writes a value that no one reads in the object's lifetime, which an optimiser
-// would otherwise leave out.
+// Writes a value that nobody reads in the object's lifetime.  An optimiser would
+// otherwise leave that out.
 void writeCookie(std::uint32_t& cookie, std::uint32_t value) {
   *static_cast<volatile std::uint32_t*>(&cookie) = value;
 }
@@ -56,7 +56,7 @@ volatile bool& Thread::m_shuttingDown() {
 // --- exitWaitThread --------------------------------------------------------
 
 bool exitWaitThread::execute() {
-  // Each tick is counted from the one before, not from the clock: no drift.
+  // Each tick is counted from the one before, not from the clock, so nothing drifts.
   DateTime tick = DateTime::now(0);
   while (!shuttingDown()) {
     tick += 1.0;
@@ -84,8 +84,8 @@ shutdownNotified::shutdownNotified(const shutdownNotified&) : shutdownNotified()
 
 shutdownNotified::~shutdownNotified() {
   writeCookie(m_cookie, 0);
-  // The entry is kept and emptied, so that a walk under way goes on.  The newest
-  // notifiers are the likeliest to go.
+  // The entry stays and becomes empty, so that a walk under way goes on.  The newest
+  // notifiers usually go first.
   const auto entry = std::find(SN_list().rbegin(), SN_list().rend(), this);
   if (entry != SN_list().rend()) {
     *entry = nullptr;

@@ -17,12 +17,12 @@
 
 namespace {
 
-// Positions are stable diagnostic ids that support relies on: they are given, not
-// taken from this file.
+// Positions are stable diagnostic ids that support relies on.  They are given, and
+// are not the lines of this file.
 constexpr const char* SOURCE = "../utilities/refcount";
 
 // The section that guards shared instances.  `okay` is false once the semaphore
-// set is gone at exit: counts are then left alone.
+// set is gone at exit: counts do not change any more then.
 class sharedSection : public criticalSection {
  public:
   sharedSection() : criticalSection(CS_REFCOUNT, true) {}
@@ -36,7 +36,7 @@ struct address {
   const void* value;
 };
 
-// The text of a trace line, which no locale of the program changes.
+// The text of a trace line.  No locale of the program changes it.
 struct traceLine : std::ostringstream {
   traceLine() { imbue(std::locale::classic()); }
 };
@@ -110,8 +110,8 @@ bool counted::advance(refCountStage newStage) {
 
 // --- reference: the rules of counting --------------------------------------
 
-// Counts of shared instances change inside the section only, and not any more when
-// it cannot be entered; private ones belong to one thread.
+// Counts of shared instances change inside the section only.  When it cannot be
+// entered, they stay.  Private instances belong to one thread.
 bool reference::countable(const counted* p, bool locked) {
   return p != nullptr && (locked || !shared(p->m_stage));
 }
@@ -238,19 +238,19 @@ reference& reference::set(bool writable, const reference& canonical) {
     countUp(temp.instance, section.okay());
   }
   if (temp.instance == nullptr) {
-    return *this;  // not destroyed on purpose: callers may still look at it
+    return *this;  // `unused` is kept on purpose: callers may still look at it
   }
   ASSERT_AT(temp.instance != NULL, SOURCE, 114);
   TautoPtr<counted> copy(temp.instance->clone(), false);
   if (copy.okay()) {
-    // The count on the source now belongs to the copy, as that of its parent.
+    // The copy now owns the count on the source, which is its parent.
     adopt(copy.extract(), std::exchange(temp.instance, nullptr));
   }
   delete unused;
   return *this;
 }
 
-// Holds `copy`, just cloned from `source`.
+// Holds `copy`, which was just cloned from `source`.
 void reference::adopt(counted* copy, counted* source) {
   if (*internal::refcountFlag) {
     traceLine message;
@@ -298,7 +298,7 @@ bool reference::setCanonical(reference& canonical, bool check) {
       unused = countDown(oldCanonical, true);
     }
   }
-  if (message) {  // written out here: sections are not held one inside the other
+  if (message) {  // written only here: a section is never held inside another
     *message << stack() << '\n';
     writeTrace(message->str());
   }

@@ -87,7 +87,7 @@ class wideNumber {
   std::array<std::uint32_t, BITS / 32> m_limbs;
 };
 
-// The mantissa of a number that is at least 0, as a whole number, and its exponent.
+// A number that is at least 0: its mantissa, as a whole number, and its exponent.
 struct splitDouble {
   std::uint64_t mantissa;
   int exponent;
@@ -106,7 +106,7 @@ double powerOfTwo(int exponent) {
   return std::bit_cast<double>(static_cast<std::uint64_t>(exponent + BIAS) << (MANTISSA - 1));
 }
 
-// `mantissa` * 2^`exponent`.  The mathematical library would be one more to link.
+// `mantissa` * 2^`exponent`.  This saves linking the mathematical library.
 double scaled(std::uint64_t mantissa, int exponent) {
   const int least = 1 - BIAS;
   const auto number = static_cast<double>(mantissa);
@@ -114,8 +114,8 @@ double scaled(std::uint64_t mantissa, int exponent) {
                            : number * powerOfTwo(least) * powerOfTwo(exponent - least);
 }
 
-// The double nearest to (`number` + something less than 1) * 2^`exponent`, where there is
-// something if `more`.
+// The double nearest to (`number` + rest) * 2^`exponent`.  The rest is less than 1; it is
+// above 0 if `more`, and 0 otherwise.
 double nearest(const wideNumber& number, bool more, int exponent) {
   const int dropped = std::max(number.length() - MANTISSA, 0);
   std::uint64_t mantissa = 0;
@@ -140,7 +140,7 @@ double sum(std::int64_t millionths, double addend) {
   }
   const double size = std::abs(addend);
   // The millionths are a double, halfway between two, or at least 2^-94 away from both.  So
-  // of a small addend only the sign is of interest.
+  // only the sign of a small addend matters.
   const splitDouble part(size > 0 ? std::max(size, 0x1p-110) : 0.0);
   wideNumber total(part.mantissa);
   total.multiply(MILLION);

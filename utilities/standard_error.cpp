@@ -2,8 +2,8 @@
 
 #include <ostream>
 
-// What <iostream> declares.  The header itself would set the standard streams up at the
-// start of every process, and with them the locale, which a launch has no use for.
+// <iostream> declares this, too.  But that header sets up the standard streams at the start
+// of every process, and with them the locale, which a launch does not need.
 namespace std {  // NOLINT(cert-dcl58-cpp)
 extern ostream cerr;
 }

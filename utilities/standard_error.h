@@ -5,7 +5,7 @@
 
 namespace internal {
 
-/// Standard error, set up even before the static initialisers that would do so.
+/// Standard error.  It works even before the static initialisers that set it up.
 std::ostream& standardError();
 
 }  // namespace internal

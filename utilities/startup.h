@@ -1,11 +1,11 @@
 // The order in which the library's static objects are constructed before `main`.
 //
-// Objects that register themselves (flags, items, slots) are given one of these
-// priorities, lower first, so that they exist before any static object of a
-// program, in whatever order the program was linked.  Everything else is
+// Objects that register themselves (flags, items, slots) have one of these
+// priorities, lower first.  So they exist before any static object of a program,
+// in whatever order the program was linked.  Everything else is
 // constant-initialised or local to a function.
 //
-// What code that runs at the very end may still use is `lasting` (lasting.h).
+// Code that runs at the very end may use only objects that are `lasting` (lasting.h).
 #pragma once
 
 namespace internal {

@@ -9,8 +9,8 @@
 
 namespace {
 
-// The number of bytes that two texts begin with alike, by the word as far as there are whole
-// ones.  A lookup that succeeds mostly compares equal names, and does so twice.
+// The number of equal bytes at the beginning of two texts.  Whole words are compared at once:
+// a lookup that succeeds mostly compares equal names, and does so twice.
 std::size_t equalBytes(const char* a, const char* b, std::size_t size) {
   std::size_t result = 0;
   for (std::uint64_t left, right; size - result >= sizeof left; result += sizeof left) {

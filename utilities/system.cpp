@@ -7,7 +7,7 @@ SystemEnv& SystemEnv::instance() {
   return *theInstance;
 }
 
-// Weak, so that a program's own definition takes its place.
+// Weak, so that a program's own definition replaces it.
 [[gnu::weak]] std::string InterfaceFinder::FQDN() {
   return std::string();
 }

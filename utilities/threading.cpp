@@ -1,4 +1,4 @@
-// Per-thread data: what every variant of the thread-data store has in common.
+// Per-thread data: the common part of every variant of the thread-data store.
 
 #include "threading.h"
 
@@ -31,8 +31,8 @@ ThreadedDataObject* ThreadedDatatype::data(bool force) const {
   if (!force && ThreadData::registering(false)) {
     return nullptr;
   }
-  // A create() that asks for data must not enter the object being built, and a
-  // destructor at exit must not revive it.
+  // A create() that asks for data must not enter the object that is being built.
+  // A destructor at exit must not bring the object back.
   if (phase == lifePhase::building || phase == lifePhase::ended) {
     return nullptr;
   }

@@ -1,7 +1,7 @@
 // The trace flags of the library.
 //
-// trace.cpp defines all of them: so a program that uses flags at all has all of them, in
-// whatever way it is linked.  They register before everything else that does.
+// trace.cpp defines all of them.  So a program that uses any flag has all of them, however
+// it is linked.  They register before everything else that registers.
 #pragma once
 
 #include "lasting.h"

@@ -25,13 +25,13 @@ std::string withoutPort(const std::string& address) {
   return address.substr(0, address.rfind(':'));
 }
 
-// Whether every address of a list passes: either it begins with a host name, or it
+// The forms of addresses and schemes.  An address begins with a host name, or it
 // ends in a bracketed number and perhaps a port.
 constexpr const char* MACHINE = "^([a-z0-9]+([-.][a-z0-9]+)*)|(\\[[0-9a-f:.]+\\])(:[0-9]+)?$";
 constexpr const char* SCHEME = "^[a-z][a-z0-9+.\\-]*://";
 
-// MACHINE matches where an address begins, or at its last "[", and nowhere between.  A
-// search through a long address in vain would take quadratic time.
+// MACHINE matches at the beginning of an address or at its last "[", and nowhere between.
+// A failing search through a long address would need quadratic time.
 bool isAddress(const RegExpr& machine_RE, const std::string& address) {
   if (internal::isLetterOrDigit(address[0])) {
     return machine_RE.matchs(address);
@@ -41,7 +41,7 @@ bool isAddress(const RegExpr& machine_RE, const std::string& address) {
          machine_RE.matchsAt(address, static_cast<unsigned int>(bracket));
 }
 
-// Where a text leaves the form that SCHEME gives.
+// The place where a text leaves the form that SCHEME gives.
 uriParse badScheme(const char* text) {
   if (!internal::isLetter(*text)) {
     return {US_SCHEME, 0};
@@ -93,8 +93,8 @@ URI::URI(const std::string& text) {
   m_okay = set(text);
 }
 
-// A copy is good for its addresses and its ticket: callers rely on the scheme and
-// the parameters not being copied.
+// A copy has the addresses and the ticket, but no scheme and no parameters: callers
+// rely on that.
 URI::URI(const URI& other)
     : ticket(other.ticket), keyId(other.keyId), addresses(other.addresses), m_okay(other.m_okay) {}
 
@@ -125,7 +125,7 @@ URI& URI::operator=(const std::string& text) {
 
 void URI::clear() {
   if (argsList != nullptr) {
-    delete[] argsList[0];  // the command, which alone may be null
+    delete[] argsList[0];  // the command; only this one may be null
     for (std::size_t i = 1; argsList[i] != nullptr; i++) {
       delete[] argsList[i];
     }
@@ -146,7 +146,7 @@ void URI::add(const std::string& address) {
 }
 
 void URI::add(const std::vector<std::string>& extra, int port) {
-  // By number, since `extra` may be the addresses themselves and grow.
+  // By number, because `extra` may be the addresses themselves and grow.
   const std::size_t count = extra.size();
   addresses.reserve(addresses.size() + count);
   for (std::size_t i = 0; i < count; i++) {
@@ -181,13 +181,13 @@ const char* text(uriStop stop) {
 }
 
 uriParse URI::parse(const std::string& wholeText) {
-  // What ends at the first NUL.  NOLINTNEXTLINE(readability-redundant-string-cstr)
+  // Up to the first NUL.  NOLINTNEXTLINE(readability-redundant-string-cstr)
   const std::string text = wholeText.c_str();
   const RegExpr scheme_RE(SCHEME, false);
   const RegExpr machine_RE(MACHINE, false);
   ASSERT(REGEXPR_OKAY == scheme_RE.CompileError());
   ASSERT(REGEXPR_OKAY == machine_RE.CompileError());
-  // No scheme has a colon.  The text may be longer than what can be searched.
+  // No scheme has a colon.  The whole text may be too long for a search.
   const std::size_t colon = std::min(text.find(':'), text.size());
   const RegExpr::Match schemeMatch = scheme_RE.match(text.substr(0, colon + 3));
   if (schemeMatch.length == 0 || schemeMatch.start != 0) {
@@ -208,15 +208,15 @@ uriParse URI::parse(const std::string& wholeText) {
     }
     stop = parseTicket(ptr);
   }
-  // Parameters are read where the ticket begins, so only after an empty one.
+  // Parameters begin where the ticket begins.  So there are some only when it is empty.
   if (stop == US_COMPLETE && *ptr == '?') {
     stop = parseParameters(ptr);
   }
   return {stop, static_cast<std::size_t>(ptr - text.c_str())};
 }
 
-// Each reader moves `ptr` to what it could not read, and past what it could; only
-// the ticket, once read, is left where it is.
+// Each reader moves `ptr` past what it could read.  Only the reader of the ticket leaves
+// `ptr` where it is when it succeeds.
 
 uriStop URI::parseAddresses(const char*& ptr, const RegExpr& machine_RE) {
   for (;;) {
@@ -245,7 +245,7 @@ uriStop URI::parseTicket(const char*& ptr) {
   while (internal::isBase64Digit(*ptr)) {
     ptr++;
   }
-  // As many "=" fit as fill a group of four, but never three.
+  // The "=" that fill a group of four fit, but three never do.
   const auto last = (ptr - begin) % 4;
   for (auto room = last < 2 ? 0 : 4 - last; room > 0 && *ptr == '='; room--) {
     ptr++;
@@ -253,7 +253,7 @@ uriStop URI::parseTicket(const char*& ptr) {
   return US_TICKET;
 }
 
-// Reads name=value pairs behind a "?" or "&" at `ptr`.
+// Reads name=value pairs after a "?" or "&" at `ptr`.
 uriStop URI::parseParameters(const char*& ptr) {
   do {
     ptr++;
@@ -320,7 +320,7 @@ unsigned int URI::valuesPerOption(argsStyle style) const {
 
 char** URI::args(const char* commandName, unsigned int maxHosts, argsStyle style,
                  const char* portArg) {
-  char* const command = copyString(commandName);  // it may be the element replaced below
+  char* const command = copyString(commandName);  // it may be the element that is replaced below
   if (argsList == nullptr) {
     const bool isVNC = caseInsensitive::same(m_scheme, "VNC");
     buildArgs(isVNC ? VNC_OPTIONS.list() : assocList(), maxHosts, style, portArg);

@@ -11,9 +11,9 @@
 
 namespace {
 
-// What a lead byte announces: the number of continuation bytes (0 for a byte that
-// leads nothing), its value bits, and the range of the second byte, which is
-// narrower than 128 to 191 where it rules out overlong and out-of-range forms.
+// What a lead byte says: the number of continuation bytes (0 for a byte that leads
+// nothing), its value bits, and the range of the second byte.  That range is narrower
+// than 128 to 191 where it rules out overlong and out-of-range forms.
 struct leadByte {
   unsigned int continuations;
   unsigned int bits;
@@ -44,8 +44,8 @@ std::int32_t getUTF8(const unsigned char*& text, unsigned int remaining, bool st
   }
   const std::int32_t malformed = strict && *text >= 128 ? -1 : *text;
   const leadByte first = lead(*text);
-  // The second byte is looked at before a third is known to be there, so that a
-  // terminating zero is never passed.
+  // The second byte is checked before a third is read, so that reading never passes
+  // a terminating zero.
   if (first.continuations == 0 || remaining <= first.continuations || text[1] < first.lowest ||
       text[1] > first.highest) {
     return malformed;
@@ -93,8 +93,8 @@ int putUTF8(unsigned long character, unsigned char* text) {
 
 namespace {
 
-// The number of bytes before the first that is zero or not ASCII; looks at whole words
-// only, so it may find fewer.
+// The number of bytes before the first that is zero or not ASCII.  It looks at whole
+// words only, so it may find fewer.
 std::size_t plainBytes(const unsigned char* p, std::size_t size) {
   constexpr std::uint64_t low = 0x0101010101010101;
   constexpr std::uint64_t high = 0x8080808080808080;

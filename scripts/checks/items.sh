@@ -3,7 +3,7 @@
 set -uo pipefail
 source scripts/lib.sh
 need "${build_packages[@]}"
-build release hoplaunch_support hopexplain || exit 1
+build release hoplaunch_support hoplaunch_driver hopexplain || exit 1
 folder=build/release
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
@@ -29,13 +29,20 @@ int main() {
   for (const auto& [name, flag] : traceFlag::allFlags()) std::cout << "flag " << name << '\n';
 }
 TEXT
-g++ -std=c++20 -I"$folder/include" -o "$scratch/registered" "$scratch/registered.cpp" \
-  "$folder/libhoplaunch.a" || exit 1
-"$scratch/registered" >"$scratch/all"
-# registered KIND: what the library registers.
-registered() { sed -n "s/^$1 //p" "$scratch/all" | LC_ALL=C sort; }
+# register WHO OBJECT...: lists in $scratch/WHO what a program of these registers.
+register() {
+  g++ -std=c++20 -I"$folder/include" -o "$scratch/registered" "$scratch/registered.cpp" \
+    "${@:2}" "$folder/libhoplaunch.a" && "$scratch/registered" >"$scratch/$1"
+}
+register library || exit 1
+register launcher "$folder"/CMakeFiles/hoplaunch_driver.dir/tools/*.o \
+  "$folder/libhoplaunch_log.a" || exit 1
+# registered WHO KIND
+registered() { sed -n "s/^$2 //p" "$scratch/$1" | LC_ALL=C sort; }
 for kind in item flag; do
-  check "the ${kind}s of the library" diff <(registered "$kind") <(rows "$kind.*	library	")
+  check "the ${kind}s of the library" \
+    diff <(registered library "$kind") <(rows "$kind.*	library	")
+  check "the ${kind}s of the launcher" diff <(registered launcher "$kind") <(rows "$kind	")
 done
 
 # is_used KEY KIND: what hopexplain says of an option with this key.
@@ -58,6 +65,10 @@ keys_of() {
 }
 for file in man/hoplaunch.1 completions/hoplaunch.bash completions/_hoplaunch completions/hoplaunch.fish; do
   check "$file" diff <(rows '(launch|item|flag)') <(keys_of "$file")
+done
+# What is there before main.
+for key in $(rows '(item|flag)	'); do
+  check "$key in docs/life_of_a_process.md" grep -qF "\`$key\`" docs/life_of_a_process.md
 done
 # The README names the items that its example needs, and leaves the list to the page.
 check 'README.md' grep -q 'hoplaunch(1) lists options, items and flags' README.md

@@ -14,6 +14,7 @@
 # build/clean_debian/, which makes the next run quicker.
 #
 #   ./test --desktop [TEST...]   only those tests, with the packages that are there
+#   ./test --desktop debian      only makes the clean Debian
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/../.."
 # shellcheck source=scripts/lib.sh
@@ -118,7 +119,9 @@ begin_all() {
 begin package ./package
 begin debian scripts/desktop/clean_debian.sh make "${debian[@]}"
 wait_for package
-if ((failed == 0)); then
+if [[ $only == debian ]]; then
+  wait_for debian
+elif ((failed == 0)); then
   begin package-life scripts/desktop/package_life.sh
   wait_for debian
   [[ ! -e build/clean_debian/base ]] || begin_all

@@ -2,9 +2,9 @@
 //
 //     node compare.mjs LINKS READINGS GENERATED
 //
-// LINKS is what generate.mjs printed, READINGS what readers.cpp did of it, and GENERATED
-// how many of the links come from the grammar.  Of these, a third must be accepted, for the
-// comparison to mean something.
+// LINKS is the output of generate.mjs, READINGS that of readers.cpp for it, and GENERATED
+// how many of the links come from the grammar.  A third of these must be accepted, so that
+// the comparison means something.
 
 import { readFileSync } from 'node:fs';
 
@@ -56,7 +56,7 @@ function readingOf([user, host, port, zone], usersAreDecoded) {
 
 const withoutParameters = (user, link) => (/^ssh:/i.test(link) ? user.split(';')[0] : user);
 
-// What another reader sees otherwise, in words.
+// The parts that another reader reads differently, in words.
 function difference(name, ours, theirs, link) {
   if (theirs === null) {
     return `${name} takes it for no link`;
@@ -71,7 +71,7 @@ function difference(name, ours, theirs, link) {
   return wrong && `${name} reads the ${wrong[0]} "${wrong[2]}", hopopen "${wrong[1]}"`;
 }
 
-// GLib refuses addresses of IPv4 that are percent-encoded, so it shows nobody another one.
+// GLib refuses percent-encoded IPv4 addresses, so it never shows a different one.
 const isEncodedIPv4 = (link, ours) =>
   /^(\d+\.){3}\d+$/.test(ours.host) &&
   link.split('://')[1].split(/[/?#]/)[0].split('@').at(-1).includes('%');
@@ -79,7 +79,7 @@ const isEncodedIPv4 = (link, ours) =>
 function differenceOf(link, reading) {
   const fields = reading.trim().split(' ');
   const ours = readingOf(fields.slice(0, 4), true);
-  // Zones are unknown to browsers: the address alone is compared.
+  // Browsers do not know zones, so only the address is compared.
   const forBrowsers = ours.zone === '' ? link : link.replace(/%25[^\]]*\]/, ']');
   const glib = readingOf(fields.slice(8, 12), false);
   return (

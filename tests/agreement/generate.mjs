@@ -1,17 +1,17 @@
-// Prints links that readers of links are known to disagree about, one a line, with \xHH for
-// all bytes but printable ASCII, and for the backslash:
+// Prints links on which readers of links are known to disagree, one a line.  All bytes
+// except printable ASCII are written as \xHH, and so is the backslash:
 //
 //     node generate.mjs COUNT SEED [TABLE]
 //
-// COUNT different ones of a grammar, always the same for a SEED, then those of TABLE, whose
-// form is that of tests/links.txt.
+// These are COUNT different ones of a grammar, always the same for a SEED, and then those of
+// TABLE, which has the form of tests/links.txt.
 
 import { existsSync, readFileSync } from 'node:fs';
 
 const [count, seed, table] = process.argv.slice(2);
 let state = Number(seed);
 
-// A generator that is the same everywhere (mulberry32), a number below `limit`.
+// A number below `limit`, from a generator that is the same everywhere (mulberry32).
 function below(limit) {
   state = (state + 0x6d2b79f5) | 0;
   let t = Math.imul(state ^ (state >>> 15), 1 | state);
@@ -86,7 +86,7 @@ const encoded = (character) =>
     })
     .join('');
 
-// Where readers look for the end of a part, or just anywhere.
+// The places where readers look for the end of a part, or any place.
 function place(text) {
   const marks = [...text.matchAll(/[@:;/?#[\]%.]/g)].map((found) => found.index + below(2));
   return marks.length > 0 && below(3) > 0 ? pick(marks) : below(text.length + 1);

@@ -4,8 +4,8 @@
 //     refused
 //     USER HOST PORT ZONE  USER HOST PORT ZONE  USER HOST PORT ZONE
 //
-// for the three in this order: user, host and zone in hexadecimal, "-" for what is not
-// there, and four times "!" for one that takes the text for no link.  An IPv6 address is
+// for the three in this order: user, host and zone in hexadecimal, "-" for a missing
+// part, and four times "!" for one that does not accept the link.  An IPv6 address is
 // the bytes of its value.
 
 #include <arpa/inet.h>
@@ -23,7 +23,7 @@
 namespace {
 
 struct reading {
-  std::optional<std::string> user;  // as in the link, but for hopopen's
+  std::optional<std::string> user;  // as in the link, except for hopopen's
   std::string host;
   std::optional<std::string> port;
   std::optional<std::string> zone;

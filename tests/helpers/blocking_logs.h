@@ -1,4 +1,4 @@
-// Logs that would keep a writer waiting, made in a folder or passed as a descriptor.
+// Logs that would make a writer wait, in a folder or passed as a descriptor.
 #pragma once
 
 #include <fcntl.h>
@@ -14,7 +14,7 @@
 #include <filesystem>
 #include <string>
 
-/// Ends a child by SIGALRM, status 1014 of an outcome, when it waits for a log.
+/// Ends a child that waits for a log by SIGALRM, which is status 1014 of an outcome.
 inline void limitTheWait() {
   alarm(30);
 }
@@ -22,7 +22,7 @@ inline void limitTheWait() {
 /// A pipe whose reading end the test keeps.
 class watchedPipe {
  public:
-  /// A pipe in which there is room for `room` bytes and no more.
+  /// A pipe with room for `room` bytes and no more.
   explicit watchedPipe(std::size_t room) {
     if (pipe2(m_ends.data(), O_CLOEXEC) != 0) {
       ADD_FAILURE() << "no pipe";
@@ -41,14 +41,14 @@ class watchedPipe {
     close(m_ends[1]);
   }
 
-  /// In a child: makes the writing end the descriptor `number` of what it becomes.
+  /// In a child: passes the writing end to the next program as descriptor `number`.
   void pass(int number) const {
     if (dup2(m_ends[1], number) != number) {
       _exit(124);
     }
   }
 
-  /// What was written behind the filling.
+  /// The text that was written after the filling.
   std::string written() const {
     std::string result(8192, '\0');
     fcntl(m_ends[0], F_SETFL, O_NONBLOCK);
@@ -58,7 +58,7 @@ class watchedPipe {
     return result.substr(std::min(m_filling.size(), result.size()));
   }
 
-  /// Whether the writing end of everybody else still waits, as it did.
+  /// Whether other holders of the writing end still wait, as before.
   bool stillBlocks() const { return (fcntl(m_ends[1], F_GETFL) & O_NONBLOCK) == 0; }
 
  private:

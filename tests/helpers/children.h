@@ -1,5 +1,5 @@
-// Runs a test's body in a process of its own, to its real end.  What the process writes comes
-// back as text.  What differs is whose the semaphore set is.
+// Runs a test's body in a process of its own, to its real end.  The output of the process
+// comes back as text.  The functions differ in whose the semaphore set is.
 #pragma once
 
 #include <poll.h>
@@ -30,13 +30,13 @@ inline std::string endingOf(int status) {
   return "exit " + std::to_string(WEXITSTATUS(status));
 }
 
-/// Tells a number on standard output.
+/// Prints a number on standard output.
 inline void tell(const char* name, int value) {
   dprintf(STDOUT_FILENO, "%s %d\n", name, value);
 }
 
-/// No test waits longer than this for what never comes: the process is ended by
-/// SIGALRM.
+/// No test waits longer than this for something that never comes: SIGALRM ends the
+/// process.
 inline void limitLife() {
   alarm(100);
 }
@@ -59,7 +59,7 @@ inline void drain(std::array<pollfd, 2> ends, std::array<std::string*, 2> texts)
   }
 }
 
-/// Lets an expected abort of this process leave no core file.
+/// An expected abort of this process then leaves no core file.
 inline void leaveNoCoreFile() {
   const rlimit none{0, 0};
   setrlimit(RLIMIT_CORE, &none);

@@ -10,7 +10,7 @@
 #include "uri.h"
 
 /// While it lives, the item `key` has other values in the calling thread's
-/// configuration; then it has its former values again.
+/// configuration.  After that, the item has its former values again.
 class configOverride {
  public:
   configOverride(const std::string& key, const std::vector<std::string>& values)

@@ -1,4 +1,4 @@
-// A counted object that tells what becomes of it, and an open handle to it.
+// A counted object that records its life, and an open handle to it.
 #pragma once
 
 #include <string>
@@ -8,7 +8,7 @@
 #include "refcount.h"
 #include "section_watch.h"
 
-/// What the boxes have gone through since the last `takeHistory`.
+/// What happened to the boxes since the last `takeHistory`.
 inline std::vector<std::string> boxHistory;
 
 inline std::vector<std::string> takeHistory() {
@@ -69,14 +69,14 @@ inline void box::prepareCanonical() {
   note("prepared " + label + ": " + state(this));
 }
 
-/// A new box, put in a stage by force.
+/// A new box, forced into a stage.
 inline box* boxIn(refCountStage stage, const char* label) {
   box* result = new box(label);
   result->put(stage);
   return result;
 }
 
-/// A handle with its protected operations in the open.
+/// A handle whose protected operations are public.
 class boxRef : public Treference<box> {
  public:
   using Treference<box>::Treference;

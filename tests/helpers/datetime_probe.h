@@ -1,4 +1,4 @@
-// Instants and calendar dates that tests make and look into.
+// Makes instants and calendar dates for tests, and looks into them.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,4 @@
-// A program of 64 bits that is nothing but its headers.
+// Programs that have only their headers.
 #pragma once
 
 #include <elf.h>
@@ -7,22 +7,33 @@
 #include <iterator>
 #include <string>
 
-/// The headers, and after them `loader`, which is a name and its NUL.
-inline std::string elfProgram(int machine, const std::string& loader, int type = ET_EXEC) {
-  Elf64_Ehdr header = {};
-  const unsigned char start[] = {ELFMAG0,    ELFMAG1,     ELFMAG2,   ELFMAG3,
-                                 ELFCLASS64, ELFDATA2LSB, EV_CURRENT};
+/// The headers, followed by `loader`, which is a name and its NUL.
+template <class Header, class Segment, unsigned char width>
+std::string elfProgramOf(int machine, const std::string& loader, int type) {
+  Header header = {};
+  const unsigned char start[] = {ELFMAG0, ELFMAG1,     ELFMAG2,   ELFMAG3,
+                                 width,   ELFDATA2LSB, EV_CURRENT};
   std::copy(std::begin(start), std::end(start), header.e_ident);
   header.e_type = static_cast<Elf64_Half>(type);
   header.e_machine = static_cast<Elf64_Half>(machine);
   header.e_version = EV_CURRENT;
   header.e_phoff = sizeof header;
-  header.e_phentsize = sizeof(Elf64_Phdr);
+  header.e_phentsize = sizeof(Segment);
   header.e_phnum = 1;
-  Elf64_Phdr segment = {};
+  Segment segment = {};
   segment.p_type = PT_INTERP;
   segment.p_offset = sizeof header + sizeof segment;
-  segment.p_filesz = loader.size();
+  segment.p_filesz = static_cast<decltype(segment.p_filesz)>(loader.size());
   return std::string(reinterpret_cast<const char*>(&header), sizeof header) +
          std::string(reinterpret_cast<const char*>(&segment), sizeof segment) + loader;
+}
+
+/// One of 64 bits.
+inline std::string elfProgram(int machine, const std::string& loader, int type = ET_EXEC) {
+  return elfProgramOf<Elf64_Ehdr, Elf64_Phdr, ELFCLASS64>(machine, loader, type);
+}
+
+/// One of 32 bits.
+inline std::string narrowElfProgram(int machine, const std::string& loader, int type = ET_EXEC) {
+  return elfProgramOf<Elf32_Ehdr, Elf32_Phdr, ELFCLASS32>(machine, loader, type);
 }

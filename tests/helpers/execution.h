@@ -1,4 +1,4 @@
-// What a child does before it becomes another program.
+// Helpers for a child that is about to become another program.
 #pragma once
 
 #include <fcntl.h>
@@ -10,7 +10,7 @@
 
 namespace execution {
 
-/// The vector that `execve` and its like take; valid for as long as the texts are there.
+/// The vector for `execve` and its like.  It is valid as long as the texts exist.
 inline std::vector<char*> pointers(const std::vector<std::string>& texts) {
   std::vector<char*> result;
   for (const std::string& text : texts) {
@@ -20,14 +20,14 @@ inline std::vector<char*> pointers(const std::vector<std::string>& texts) {
   return result;
 }
 
-/// Makes `descriptor` what `file` is, which is closed.
+/// Makes `descriptor` the open file of `file`, and closes `file`.
 inline void replace(int file, int descriptor) {
   if (file < 0 || (file != descriptor && (dup2(file, descriptor) < 0 || close(file) != 0))) {
     _exit(125);
   }
 }
 
-/// Makes `descriptor` a new or emptied file, or a device.
+/// Opens a new or emptied file, or a device, as `descriptor`.
 inline void redirect(const std::filesystem::path& name, int descriptor) {
   replace(open(name.c_str(), O_RDWR | O_CREAT | O_TRUNC, 0666), descriptor);
 }

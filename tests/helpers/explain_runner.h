@@ -1,4 +1,4 @@
-// Runs the built hopexplain, and reads what it printed.
+// Runs the built hopexplain, and reads its output.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -18,13 +18,13 @@ inline Outcome explain(Workshop& shop, Command command) {
   return shop.run(command);
 }
 
-/// The same with `-format=json` in front, read.
+/// The same with `-format=json` in front; returns the JSON that it printed.
 inline Json explainJSON(Workshop& shop, Command command) {
   command.arguments.insert(command.arguments.begin(), "-format=json");
   return JsonReader::read(explain(shop, command).out);
 }
 
-/// What stands behind a label in the text; empty when the label is not there.
+/// The text after a label; empty when the label is missing.
 inline std::string labelled(const std::string& text, const std::string& label) {
   for (const std::string& line : split(text, '\n')) {
     if (line.starts_with(label + " ")) {
@@ -34,7 +34,7 @@ inline std::string labelled(const std::string& text, const std::string& label) {
   return "";
 }
 
-/// The words as bash reads them.
+/// The words that bash reads.
 inline Strings readByBash(const Workshop& shop, const std::string& words) {
   const std::filesystem::path script = shop.work() / "bin" / "words.sh";
   writeFile(script, "printf '%s\\0' " + words + "\n");

@@ -45,7 +45,7 @@ bool isPlain(std::string_view text) {
 }
 
 Machine::Machine() {
-  prctl(PR_SET_CHILD_SUBREAPER, 1);  // whatever hopopen leaves is waited for here
+  prctl(PR_SET_CHILD_SUBREAPER, 1);  // so `settle` can wait for all that hopopen leaves
   std::string pattern = fs::canonical(fs::temp_directory_path()) / "hopopen-test-XXXXXX";
   if (mkdtemp(pattern.data()) == nullptr) {
     ADD_FAILURE() << "no folder " << pattern;

@@ -1,5 +1,5 @@
-// Runs the built hopopen on a machine of its own: with its own home, folders of data and
-// settings, and programs, and without a desktop unless a test gives it one.
+// Runs the built hopopen on a machine of its own.  The machine has its own home, folders of
+// data and settings, and programs.  It has no desktop unless a test gives it one.
 //
 // Everything is below one new folder: "home", "config" and "data" are the user's (HOME,
 // XDG_CONFIG_HOME and XDG_DATA_HOME), "etc" and "share" the administrators' (XDG_CONFIG_DIRS
@@ -32,7 +32,7 @@ namespace fs = std::filesystem;
 using launcher::Recording;
 using launcher::Strings;
 
-/// Variables of the environment; those without a value are taken out.
+/// Variables of the environment; those without a value are removed.
 using Variables = std::map<std::string, std::optional<std::string>>;
 
 /// One command line of hopopen.
@@ -45,24 +45,24 @@ struct Call {
   std::function<void()> prepare = [] {};  // runs in the child before hopopen
 };
 
-/// What came of it.
+/// The result of a call.
 struct Outcome {
   int status = -1;  // the exit status, or 1000 and the signal
   std::string out;
   std::string err;
   std::optional<Recording> viewer;  // or another recording program that was started last
   pid_t pid = 0;
-  double seconds = 0;  // until the process that was started ended
+  double seconds = 0;  // until the started process ended
 };
 
-/// A viewer for vnc, as short as it can be.
+/// The shortest definition of a viewer for vnc.
 inline const char* const PLAIN =
     "name = \"Plain\"\n"
     "schemes = [\"vnc\"]\n"
     "programs = [\"plain\"]\n"
     "arguments = [\"{host}\"]\n";
 
-/// True when each byte is printable ASCII or a line feed.
+/// True if each byte is printable ASCII or a line feed.
 bool isPlain(std::string_view text);
 
 class Machine {
@@ -85,9 +85,9 @@ class Machine {
   static std::string settings(const std::string& folder = "config");
   void set(const std::string& text, const std::string& folder = "config") const;
 
-  /// A program that records what it is given and ends with status 42.
+  /// A program that records what it gets and ends with status 42.
   void program(const std::string& name, const std::string& folder = "bin") const;
-  /// A program that is a script of the shell.
+  /// A program that is a shell script.
   void script(const std::string& name, const std::string& text,
               const std::string& folder = "bin") const;
   /// `PLAIN`, with its program.
@@ -98,13 +98,13 @@ class Machine {
   Outcome call(const Call& wanted) const;
   Outcome run(const Strings& arguments, const Variables& changed = {}) const;
 
-  /// What a dry run with these arguments says.
+  /// The JSON that a dry run with these arguments prints.
   Json dry(Strings arguments, const Variables& changed = {}) const;
-  /// What hopopen says with these arguments, which ask for JSON.
+  /// The JSON that hopopen prints with these arguments, which ask for it.
   Json json(const Strings& arguments, const Variables& changed = {}) const;
-  /// The code of the refusal that a dry run says, or the name of the viewer.
+  /// The code of the refusal that a dry run prints, or the name of the viewer.
   std::string comesOf(const Strings& arguments, const Variables& changed = {}) const;
-  /// What the viewer is given by a launch that works.
+  /// The arguments that the viewer gets from a launch that works.
   Strings launch(const Strings& arguments, const Variables& changed = {}) const;
 
   /// Waits for all processes that hopopen left.

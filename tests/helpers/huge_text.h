@@ -1,4 +1,4 @@
-// Texts of several gigabytes, made of one small file that is mapped again and again.
+// Texts of several gigabytes, made of one small file that is mapped many times.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -23,7 +23,7 @@ class hugeText {
       return;
     }
     m_text = static_cast<char*>(room);
-    // The last piece, and the one before it if the tail reaches into that, are written to.
+    // The tail is written into the last piece, and into the one before it if it reaches there.
     for (std::uint64_t offset = 0; offset < m_room; offset += PIECE) {
       const bool end = offset + 2 * PIECE > size;
       const int flags = end ? MAP_PRIVATE : MAP_SHARED;
@@ -49,7 +49,7 @@ class hugeText {
     }
   }
 
-  /// Null where the machine could not map the text.
+  /// Null if the machine could not map the text.
   char* text() { return m_text; }
 
  private:
@@ -74,6 +74,6 @@ inline std::uint64_t freeGigabytes() {
 /// Skips the test on a machine without that much memory.
 #define NEEDS_GIGABYTES(number)                                    \
   if (freeGigabytes() < (number)) {                                \
-    GTEST_SKIP() << "this takes " << (number) << " GiB of memory"; \
+    GTEST_SKIP() << "this needs " << (number) << " GiB of memory"; \
   } else                                                           \
     static_cast<void>(0)

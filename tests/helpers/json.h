@@ -1,4 +1,4 @@
-// JSON that a program printed.  The library that reads it takes long to compile, so only
+// JSON that a program printed.  The library that reads it compiles slowly, so only
 // json.cpp includes it.
 #pragma once
 
@@ -14,15 +14,15 @@
 
 namespace door {
 
-/// A value, which never changes.  A copy is the same value.
+/// A value.  It never changes, and a copy is the same value.
 class Json {
  public:
-  /// Reads a text, in which members keep their order.  What is no JSON throws.
+  /// Reads a text.  Members keep their order.  Throws if the text is not JSON.
   static Json parse(const std::string& text);
   /// An object without members.
   static Json object();
 
-  /// A member of an object, or an element of an array.  Throws where there is none.
+  /// A member of an object, or an element of an array.  Throws if there is none.
   Json operator[](const std::string& name) const;
   Json operator[](std::size_t index) const;
 
@@ -41,7 +41,7 @@ class Json {
   /// The members of an object.
   std::vector<std::pair<std::string, Json>> items() const;
 
-  /// Goes through the elements of an array; null has none.
+  /// Iterates over the elements of an array; null has none.
   class Iterator {
    public:
     Iterator(const Json& array, std::size_t index) : m_array(&array), m_index(index) {}

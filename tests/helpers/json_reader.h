@@ -1,5 +1,5 @@
-// A strict reader of JSON (RFC 8259) as hopexplain writes it, in pure ASCII: whatever it
-// does not expect is an exception.
+// A strict reader of JSON (RFC 8259) as hopexplain writes it, in pure ASCII.  It throws
+// when it meets something that it does not expect.
 #pragma once
 
 #include <cstddef>
@@ -9,8 +9,8 @@
 #include <utility>
 #include <vector>
 
-/// A value.  The text is that of a string, in bytes, or the word itself of a number, of
-/// true, of false and of null.
+/// A value.  The text is the content of a string, in bytes, or the word itself of a number,
+/// of true, of false and of null.
 struct Json {
   char kind = '?';  // '{', '[', '"', or 'w' for a word
   std::string text;
@@ -25,7 +25,7 @@ struct Json {
     }
     throw std::runtime_error("no member " + std::string(key));
   }
-  /// The bytes of a text of two lower-case hexadecimal digits a byte.
+  /// The bytes that a text writes as two lower-case hexadecimal digits each.
   std::string binary() const {
     const std::string digits = "0123456789abcdef";
     std::string result;

@@ -1,5 +1,5 @@
-// Tells the leak checker of the sanitizers that a stack trace does not free the
-// texts of its lines, on purpose: it may be written while the heap is broken.
+// Makes the leak checker of the sanitizers ignore the lines of stack traces.  A trace
+// does not free them on purpose: it may be written while the heap is broken.
 #pragma once
 
 extern "C" [[gnu::weak]] const char* __lsan_default_suppressions() {

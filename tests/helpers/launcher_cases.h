@@ -1,4 +1,4 @@
-// Reads launcher_cases.txt, which says what comes of the launcher's command lines.
+// Reads launcher_cases.txt, which has the launcher's command lines and their results.
 #pragma once
 
 #include <algorithm>
@@ -14,7 +14,7 @@
 
 namespace launcher {
 
-/// One case of launcher_cases.txt, whose head tells the form.
+/// One case of launcher_cases.txt.  The head of that file says the form.
 struct Case {
   std::string name;
   Strings run;
@@ -40,7 +40,7 @@ inline int hexValue(char digit) {
   return static_cast<int>(value);
 }
 
-// Reads the quoted word at `at`, behind its opening quote.
+// Reads the quoted word at `at`, which is after its opening quote.
 inline std::string quotedWord(const std::string& line, std::size_t& at) {
   std::string result;
   for (; line.at(at) != '"'; ++at) {

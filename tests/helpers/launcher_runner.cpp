@@ -22,7 +22,7 @@ using execution::redirect;
 
 namespace {
 
-// By the clock that stamps the log: `time` may lag behind it by a tick.
+// By the clock that stamps the log: `time` may be a tick late.
 std::time_t now() {
   return std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
 }
@@ -153,7 +153,7 @@ std::optional<Recording> Workshop::recording(const std::filesystem::path& prefix
     std::filesystem::remove(part(name));
   }
   if (lines.size() < 3) {
-    return std::nullopt;  // something ended the viewer on its way
+    return std::nullopt;  // something ended the viewer early
   }
   result.path = lines.at(0);
   result.pid = std::atoi(lines.at(1).c_str());

@@ -1,10 +1,10 @@
-// Runs the built launcher as its users do, and looks at everything that comes of
-// it: status, standard output and error, log, and what the viewer was given.
+// Runs the built launcher as its users do, and looks at every result: status,
+// standard output and error, log, and what the viewer got.
 //
 // The launcher runs in the folder `work()` of a workshop.  PATH is the folder "bin" in
-// there, which has the recording viewer under several names; so command lines and logs
-// hold only short relative paths.  TZ is seven hours from UTC, so that a local time
-// cannot pass for UTC.
+// that folder, which has the recording viewer under several names.  So command lines and
+// logs hold only short relative paths.  TZ is seven hours from UTC, so that no local time
+// looks like UTC.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -41,14 +41,14 @@ struct Recording {
 /// One command line.
 struct Command {
   Strings arguments;                                  // without the command itself
-  std::string command = "tools/hoplaunch";            // what the launcher is told its name is
+  std::string command = "tools/hoplaunch";            // the name that the launcher gets
   std::optional<Strings> environment = std::nullopt;  // instead of the usual one
   std::function<void()> prepare = [] {};  // runs in the child before it becomes the launcher
   bool noArgv = false;                    // pass a vector without any element
-  const char* binary = HOPLAUNCH_BINARY;  // what is really started
+  const char* binary = HOPLAUNCH_BINARY;  // the program that really starts
 };
 
-/// What came of it.
+/// The result of a launch.
 struct Outcome {
   int status = -1;  // the exit status, or 1000 and the signal
   std::string out;
@@ -66,13 +66,13 @@ class Workshop {
   Workshop& operator=(const Workshop&) = delete;
   ~Workshop();
 
-  /// The folder in which the launcher runs; holds "bin".
+  /// The folder in which the launcher runs.  It holds "bin".
   std::filesystem::path work() const;
 
   /// The environment that a launch has unless a test gives another.
   Strings environment() const;
 
-  /// What is in `work()` beside "bin".
+  /// The names in `work()` other than "bin".
   Strings files() const;
 
   std::string log(const std::string& name = "log") const;
@@ -82,12 +82,12 @@ class Workshop {
 
   pid_t pid() const { return m_pid; }
 
-  /// Waits for the end of what `start` started.
+  /// Waits until the process that `start` started ends.
   Outcome finish();
 
   Outcome run(const Command& command);
 
-  /// Reads what a viewer recorded under `prefix`, and removes it.
+  /// Reads the recording of a viewer under `prefix`, and removes it.
   static std::optional<Recording> recording(const std::filesystem::path& prefix);
 
   /// `log` with the time stamp at its start, which must lie within the launch,

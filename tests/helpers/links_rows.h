@@ -1,4 +1,4 @@
-// Reads links.txt, which says what comes of links.
+// Reads links.txt, which has links and their results.
 #pragma once
 
 #include <map>
@@ -14,7 +14,7 @@ namespace links {
 
 using launcher::Strings;
 
-/// One link of links.txt, whose head tells the form.
+/// One link of links.txt.  The head of that file says the form.
 struct Row {
   std::string number;   // "017"
   std::string section;  // the heading above it
@@ -29,14 +29,14 @@ struct Row {
 /// The number of the row, which names its test.
 std::ostream& operator<<(std::ostream& out, const Row& row);
 
-/// The text with "\xHH" and "\{TEXT*N}" replaced by what they mean.
+/// The text with "\xHH" and "\{TEXT*N}" replaced by their meanings.
 std::string unescaped(std::string_view text);
 
-/// The words of a line, without their quotes and escapes.
+/// The words of a line, with quotes and escapes resolved.
 Strings words(std::string_view line);
 
-/// All rows of the file.  A line that makes no sense makes its row, or a row of its own,
-/// a broken one.
+/// All rows of the file.  A line that makes no sense breaks its row, or is a broken row of
+/// its own.
 std::vector<Row> readRows(const std::string& file);
 
 }  // namespace links

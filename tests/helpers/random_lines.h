@@ -1,5 +1,5 @@
-// Random command lines of the launcher, and files on PATH of every kind that an execution
-// takes or refuses.
+// Random command lines of the launcher, and files on PATH of every kind that the kernel
+// executes or refuses.
 #pragma once
 
 #include <sys/stat.h>
@@ -20,7 +20,7 @@ namespace randomly {
 
 using Strings = std::vector<std::string>;
 
-/// Draws; the same from the same seed with every library.
+/// Draws random values.  The same seed gives the same draws with every library.
 class Dice {
  public:
   explicit Dice(unsigned int seed) : m_engine(seed) {}
@@ -35,7 +35,7 @@ class Dice {
 inline const Strings programs = {"vncviewer", "putty", "hoptool"};
 inline const Strings folders = {"d0", "d1", "d2", "d3", "d4", "d5", "d6", "d7", "d8", "d9"};
 
-/// A line of commands that has the viewer, which is "rec" here, tell of the shell.
+/// A line of commands by which the viewer, which is "rec" here, reports the shell.
 inline const std::string byShell = "\nexec ./rec sh \"$0\" \"$@\"\n";
 
 /// The headers of a program, and the name of its loader.
@@ -50,7 +50,7 @@ inline void makeFile(Dice& dice, const std::string& name) {
       "#!rec\n", "#!rec -mark\n", "#! \trec \t -mark \n", "#!rec", "#!chain\n",
       // Nobody can execute these.
       "#!/no/such/interpreter\n", "#!none -x\n", "#!d0\n", "#!plain\n", "#!", "#! ",
-      // The shell does.
+      // The shell executes these.
       byShell, "#" + byShell, "#!" + byShell, "#! \t" + byShell, "#!text" + byShell, "",
       "#!" + std::string(254, ' ') + byShell, "#!" + std::string(300, 'x') + byShell,
       elf(EM_PPC64) + byShell, elf(EM_X86_64) + byShell, elf(EM_AARCH64) + byShell};
@@ -73,7 +73,7 @@ inline void makeFile(Dice& dice, const std::string& name) {
           std::filesystem::create_symlink(std::filesystem::path(name).filename(), name);
           break;
         default:
-          std::ofstream(name) << "#!rec\n";  // may not be executed
+          std::ofstream(name) << "#!rec\n";  // not executable
       }
       break;
     default:
@@ -82,7 +82,7 @@ inline void makeFile(Dice& dice, const std::string& name) {
   }
 }
 
-/// Fills the working folder.  `viewer` is linked to as "rec".
+/// Fills the working folder.  "rec" becomes a link to `viewer`.
 inline void makeFiles(Dice& dice, const std::string& viewer) {
   std::filesystem::create_symlink(viewer, "rec");
   std::ofstream("plain") << "#!rec\n";
@@ -100,7 +100,7 @@ inline void makeFiles(Dice& dice, const std::string& viewer) {
   }
 }
 
-/// A value of PATH; none stands for a PATH that is not set.
+/// A value of PATH, or none for a PATH that is not set.
 inline std::optional<std::string> somePath(Dice& dice) {
   if (dice.one(100)) {
     return std::nullopt;
@@ -135,7 +135,7 @@ inline const Strings values = {"",     "a",        "shared",   "a%20b",    "%252
                                "%",    "\xc3\xa4", "\xff\x80", "\x01\x7f", "\"q\"",  "back\\slash",
                                "+,;=", "%00",      "$HOME",    "-x",       "%250Ab", "*"};
 
-/// Parameters, most often few, and sometimes so many that they come near to a limit.
+/// Parameters: mostly a few, sometimes so many that they come near a limit.
 inline std::string someQuery(Dice& dice) {
   std::size_t count = dice.below(6);
   if (dice.one(200)) {

@@ -1,5 +1,6 @@
-// The configuration items and trace flags that the library registers, as the tests expect
-// them.  Add a new one here, to docs/items.tsv, and where it is defined.
+// The configuration items and trace flags that the tests expect the library to register.
+// Add a new one of the library here, to docs/items.tsv, and in the source that defines it.
+// startup_driver_test.cpp has those of the launcher.
 #pragma once
 
 #include <strings.h>
@@ -32,7 +33,7 @@ inline std::vector<std::string> flags() {
   return {"configDB", "refcount", "reportStack", "reportThread"};
 }
 
-// The names of the items, and of others that a program has.
+// The names of the items and of a program's own ones.
 inline std::vector<std::string> itemNames(std::vector<std::string> others = {}) {
   for (const item& each : items()) others.emplace_back(each.name);
   std::sort(others.begin(), others.end(), [](const std::string& one, const std::string& other) {
@@ -41,7 +42,7 @@ inline std::vector<std::string> itemNames(std::vector<std::string> others = {}) 
   return others;
 }
 
-// The flags, and others that a program has, each with its level, which is 0.
+// The flags and a program's own ones, each with its level, which is 0.
 inline std::vector<std::pair<std::string, int>> flagsOff(std::vector<std::string> others = {}) {
   for (const std::string& name : flags()) others.push_back(name);
   std::sort(others.begin(), others.end());

@@ -37,7 +37,7 @@ inline seenReport look(const eventReport& event) {
           event.qualifier(), event.operation(), event.parameters(), reportLine(event)};
 }
 
-/// Keeps what it sees, and claims all reports or none.
+/// Keeps what it gets, and claims all reports or none.
 class reportCatcher : public eventHandler {
  public:
   explicit reportCatcher(int priority = 1, bool claims = true)
@@ -110,8 +110,8 @@ class reportTeller : public eventHandler {
   bool m_claims;
 };
 
-/// A report with nothing but what the base gives.  It is not reported by its
-/// destructor, so it can be handed to one handler only.
+/// A report with only the members of the base class.  Its destructor does not report
+/// it, so it can be handed to one handler only.
 class bareEvent : public eventReport {
  public:
   bareEvent(eventSeverity severity, eventAudience audience, int code = 0,

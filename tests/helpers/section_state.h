@@ -1,4 +1,4 @@
-// What the library says of its critical sections and of their semaphore set.
+// What the library says about its critical sections and of their semaphore set.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -17,7 +17,7 @@
 inline constexpr sectionId sections[] = {CS_STDOUT,  CS_LOGOUT,     CS_REFCOUNT,
                                          CS_NETWORK, CS_NAME_ALLOC, CS_STACK};
 
-/// Whether `text` is exactly the one line of a failed semaphore call.
+/// Whether `text` is exactly one line, that of a failed semaphore call.
 inline testing::AssertionResult isFailureLine(std::string_view text, std::string_view expression) {
   const std::string start = std::string(expression) + " in ../utilities/unix/semaphore_unx@";
   std::size_t end = start.size();
@@ -29,7 +29,7 @@ inline testing::AssertionResult isFailureLine(std::string_view text, std::string
          << "not the line \"" << start << "NNN\\n\": " << testing::PrintToString(std::string(text));
 }
 
-/// The sections that the calling thread is told to have: "0 0 1 0 0 0".
+/// The sections that the library says the calling thread has: "0 0 1 0 0 0".
 inline std::string allHave() {
   std::string result;
   for (const sectionId id : sections) {
@@ -39,7 +39,7 @@ inline std::string allHave() {
   return result;
 }
 
-/// Tells all of that on standard output.
+/// Prints all of that on standard output.
 inline void tellState(const char* when, int set) {
   dprintf(STDOUT_FILENO, "%s: %s, have %s\n", when, sixValues(set).c_str(), allHave().c_str());
 }

@@ -1,4 +1,4 @@
-// Looks into System V semaphore sets: one, and those that the system has.
+// Looks into System V semaphore sets: into one, and at all those of the system.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-/// The fourth argument of `semctl`, which its callers define.
+/// The fourth argument of `semctl`.  Callers have to define its type.
 union semaphoreArgument {
   int val;
   semid_ds* buf;
@@ -27,7 +27,7 @@ inline bool setExists(int set) {
   return semctl(set, 0, GETVAL) >= 0;
 }
 
-/// Whether a set was removed; if it was not, it is now.
+/// Whether a set was removed.  If not, removes it.
 inline bool isGone(int set) {
   if (!setExists(set)) return true;
   semctl(set, 0, IPC_RMID);
@@ -44,7 +44,7 @@ inline std::string sixValues(int set) {
   return result;
 }
 
-/// Waits until a process waits for a semaphore; false when that takes a minute.
+/// Waits until a process waits for a semaphore.  False after a minute.
 inline bool someoneWaits(int set, int number) {
   for (int i = 0; i < 60000; ++i) {
     if (semctl(set, number, GETNCNT) == 1) return true;

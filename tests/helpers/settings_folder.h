@@ -1,6 +1,6 @@
-// A folder for settings files, and what becomes of the system calls on them: each can be
-// made to fail, and each can be the last one before the process is killed.  For programs
-// that say WRAPS.
+// A folder for settings files, and a plan for the system calls on them.  A test can make
+// each call fail, and each can be the last one before the process is killed.  For
+// programs that say WRAPS.
 #pragma once
 
 #include <fcntl.h>
@@ -29,19 +29,19 @@ namespace settingsFolder {
 using hopopen::change;
 using hopopen::changeSettings;
 
-// What becomes of the system calls.
+// What happens to the system calls.
 struct Plan {
   bool active = false;
-  std::string calls = {};   // the names of those that were made
+  std::string calls = {};   // the names of the calls so far
   int count = 0;            // how many
   int killBefore = 0;       // the number of the call that is not reached
   int killAfter = 0;        // the number of the last call
   int failing = 0;          // the number of the call that fails
   std::string failed = {};  // or its name
-  int skipped = 0;          // so many calls of that name are made first
+  int skipped = 0;          // this many calls of that name work first
   int error = 0;
-  int interruptions = 0;       // so many calls of `flock` and of `write` are interrupted
-  std::size_t portion = 4096;  // no `write` takes more
+  int interruptions = 0;       // how many calls of `flock` and `write` are interrupted
+  std::size_t portion = 4096;  // the most that one `write` writes
 };
 
 inline Plan plan;
@@ -119,7 +119,7 @@ inline void countCalls() {
 
 using texts = std::set<std::string>;
 
-// A folder of its own for each test, with a mask that takes nothing away.
+// Each test has its own folder, and a mask that removes no permissions.
 class SettingsFile : public testing::Test {
  protected:
   SettingsFile()
@@ -147,7 +147,7 @@ class SettingsFile : public testing::Test {
     EXPECT_EQ(systemCalls::lstat.real(path.c_str(), &details), 0) << path;
     return details.st_mode & 07777U;
   }
-  // Changes the file with the plan as it is.
+  // Changes the file according to the plan.
   std::string changed(const change& what) {
     plan.active = true;
     std::string result = changeSettings(file, what);

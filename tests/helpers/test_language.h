@@ -8,7 +8,7 @@
 
 class testLanguage : public language {
  public:
-  /// Languages are never taken out of their table, so a test's live as long.
+  /// The table of languages never drops one, so a test's languages live as long as it.
   static testLanguage& make(const std::string& name) {
     static std::vector<testLanguage*>& all = *new std::vector<testLanguage*>;
     all.push_back(new testLanguage(name));

@@ -1,11 +1,11 @@
-// A function that runs as the very last of a process: after every function that
-// was registered with `atexit` and after the destructors of all other static
-// objects.
+// A function that runs as the very last one of a process: after every function
+// that was registered with `atexit`, and after the destructors of all other
+// static objects.
 #pragma once
 
 #include <utility>
 
-/// What runs; none unless a test sets it.
+/// The function; none unless a test sets it.
 inline void (*atVeryEnd)() = nullptr;
 
 struct veryEnd {
@@ -17,5 +17,5 @@ struct veryEnd {
   }
 };
 
-// What is constructed first is destroyed last.
+// The object that is constructed first is destroyed last.
 __attribute__((init_priority(101))) static veryEnd theVeryEnd;

@@ -1,4 +1,4 @@
-// A library that a program loads and unloads: what it declares is in the tables of the
+// A library that a program loads and unloads.  Its declarations are in the tables of the
 // one library that both use.
 #include "language.h"
 #include "threading.h"

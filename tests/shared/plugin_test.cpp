@@ -1,4 +1,4 @@
-// What a library leaves behind that was loaded and unloaded: nothing that is read later.
+// A library that was loaded and unloaded leaves nothing behind that is read later.
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 

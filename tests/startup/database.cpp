@@ -1,5 +1,5 @@
-// A program that uses localised strings, which read an item, and the database: prints the
-// names in what the first read published.
+// A program that uses localised strings, which read an item, and the database.  It prints
+// the names in the database that the first read published.
 
 #include <cstdio>
 

@@ -1,5 +1,5 @@
-// A program that uses flags and nothing else of the library: prints those that are there
-// when its own static objects come to life.
+// A program that uses only flags of the library.  It prints those that exist when its own
+// static objects are created.
 
 #include <cstdio>
 

@@ -1,5 +1,5 @@
-// A program that uses items and nothing else of the library: prints those of the library
-// that are there when its own static objects come to life, and once more in `main`.
+// A program that uses only items of the library.  It prints the library's items that exist
+// when its own static objects are created, and once more in `main`.
 
 #include <cstdio>
 #include <deque>

@@ -5,7 +5,7 @@
 namespace internal {
 
 locale_t cLocale() {
-  // The C library has this one ready: nothing is read, and no memory is taken.
+  // The C library has this one ready.  It reads nothing and allocates nothing.
   static const locale_t locale = newlocale(LC_ALL_MASK, "C", locale_t{});
   return locale;
 }

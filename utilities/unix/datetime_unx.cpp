@@ -14,7 +14,7 @@ DateTime DateTime::now(int zone) {
   if (gettimeofday(&clock, &local) != 0) {
     return BAD_TIME;
   }
-  // Unsigned: what is subtracted may be negative, and the seconds wrap.
+  // Unsigned, so that the seconds wrap.  The subtracted number may be negative.
   auto seconds = static_cast<std::uint32_t>(clock.tv_sec);
   if (zone == LOCAL_TIME) {
     seconds -= static_cast<std::uint32_t>(local.tz_minuteswest) * 60;

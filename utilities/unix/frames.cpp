@@ -25,7 +25,7 @@ struct exportedSymbols {
   const char* names = nullptr;
 };
 
-// For `dl_iterate_phdr`, which begins with the program.
+// For `dl_iterate_phdr`.  Its first object is the program.
 // NOLINTBEGIN(performance-no-int-to-ptr): the tables hold addresses as numbers.
 int readExported(dl_phdr_info* program, std::size_t /*size*/, void* result) {
   exportedSymbols& found = *static_cast<exportedSymbols*>(result);
@@ -37,7 +37,7 @@ int readExported(dl_phdr_info* program, std::size_t /*size*/, void* result) {
     }
     const auto* entry = reinterpret_cast<const tableEntry*>(found.base + header->p_vaddr);
     for (; entry->d_tag != DT_NULL; entry++) {
-      // The C library may have made addresses of the offsets.
+      // The C library may have turned the offsets into addresses.
       const ElfW(Addr) value = entry->d_un.d_ptr;
       const ElfW(Addr) address = value < found.base ? found.base + value : value;
       if (entry->d_tag == DT_SYMTAB) {
@@ -53,7 +53,7 @@ int readExported(dl_phdr_info* program, std::size_t /*size*/, void* result) {
 }
 // NOLINTEND(performance-no-int-to-ptr)
 
-// A text of limited length, which drops what is too much.
+// A text of limited length.  It drops whatever exceeds that.
 class fixedText {
  public:
   void operator+=(char c) {
@@ -81,11 +81,11 @@ void writeSymbol(std::ostream& out, std::string_view name) {
   }
 }
 
-// Where a frame is, in the words of `backtrace_symbols`.
+// The place of a frame, in the terms of `backtrace_symbols`.
 struct place {
   const char* file = nullptr;
   const char* symbol = nullptr;
-  const void* start = nullptr;  // of the symbol, or of the file without one
+  const void* start = nullptr;  // of the symbol, or of the file if there is none
 };
 
 place placeOf(const void* frame) {

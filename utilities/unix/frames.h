@@ -1,4 +1,4 @@
-// What the frames of a stack are called, found without allocating memory.
+// The names of the frames of a stack, found without allocating memory.
 #pragma once
 
 #include <iosfwd>
@@ -11,12 +11,12 @@ struct frameName {
   unsigned long distance = 0;    ///< of the address from the beginning of the function
 };
 
-/// The function of the program that `frame` is in, by the symbols that the program itself
-/// exports.  The loader knows no names in a static program.
+/// The function of the program that `frame` is in, from the symbols that the program itself
+/// exports.  In a static program the loader knows no names.
 frameName exportedName(const void* frame);
 
-/// Writes the lines that `stack::write` writes for these frames, without allocating: what
-/// broke may have been the allocator.
+/// Writes the lines that `stack::write` writes for these frames.  It does not allocate: the
+/// allocator itself may be broken.
 void writeFrames(std::ostream& out, void* const* frames, int count);
 
 }  // namespace internal

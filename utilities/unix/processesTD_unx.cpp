@@ -12,6 +12,6 @@ int Thread::processId() {
 }
 
 std::ostream& operator<<(std::ostream& out, thisThreadId) {
-  // As a text, which no flag and no locale of the stream changes.
+  // As a text, so that no flag and no locale of the stream changes it.
   return out << int2decimal(Thread::processId()) + '/' + int2decimal(Thread::threadId());
 }

@@ -13,7 +13,7 @@
 
 bool Thread::createP() {
   ASSERT(m_fullWeight);
-  semaphoreSet(false);  // drawn by the parent, so that both have the same sections
+  semaphoreSet(false);  // the parent makes it, so that both have the same sections
   const pid_t child = fork();
   if (child == 0) {
     std::exit(execute() ? 0 : 1);

@@ -25,7 +25,7 @@ unsigned char PRNG::byte() {
 
 int PRNG::die(int n) {
   ASSERT(n >= 1);
-  // Draws that fall into the partial last bucket are thrown again: no bias.
+  // A draw in the partial last bucket is repeated, so there is no bias.
   const std::int64_t bucket = ((std::int64_t{1} << 31) - n) / n + 1;
   std::int64_t result;
   do {

@@ -34,7 +34,7 @@ RegExprError mapped(int code) {
   }
 }
 
-// The C library counts in `int`, and searches nothing longer.
+// The C library counts in `int`, and searches no longer text.
 bool searchable(const std::string& text) {
   constexpr std::size_t LONGEST = std::numeric_limits<regoff_t>::max() - 1;
   return text.size() <= LONGEST || std::strlen(text.c_str()) <= LONGEST;
@@ -57,7 +57,7 @@ RegExpr::RegExpr(const std::string& text, bool caseSensitive) : source(text), ma
   const int flags = caseSensitive ? REG_EXTENDED : REG_EXTENDED | REG_ICASE;
   comp_return = mapped(regcomp(matcher, source.c_str(), flags));
   if (comp_return != REGEXPR_OKAY) {
-    // What failed to compile is already freed and must not be given to regfree.
+    // An expression that failed to compile is already freed; regfree must not get it.
     delete matcher;
     matcher = nullptr;
   }
@@ -89,7 +89,7 @@ bool RegExpr::matchsAt(const std::string& text, unsigned int start) const {
   if (matcher == nullptr || start > length || !searchable(text)) {
     return false;
   }
-  // POSIX has no such match; the GNU C library's own interface to the same expression has.
+  // POSIX has no such match.  The GNU C library's own interface to the expression has one.
   const internal::inCLocale locale;
   const auto found = re_match(matcher, text.c_str(), static_cast<regoff_t>(length),
                               static_cast<regoff_t>(start), nullptr);

@@ -16,7 +16,7 @@
 namespace {
 
 constexpr int NOT_CREATED = -2;
-constexpr int RELEASED = -1;      // removed, but to be created again on demand
+constexpr int RELEASED = -1;      // removed, and created again on demand
 constexpr int FINISH_VALUE = -3;  // removed for good
 constexpr int FORGONE = -4;       // the process wants none
 
@@ -32,8 +32,8 @@ struct processState {
 };
 constinit processState state;
 
-// A failed check.  Its line is the one that standard error has always shown, not the real
-// one.
+// A failed check.  Its line is not the real one, but the one that standard error has always
+// shown.
 struct failure {
   const char* expression = nullptr;
   int line = 0;
@@ -51,13 +51,13 @@ void removeSet() {
   }
 }
 
-// Reports a failed check straight to standard error: event reports take sections
+// Reports a failed check straight to standard error: event reports enter sections
 // themselves.
 [[noreturn]] void fail(const failure& why) {
   char text[200];
   const int length = std::snprintf(text, sizeof text, "%s in ../utilities/unix/semaphore_unx@%d\n",
                                    why.expression, why.line);
-  // Whether or not it could be written, the process ends here.
+  // The process ends here, whether or not the text could be written.
   [[maybe_unused]] const ssize_t written =
       write(STDERR_FILENO, text, static_cast<std::size_t>(length));
   semaphoreClose();
@@ -68,15 +68,15 @@ void removeSet() {
   std::abort();
 }
 
-// Once: a call that a signal interrupts has failed, and is not tried again.
+// One try: a call that a signal interrupts has failed, and is not repeated.
 bool change(int id, int section, short by, short flags) {
   struct sembuf operation = {static_cast<unsigned short>(section), by, flags};
   return semop(id, &operation, 1) == 0;
 }
 
-// The kernel numbers its sets from 0, and 0 counts as a failure.  So that the set
-// for the sections is never the first, a set of one semaphore takes
-// number 0 while it is drawn.
+// The kernel numbers its sets from 0, and 0 counts as a failure.  A set of one
+// semaphore takes number 0 meanwhile, so that the set for the sections never
+// gets it.
 int drawSet() {
   const int placeholder = semget(IPC_PRIVATE, 1, 0600);
   errno = 0;
@@ -89,7 +89,7 @@ int drawSet() {
   return result;
 }
 
-// The new set, or none and why.
+// Makes the new set and returns its id.  On failure it returns -1, and `why` says why.
 int createSet(failure& why) {
   const auto passes = [&why](bool passed, const char* expression, int line) {
     if (!passed) {

@@ -16,8 +16,8 @@ void (*sigHandler)(int) = signalHandler;
 
 namespace {
 
-// Lets the handlers run where there is room when the stack has overflown.  A stack that the
-// program has for this already stays.
+// Gives the handlers a stack to run on when the program's own has overflowed.  If the program
+// already has one for this, it stays.
 void giveStack() {
   static char room[131072];
   stack_t alternate{};
@@ -36,8 +36,8 @@ void giveStack() {
   }
 }
 
-// Writes what `stack` writes, without allocating: the fault may be one of the allocator, or
-// have come in the middle of its work.
+// Writes what `stack` writes, but does not allocate: the fault may be in the allocator, or
+// may have interrupted its work.
 void writeTrace(std::ostream& out) {
   ucontext_t context;
   if (getcontext(&context) != 0) {
@@ -58,7 +58,7 @@ void stack::installHandler() {
   }
   std::signal(SIGABRT, SIGABRThandler);
   giveStack();
-  // The first call loads a library, for which it would be too late in a handler.
+  // The first call loads a library.  In a handler it would be too late for that.
   void* frame = nullptr;
   backtrace(&frame, 1);
 }

@@ -20,8 +20,8 @@ std::list<char**>& kept() {
   return *traces;
 }
 
-// A line of `backtrace_symbols`.  That asks the loader for names, which a static program
-// has none of: then the line is the address in brackets, and we look the name up.
+// A line of `backtrace_symbols`, which asks the loader for names.  A static program has
+// none there: then the line is the address in brackets, and we look up the name.
 std::string named(const char* line, const void* frame) {
   const internal::frameName found =
       line[0] == '[' ? internal::exportedName(frame) : internal::frameName();
