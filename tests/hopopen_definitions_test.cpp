@@ -311,7 +311,7 @@ TEST(Check, TellsTheFaultsOfAFolderThatIsNamedTwiceOnce) {
   const Outcome check = machine.run(
       {"--check"}, {{"XDG_DATA_DIRS", machine.path("share") + ":" + machine.path("share")}});
   EXPECT_EQ(4, check.status);
-  EXPECT_EQ(1U, countOf(check.out, "\n")) << check.out;
+  EXPECT_EQ(1U, countOf(check.out, ":5:1: ")) << check.out;
 }
 
 TEST(Check, TellsOfAFolderThatCannotBeRead) {
@@ -324,8 +324,9 @@ TEST(Check, TellsOfAFolderThatCannotBeRead) {
       {"XDG_DATA_DIRS", machine.path("share") + ":" + machine.path("second")}};
   const Outcome check = machine.run({"--check"}, variables);
   EXPECT_EQ(4, check.status);
-  EXPECT_EQ(machine.path(folder) + ":1:1: cannot be read: Too many levels of symbolic links\n",
-            check.out);
+  EXPECT_EQ(1U, countOf(check.out, machine.path(folder) + ":1:1: cannot be read: Too many "
+                                                          "levels of symbolic links\n"))
+      << check.out;
   EXPECT_EQ((Strings{"plain", "h"}), machine.launch({"vnc://h"}, variables))
       << "what is in other folders opens links all the same";
 }

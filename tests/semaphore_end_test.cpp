@@ -149,6 +149,28 @@ TEST(SemaphoreEnd, OfAChildByASignalLeavesTheSetOfItsParent) {
   EXPECT_TRUE(setExists(set));
 }
 
+// SIGURG ends no process by itself.
+TEST(SemaphoreEnd, ByASignalIsAsIfThereWereNoHandler) {
+  const processEnd end = runFreshChild([] {
+    std::signal(SIGURG, semaphoreEndBy);
+    const int set = drawAndTell();
+    sigset_t blocked;
+    sigemptyset(&blocked);
+    sigaddset(&blocked, SIGURG);
+    sigprocmask(SIG_BLOCK, &blocked, nullptr);
+    semaphoreEndBy(SIGURG);
+    tell("gone", setExists(set) ? 0 : 1);
+    struct sigaction now = {};
+    sigaction(SIGURG, nullptr, &now);
+    tell("default", now.sa_handler == SIG_DFL ? 1 : 0);
+    sigprocmask(SIG_BLOCK, nullptr, &blocked);
+    tell("blocked", sigismember(&blocked, SIGURG));
+    return 0;
+  });
+  EXPECT_EQ("exit 0", end.ending);
+  EXPECT_EQ("gone 1\ndefault 1\nblocked 0\n", end.output.substr(end.output.find('\n') + 1));
+}
+
 TEST(SemaphoreEnd, ByASignalWithoutTheHandlerLeavesTheSet) {
   const processEnd end = runFreshChild([] {
     drawAndTell();

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstddef>
 #include <cstdio>
 #include <iterator>
@@ -28,6 +29,8 @@ struct faultPlan {
   bool tellCalls = false;  // the calls for the set of six
   bool tellSets = false;   // the sizes of the sets that are created and removed
   bool tellHave = false;   // the operations, and whether the section is held meanwhile
+
+  int signal = 0;  // comes while the set is made
 
   bool drawFails = false;
   bool drawIsZero = false;
@@ -151,6 +154,10 @@ int get(key_t key, int count, int flags) {
   }
   const int result = systemCalls::semget.real(key, count, flags);
   if (result >= 0) enter(result, count);
+  if (plan.signal != 0 && count == 6) {
+    semaphoreEndBy(plan.signal);
+    tell("set exists", setExists(result) ? 1 : 0);
+  }
   return result;
 }
 
@@ -294,6 +301,23 @@ TEST(SemaphoreCalls, RemoveWhatTheyCreateByTheEndOfTheProcess) {
   EXPECT_EQ(end.errors, "");
   EXPECT_EQ(end.ending, "exit 0");
   EXPECT_EQ(removeLeftovers(), "");
+}
+
+TEST(SemaphoreCalls, MakeASignalWaitUntilTheSetCanBeRemoved) {
+  faultPlan fault;
+  fault.signal = SIGURG;  // which ends no process by itself
+  const processEnd end = runWith(fault, [] {
+    const int set = semaphoreSet(false);
+    tell("afterwards", setExists(set) ? 1 : 0);
+    return 0;
+  });
+  EXPECT_EQ("set exists 1\nafterwards 0\n", end.output);
+  EXPECT_EQ("exit 0", end.ending);
+  fault.signal = SIGTERM;
+  const processEnd ended = runWith(fault, [] { return semaphoreSet(false); });
+  EXPECT_EQ("set exists 1\n", ended.output);
+  EXPECT_EQ("signal 15", ended.ending);
+  EXPECT_EQ("", removeLeftovers());
 }
 
 // --- Creating the set fails ------------------------------------------------
