@@ -33,7 +33,7 @@ void catalogue(const Machine& machine) {
       1 + std::distance(door::fs::directory_iterator(VIEWERS), door::fs::directory_iterator());
   for (int tries = 0; tries < 100; tries++) {
     EXPECT_EQ(0, machine.run({"--list"}).status);
-    if (door::count(machine.read(CATALOG), "\n") == static_cast<std::size_t>(lines)) {
+    if (countOf(machine.read(CATALOG), "\n") == static_cast<std::size_t>(lines)) {
       return;
     }
     std::this_thread::sleep_for(std::chrono::milliseconds(100));

@@ -165,7 +165,7 @@ TEST(Definitions, AreHiddenByFaultyFilesOfTheSameName) {
   machine.define("a", titled("mine") + "colour = 1\n", "data");
   const Outcome launch = machine.run({"vnc://h"});
   EXPECT_EQ(2, launch.status);
-  EXPECT_TRUE(door::contains(launch.err, machine.path(Machine::definition("a", "data")) + ":5:1: "))
+  EXPECT_TRUE(contains(launch.err, machine.path(Machine::definition("a", "data")) + ":5:1: "))
       << launch.err;
   EXPECT_TRUE(launch.err.ends_with(" (scheme)\n")) << launch.err;
   EXPECT_FALSE(launch.viewer);
@@ -181,8 +181,7 @@ TEST(Definitions, ThatAreFaultyAndHiddenMatterToCheckOnly) {
   EXPECT_EQ("", launch.err);
   const Outcome check = machine.run({"--check"}, variables);
   EXPECT_EQ(4, check.status);
-  EXPECT_TRUE(
-      door::contains(check.out, machine.path(Machine::definition("plain", "last")) + ":5:1: "))
+  EXPECT_TRUE(contains(check.out, machine.path(Machine::definition("plain", "last")) + ":5:1: "))
       << check.out;
 }
 
@@ -219,11 +218,9 @@ TEST(Definitions, OfOtherNamesAreNamedByCheckAndNotCounted) {
   machine.write("config/hoplaunch/viewers/a\x1B\n.toml", "this is faulty\n");
   const Outcome check = machine.run({"--check"});
   EXPECT_EQ(0, check.status);
-  EXPECT_TRUE(door::contains(check.out, machine.path("share/hoplaunch/viewers/Upper.toml")))
-      << check.out;
-  EXPECT_TRUE(door::contains(check.out, machine.path("data/hoplaunch/viewers/a.toml.bak")))
-      << check.out;
-  EXPECT_TRUE(door::contains(check.out, machine.path("config/hoplaunch/viewers/a\\x1B\\x0A.toml")))
+  EXPECT_TRUE(contains(check.out, machine.path("share/hoplaunch/viewers/Upper.toml"))) << check.out;
+  EXPECT_TRUE(contains(check.out, machine.path("data/hoplaunch/viewers/a.toml.bak"))) << check.out;
+  EXPECT_TRUE(contains(check.out, machine.path("config/hoplaunch/viewers/a\\x1B\\x0A.toml")))
       << check.out;
   EXPECT_TRUE(door::isPlain(check.out)) << check.out;
   const Outcome json = machine.run({"--check", "--format=json"});
@@ -314,7 +311,7 @@ TEST(Check, TellsTheFaultsOfAFolderThatIsNamedTwiceOnce) {
   const Outcome check = machine.run(
       {"--check"}, {{"XDG_DATA_DIRS", machine.path("share") + ":" + machine.path("share")}});
   EXPECT_EQ(4, check.status);
-  EXPECT_EQ(1U, door::count(check.out, ":5:1: ")) << check.out;
+  EXPECT_EQ(1U, countOf(check.out, ":5:1: ")) << check.out;
 }
 
 TEST(Check, TellsOfALinkThatLeadsToNoFile) {
@@ -337,8 +334,8 @@ TEST(Check, TellsOfAFolderThatCannotBeRead) {
       {"XDG_DATA_DIRS", machine.path("share") + ":" + machine.path("second")}};
   const Outcome check = machine.run({"--check"}, variables);
   EXPECT_EQ(4, check.status);
-  EXPECT_EQ(1U, door::count(check.out, machine.path(folder) + ":1:1: cannot be read: Too many "
-                                                              "levels of symbolic links\n"))
+  EXPECT_EQ(1U, countOf(check.out, machine.path(folder) + ":1:1: cannot be read: Too many "
+                                                          "levels of symbolic links\n"))
       << check.out;
   EXPECT_EQ((Strings{"plain", "h"}), machine.launch({"vnc://h"}, variables))
       << "what is in other folders opens links all the same";
@@ -355,7 +352,7 @@ TEST(Check, TellsOfAFolderThatCannotBeReadToItsEnd) {
        .under = {"/usr/bin/strace", "-qq", "-E", "ASAN_OPTIONS=detect_leaks=0", "-o", "/dev/null",
                  "-e", "trace=getdents64", "-e", "inject=getdents64:error=EIO"}});
   EXPECT_EQ(4, check.status);
-  EXPECT_TRUE(door::contains(check.out, ":1:1: cannot be read: Input/output error\n")) << check.out;
+  EXPECT_TRUE(contains(check.out, ":1:1: cannot be read: Input/output error\n")) << check.out;
 }
 
 TEST(Check, TellsTheFaultsOfAllSettings) {
@@ -371,7 +368,7 @@ TEST(Check, TellsTheFaultsOfAllSettings) {
                                    machine.path(Machine::settings("first")) + ":2:18: ",
                                    machine.path(Machine::settings("first")) + ":4:1: ",
                                    machine.path(Machine::settings("second")) + ":1:"}) {
-    EXPECT_TRUE(door::contains(check.out, place)) << place << " is not in\n" << check.out;
+    EXPECT_TRUE(contains(check.out, place)) << place << " is not in\n" << check.out;
   }
   const Outcome json = machine.run({"--check", "--format=json"}, variables);
   EXPECT_EQ(4, json.status);

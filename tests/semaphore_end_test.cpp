@@ -13,10 +13,10 @@
 #include <string>
 
 #include "asserts.h"
-#include "fresh_process.h"
+#include "children.h"
+#include "reports.h"
+#include "section_state.h"
 #include "semaphore_sets.h"
-#include "system_sets.h"
-#include "telling_handler.h"
 #include "threading.h"
 
 namespace semaphore_end_test {
@@ -38,7 +38,7 @@ int drawAndTell() {
 
 TEST(SemaphoreEnd, ByAnAssertionRemovesTheSetAfterTheReport) {
   const processEnd end = runFreshChild([] {
-    const tellingHandler handler;
+    const reportTeller handler;
     drawAndTell();
     const int one = 1;
     ASSERT(one == 2);
@@ -81,7 +81,7 @@ TEST(SemaphoreEnd, ByAnAssertionLeavesTheSetToItsReport) {
 TEST(SemaphoreEnd, OfAChildByAnAssertionLeavesTheSetOfItsParent) {
   const int set = semaphoreSet(false);
   const processEnd end = runChild([] {
-    const tellingHandler handler;
+    const reportTeller handler;
     const int one = 1;
     ASSERT(one == 2);
     return 0;

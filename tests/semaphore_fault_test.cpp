@@ -13,10 +13,11 @@
 #include <string>
 #include <string_view>
 
-#include "fresh_process.h"
+#include "children.h"
+#include "reports.h"
+#include "section_state.h"
 #include "semaphore_sets.h"
 #include "system_calls.h"
-#include "telling_handler.h"
 #include "threading.h"
 
 namespace semaphore_fault_test {
@@ -105,7 +106,7 @@ template <class Body>
 processEnd runWith(const faultPlan& fault, Body body) {
   ledger();  // shared with the child from here on
   return runFreshChild([&] {
-    tellingHandler handler;  // gets no report of a failed semaphore call
+    reportTeller handler;  // gets no report of a failed semaphore call
     plan = fault;
     turn = 0;
     const int result = body();
@@ -117,7 +118,7 @@ processEnd runWith(const faultPlan& fault, Body body) {
 // Enters the section `id` in a child whose set exists already.
 processEnd takeWith(const faultPlan& fault, sectionId id) {
   return runSharingChild([&] {
-    tellingHandler handler;
+    reportTeller handler;
     plan = fault;
     {
       criticalSection section(id, false);
