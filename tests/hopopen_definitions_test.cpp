@@ -321,7 +321,7 @@ TEST(Check, TellsOfALinkThatLeadsToNoFile) {
   std::filesystem::create_symlink("nowhere", file);
   const Outcome check = machine.run({"--check"});
   EXPECT_EQ(4, check.status);
-  EXPECT_TRUE(door::contains(check.out, file + ":1:1: there is no file\n")) << check.out;
+  EXPECT_TRUE(contains(check.out, file + ":1:1: there is no file\n")) << check.out;
 }
 
 TEST(Check, TellsOfAFolderThatCannotBeRead) {
