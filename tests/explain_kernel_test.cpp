@@ -13,8 +13,10 @@
 
 #include <cerrno>
 #include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -236,6 +238,29 @@ TEST(Kernel, ReadsTheHeadersOfAProgram) {
   check(cases);
 }
 
+// A narrow program with so many segments, of which the first names a loader that is missing.
+std::string manySegments(std::uint16_t count) {
+  const std::string one = narrowElfProgram(EM_386, "/no/such/loader\0"s);
+  Elf32_Ehdr header = {};
+  Elf32_Phdr segment = {};
+  std::memcpy(&header, one.data(), sizeof header);
+  std::memcpy(&segment, one.data() + sizeof header, sizeof segment);
+  header.e_phnum = count;
+  segment.p_offset = static_cast<Elf32_Off>(sizeof header + count * sizeof segment);
+  std::string result(reinterpret_cast<const char*>(&header), sizeof header);
+  result.append(reinterpret_cast<const char*>(&segment), sizeof segment);
+  result.append((count - 1U) * sizeof segment, '\0');
+  return result + "/no/such/loader\0"s + "\nexit 201\n";
+}
+
+TEST(Kernel, ReadsAtMost65536BytesOfSegments) {
+  const kernelCase cases[] = {
+      {manySegments(2048), "second/tool||0", 202},
+      {manySegments(2049), "first/tool|/bin/sh|0", 201},
+  };
+  check(cases);
+}
+
 TEST(Kernel, LooksNoFurtherThanTheHeadersOfAProgram) {
   const Folder folder;
   std::filesystem::copy_file("/bin/true", "first/tool");
@@ -367,6 +392,40 @@ TEST(Kernel, CountsWhatAScriptAddsToItsArguments) {
     EXPECT_EQ(end.output, more == 0 ? "0 " : "7 ");
     EXPECT_EQ(end.ending, more == 0 ? "exit 0" : "exit 7");
   }
+}
+
+// It gets the name of the file, too: there are arguments that the file has room for and the
+// shell has not.
+TEST(Kernel, CountsWhatTheShellAddsToItsArguments) {
+  if (!isWideKernel()) {
+    GTEST_SKIP() << "the kernel's pointers are not those of the test";
+  }
+  const Folder folder;
+  writeFile("script", "exit 0\n", 0755);
+  int withoutTheShell = 0;
+  for (std::size_t less = 0; less <= 64; less += 4) {
+    SCOPED_TRACE(less);
+    Strings arguments = argumentsOf(1024 * 1024 - less);
+    arguments.insert(arguments.begin(), "");
+    const auto end = runChild([&] {
+      clearenv();
+      setenv("A", "bc", 1);
+      rlimit limit = {};
+      getrlimit(RLIMIT_STACK, &limit);
+      limit.rlim_cur = 4 * 1024 * 1024;
+      setrlimit(RLIMIT_STACK, &limit);
+      const std::vector<char*> vector = execution::pointers(arguments);
+      std::printf("%d %d", executionError("./script", arguments),
+                  findProgram("./script", "/bin", arguments).error);
+      std::fflush(stdout);
+      execvp("./script", vector.data());
+      return errno;
+    });
+    const std::string error = end.output.substr(end.output.find(' ') + 1);
+    EXPECT_EQ("exit " + error, end.ending);
+    withoutTheShell += end.output == "8 7" ? 1 : 0;
+  }
+  EXPECT_GT(withoutTheShell, 0);
 }
 
 // --- Folders of PATH that are too long --------------------------------------------
