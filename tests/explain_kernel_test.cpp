@@ -26,6 +26,7 @@
 #include "elf_program.h"
 #include "execution.h"
 #include "find_program.h"
+#include "soft_limit.h"
 #include "texts.h"
 #include "working_folder.h"
 
@@ -280,20 +281,22 @@ bool isWideKernel() {
   return uname(&system) == 0 && std::string(system.machine).find("64") != std::string::npos;
 }
 
+// One variable, and a stack of so many bytes; 0 leaves the stack as it is.
+void leaveRoom(rlim_t stack) {
+  clearenv();
+  setenv("A", "bc", 1);
+  if (stack != 0) {
+    setSoftLimit(RLIMIT_STACK, stack);
+  }
+}
+
 // Expects 0 if the vector executes, otherwise the error number, and the report of it.
 void checkRoom(const Strings& arguments, int error, rlim_t stack = 0) {
   SCOPED_TRACE(testing::Message() << arguments.size() << " arguments, the last of "
                                   << arguments.back().size() << " bytes, stack " << stack);
   const auto limited = [&](auto body) {
     return runChild([&] {
-      clearenv();
-      setenv("A", "bc", 1);
-      if (stack != 0) {
-        rlimit limit = {};
-        getrlimit(RLIMIT_STACK, &limit);
-        limit.rlim_cur = stack;
-        setrlimit(RLIMIT_STACK, &limit);
-      }
+      leaveRoom(stack);
       std::exit(body());
       return 0;
     });
@@ -301,11 +304,7 @@ void checkRoom(const Strings& arguments, int error, rlim_t stack = 0) {
   EXPECT_EQ(limited([&] { return executionError("/bin/true", arguments); }).ending,
             "exit " + std::to_string(error));
   const auto end = limited([&] {
-    std::vector<char*> vector;
-    for (const std::string& argument : arguments) {
-      vector.push_back(const_cast<char*>(argument.c_str()));
-    }
-    vector.push_back(nullptr);
+    const std::vector<char*> vector = execution::pointers(arguments);
     execv("/bin/true", vector.data());
     return errno;
   });
@@ -373,17 +372,8 @@ TEST(Kernel, CountsWhatAScriptAddsToItsArguments) {
       return result;
     }();
     const auto end = runChild([&] {
-      clearenv();
-      setenv("A", "bc", 1);
-      rlimit limit = {};
-      getrlimit(RLIMIT_STACK, &limit);
-      limit.rlim_cur = 4 * 1024 * 1024;
-      setrlimit(RLIMIT_STACK, &limit);
-      std::vector<char*> vector;
-      for (const std::string& argument : arguments) {
-        vector.push_back(const_cast<char*>(argument.c_str()));
-      }
-      vector.push_back(nullptr);
+      leaveRoom(4 * 1024 * 1024);
+      const std::vector<char*> vector = execution::pointers(arguments);
       std::printf("%d ", executionError("./script", arguments));
       std::fflush(stdout);
       execv("./script", vector.data());
@@ -408,12 +398,7 @@ TEST(Kernel, CountsWhatTheShellAddsToItsArguments) {
     Strings arguments = argumentsOf(1024 * 1024 - less);
     arguments.insert(arguments.begin(), "");
     const auto end = runChild([&] {
-      clearenv();
-      setenv("A", "bc", 1);
-      rlimit limit = {};
-      getrlimit(RLIMIT_STACK, &limit);
-      limit.rlim_cur = 4 * 1024 * 1024;
-      setrlimit(RLIMIT_STACK, &limit);
+      leaveRoom(4 * 1024 * 1024);
       const std::vector<char*> vector = execution::pointers(arguments);
       std::printf("%d %d", executionError("./script", arguments),
                   findProgram("./script", "/bin", arguments).error);
