@@ -354,6 +354,23 @@ TEST(Kernel, HasAQuarterOfTheStackForStringsAndPointers) {
   checkRoom(argumentsOf(6 * MiB), 0, RLIM_INFINITY);
 }
 
+// One pointer of the stack is not for strings: of "/bin/true", "A=bc", "t" and this.
+TEST(Kernel, HasNoMoreRoomThanTheStack) {
+  constexpr std::size_t others = sizeof "/bin/true" + sizeof "A=bc" + sizeof "t" + 1;
+  constexpr std::size_t stack = 31 * 4096;
+  if (!isWideKernel() || sysconf(_SC_PAGESIZE) != 4096) {
+    GTEST_SKIP() << "the kernel's pointers or pages are not those of the test";
+  }
+  checkRoom({"t", std::string(stack - pointer - others + 1, 'x')}, E2BIG, stack);
+  EXPECT_EQ(0,
+            runChild([] {
+              leaveRoom(stack);
+              return executionError("/bin/true", {"t", std::string(stack - pointer - others, 'x')});
+            }).ending == "exit 0"
+                ? 0
+                : 1);
+}
+
 TEST(Kernel, CountsWhatAScriptAddsToItsArguments) {
   if (!isWideKernel()) {
     GTEST_SKIP() << "the kernel's pointers are not those of the test";
