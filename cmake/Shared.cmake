@@ -18,6 +18,7 @@ if(HOPLAUNCH_SHARED)
   target_compile_features(hoplaunch_support_shared PUBLIC cxx_std_20)
   target_link_libraries(hoplaunch_support_shared PUBLIC $<BUILD_INTERFACE:hoplaunch_headers>
     PRIVATE $<BUILD_INTERFACE:hoplaunch_options>)
+  target_precompile_headers(hoplaunch_support_shared PRIVATE ${hoplaunch_common_headers})
   target_link_options(hoplaunch_support_shared PRIVATE
     "LINKER:--version-script=${exports}" LINKER:--no-undefined)
   add_library(hoplaunch::hoplaunch ALIAS hoplaunch_support_shared)
