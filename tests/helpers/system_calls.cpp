@@ -49,6 +49,9 @@ int __real_semctl(int set, int number, int command, ...);
 int __wrap_semctl(int set, int number, int command, ...);
 void __wrap_syslog(int priority, const char* format, ...);
 void __wrap___syslog_chk(int priority, int flag, const char* format, ...);
+void __real_vsyslog(int priority, const char* format, std::va_list arguments);
+void __wrap_vsyslog(int priority, const char* format, std::va_list arguments);
+void __wrap___vsyslog_chk(int priority, int flag, const char* format, std::va_list arguments);
 }
 
 #define WRAP(result, name, parameters, arguments)                                  \
@@ -156,9 +159,10 @@ void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
   return systemCalls::newArray(size);
 }
 
-constinit systemCall<void(int, const char*, std::va_list)> systemCalls::syslog("syslog", vsyslog);
+constinit systemCall<void(int, const char*, std::va_list)> systemCalls::syslog("syslog",
+                                                                               __real_vsyslog);
 
-// The C library has it under two names.
+// The C library has it under four names.  Compiler and version choose which is called.
 void __wrap_syslog(int priority, const char* format, ...) {
   std::va_list arguments;
   va_start(arguments, format);
@@ -171,6 +175,14 @@ void __wrap___syslog_chk(int priority, int, const char* format, ...) {
   va_start(arguments, format);
   systemCalls::syslog(priority, format, arguments);
   va_end(arguments);
+}
+
+void __wrap_vsyslog(int priority, const char* format, std::va_list arguments) {
+  systemCalls::syslog(priority, format, arguments);
+}
+
+void __wrap___vsyslog_chk(int priority, int, const char* format, std::va_list arguments) {
+  systemCalls::syslog(priority, format, arguments);
 }
 
 void replaceableCall::remember() {
