@@ -72,15 +72,36 @@ build_packages=(g++ cmake ninja-build libcli11-dev libtomlplusplus-dev nlohmann-
 
 # --- Building ------------------------------------------------------------------
 
-# quietly LOG COMMAND...: what the command prints goes to the file, and is shown if it fails.
+# quietly LOG COMMAND...: what the command prints goes to the file.  Its steps are shown while
+# it runs, and the last lines if it fails.
 quietly() {
-  local log=$1
+  local log=$1 status=0
   shift
   mkdir -p "$(dirname "$log")"
-  if ! "$@" >"$log" 2>&1; then
-    cat "$log" >&2
+  "$@" 2>&1 | tee "$log" | show_steps >&2 || status=${PIPESTATUS[0]}
+  if ((status != 0)); then
+    printf '\n' >&2
+    tail -n 40 "$log" >&2
+    printf '\nThis failed.  All that was printed is in %s\n' "$(realpath "$log")" >&2
     return 1
   fi
+}
+
+# show_steps: of what a build prints, on a terminal each line in the place of the one before,
+# otherwise the steps, such as "[3/120] Building ...", one a line.
+show_steps() {
+  local line wide
+  if [[ ! -t 2 || ${TERM:-dumb} == dumb ]]; then
+    grep --line-buffered '^\[[0-9]*/[0-9]*\] ' || true
+    return
+  fi
+  read -r _ wide < <(stty size <&2 2>/dev/null) || true
+  ((${wide:=80} > 1)) || wide=80
+  while IFS= read -r line; do
+    line=${line//[[:cntrl:]]/ }
+    printf '\r\e[K%s' "${line:0:wide - 1}"
+  done
+  printf '\r\e[K'
 }
 
 # build PRESET [TARGET...]: configures and builds these targets, or all, in build/PRESET.

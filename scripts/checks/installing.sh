@@ -1,8 +1,8 @@
-# What scripts/lib.sh says where it cannot install packages.
+# What scripts/lib.sh says where it cannot install packages, and what it shows while it builds.
 # shellcheck shell=bash source=scripts/lib.sh
 set -uo pipefail
 source scripts/lib.sh
-need util-linux
+need bsdutils util-linux
 lib=$PWD/scripts/lib.sh
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
@@ -76,4 +76,33 @@ check 'a package that nobody has' wants root none 0 100 1 \
 check 'a user whom sudo refuses' wants user refused 0 0 1 "  $command one two" one two
 check 'a user without sudo' wants user none 0 0 1 "  $command one" one
 
+# --- Building ----------------------------------------------------------------------
+
+# builds STATUS TEXT COMMAND: what quietly shows of the shell's command.
+log=$scratch/some\ folder/build.log
+builds() {
+  local said status=0
+  said=$(quietly "$log" bash -c "$3" 2>&1 >/dev/null) || status=$?
+  printf 'It ended with status %s, and said:\n%s\n' "$status" "$said"
+  ((status == $1)) && [[ $said == "$2" ]]
+}
+steps="printf -- '-- Configuring\n[1/2] Building a.o\nc.cpp: warning\n[2/2] Linking\n'"
+check 'the steps are shown, one a line' builds 0 $'[1/2] Building a.o\n[2/2] Linking' "$steps"
+check 'all is in the log' diff <(bash -c "$steps") "$log"
+check 'a failure has the last lines and the log' builds 1 \
+  $'[1/2] Building a.o\n\n[1/2] Building a.o\nc.cpp: error\n\nThis failed.  All that was printed is in '"$log" \
+  "printf '[1/2] Building a.o\nc.cpp: error\n'; exit 7"
+check 'of many lines only forty' \
+  builds 1 $'\n'"$(seq 61 100)"$'\n\nThis failed.  All that was printed is in '"$log" 'seq 100; false'
+
+# On a terminal each line takes the place of the one before.
+on_terminal() {
+  local said erase=$'\r\e[K'
+  # shellcheck disable=SC2016  # the other shell's
+  said=$(TERM=xterm script -qec "bash -c 'stty cols 12; source \"$lib\"; quietly \"$log\" seq 9 3 15'" \
+    /dev/null </dev/null)
+  printf '%q\n' "$said"
+  [[ $said == "${erase}9${erase}12${erase}15${erase}" ]]
+}
+check 'a terminal shows one line at a time' on_terminal
 closing_line
