@@ -1,7 +1,6 @@
 // The handler that passes reports to the system log.
 
 #include <gtest/gtest.h>
-#include <syslog.h>
 
 #include <climits>
 #include <cstdarg>
@@ -12,12 +11,6 @@
 #include "reports.h"
 #include "system_calls.h"
 #include "trace.h"
-
-// The names that the C library's header calls where it checks formats.
-extern "C" {
-void __syslog_chk(int priority, int flag, const char* format, ...);
-void __vsyslog_chk(int priority, int flag, const char* format, std::va_list arguments);
-}
 
 namespace syslog_test {
 
@@ -135,34 +128,6 @@ TEST(systemLogHandler, IsNotReachedByWhatTheStoringHandlerClaims) {
   systemLogHandler handler(100, AUD_ALL);
   commonEvent(FATAL, AUD_ALL, EC_COMMENT, "x", "y");
   EXPECT_TRUE(records.empty());
-}
-
-void logAsList(int priority, const char* format, ...) {
-  std::va_list arguments;
-  va_start(arguments, format);
-  vsyslog(priority, format, arguments);
-  va_end(arguments);
-}
-
-void logAsCheckedList(int priority, const char* format, ...) {
-  std::va_list arguments;
-  va_start(arguments, format);
-  __vsyslog_chk(priority, 1, format, arguments);
-  va_end(arguments);
-}
-
-// Which of its names is called depends on the compiler and the C library.
-TEST(systemLog, IsReplacedUnderEachOfItsNames) {
-  syslog(1, "%s", "plain");
-  __syslog_chk(2, 1, "%d", 2);
-  logAsList(3, "%c", 'l');
-  logAsCheckedList(4, "%x", 4U);
-  ASSERT_EQ(records.size(), 4u);
-  EXPECT_EQ(records[0].format, "%s");
-  EXPECT_EQ(records[1].format, "%d");
-  EXPECT_EQ(records[2].format, "%c");
-  EXPECT_EQ(records[3].format, "%x");
-  EXPECT_EQ(records[3].priority, 4);
 }
 
 }  // namespace
