@@ -1,13 +1,10 @@
-// The program's locale changes nothing.  The locales that the tests need are made in a
-// folder of their own, so they need not be installed.
+// The program's locale changes nothing.
 
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <clocale>
-#include <cstdlib>
-#include <filesystem>
 #include <iomanip>
 #include <locale>
 #include <sstream>
@@ -18,6 +15,7 @@
 #include "conversion.h"
 #include "datetime.h"
 #include "events.h"
+#include "locales.h"
 #include "processes.h"
 #include "regexpr.h"
 #include "reports.h"
@@ -27,22 +25,6 @@
 namespace edges_locale_test {
 
 namespace {
-
-// Makes a locale and chooses it; false when the system cannot make it.
-bool chooseLocale(const std::string& source, const std::string& charmap) {
-  std::string folder = std::filesystem::temp_directory_path() / "edges-locale-XXXXXX";
-  if (mkdtemp(folder.data()) == nullptr) {
-    return false;
-  }
-  const std::string name = source + "." + charmap;
-  const std::string command = "localedef --no-archive -i " + source + " -f " + charmap + " '" +
-                              folder + "/" + name + "' >/dev/null 2>&1";
-  const int made = std::system(command.c_str());
-  setenv("LOCPATH", folder.c_str(), 1);
-  const bool chosen = made != -1 && std::setlocale(LC_ALL, name.c_str()) != nullptr;
-  std::filesystem::remove_all(folder);
-  return chosen;
-}
 
 // Groups every digit, and has "!" for the decimal point.
 class oddNumbers : public std::numpunct<char> {
@@ -95,25 +77,25 @@ void expectTheUsualCases() {
 }  // namespace
 
 TEST(Locale, OfTurkeyInUtf8ChangesNoUri) {
-  ASSERT_TRUE(chooseLocale("tr_TR", "UTF-8")) << "install the package locales";
+  ASSERT_TRUE(chooseLocale("tr_TR.UTF-8")) << "install the package locales";
   expectTheUsualURIs();
   expectTheUsualCases();
 }
 
 TEST(Locale, OfTurkeyInLatin5ChangesNoUri) {
-  ASSERT_TRUE(chooseLocale("tr_TR", "ISO-8859-9")) << "install the package locales";
+  ASSERT_TRUE(chooseLocale("tr_TR.ISO-8859-9")) << "install the package locales";
   expectTheUsualURIs();
   expectTheUsualCases();
 }
 
 TEST(Locale, OfFranceInLatin1ChangesNoUri) {
-  ASSERT_TRUE(chooseLocale("fr_FR", "ISO-8859-1")) << "install the package locales";
+  ASSERT_TRUE(chooseLocale("fr_FR.ISO-8859-1")) << "install the package locales";
   expectTheUsualURIs();
   expectTheUsualCases();
 }
 
 TEST(Locale, OfFranceInUtf8ChangesNoUri) {
-  ASSERT_TRUE(chooseLocale("fr_FR", "UTF-8")) << "install the package locales";
+  ASSERT_TRUE(chooseLocale("fr_FR.UTF-8")) << "install the package locales";
   expectTheUsualURIs();
 }
 
@@ -123,13 +105,13 @@ TEST(Locale, OfCIsTheMeasure) {
 }
 
 TEST(Locale, ChosenForAnotherThreadOnlyChangesNoUri) {
-  ASSERT_TRUE(chooseLocale("tr_TR", "ISO-8859-9")) << "install the package locales";
+  ASSERT_TRUE(chooseLocale("tr_TR.ISO-8859-9")) << "install the package locales";
   std::setlocale(LC_ALL, "C");
   expectTheUsualURIs();
 }
 
 TEST(Locale, StaysAsItWasWhenAUriIsRead) {
-  ASSERT_TRUE(chooseLocale("fr_FR", "ISO-8859-1")) << "install the package locales";
+  ASSERT_TRUE(chooseLocale("fr_FR.ISO-8859-1")) << "install the package locales";
   const std::string before = std::setlocale(LC_ALL, nullptr);
   URI("vnc://h/?a=b").okay();
   lower("ABC");
@@ -137,7 +119,7 @@ TEST(Locale, StaysAsItWasWhenAUriIsRead) {
 }
 
 TEST(Locale, OfTheProgramChangesNoCaseWithoutRegardToC) {
-  ASSERT_TRUE(chooseLocale("tr_TR", "ISO-8859-9")) << "install the package locales";
+  ASSERT_TRUE(chooseLocale("tr_TR.ISO-8859-9")) << "install the package locales";
   URI link("vnc://h/?TITLE=1");
   EXPECT_EQ(link.parameters["title"], "1");
 }

@@ -22,6 +22,7 @@ namespace hopexplain_test {
 namespace {
 
 using launcher::Case;
+using launcher::CasePlace;
 using launcher::explain;
 using launcher::explainJSON;
 using launcher::labelled;
@@ -30,10 +31,10 @@ using launcher::readByBash;
 using launcher::Strings;
 using launcher::Workshop;
 
-class Explained : public testing::TestWithParam<Case> {};
+class Explained : public testing::TestWithParam<CasePlace> {};
 
 TEST_P(Explained, TellsWhatTheLauncherDoes) {
-  const Case& expected = GetParam();
+  const Case expected = readCase(GetParam());
   ASSERT_EQ("", expected.broken);
   SCOPED_TRACE("hopexplain " + testing::PrintToString(expected.run));
   Workshop shop;
@@ -67,8 +68,8 @@ TEST_P(Explained, TellsWhatTheLauncherDoes) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Cases, Explained, testing::ValuesIn(launcher::readCases()),
-                         [](const auto& one) { return one.param.name; });
+INSTANTIATE_TEST_SUITE_P(Cases, Explained, testing::ValuesIn(launcher::allCases()),
+                         [](const auto& one) { return one.param.found->name; });
 
 TEST(Hopexplain, PrintsTheUsageWithStatusOneWithoutAURI) {
   Workshop shop;

@@ -7,7 +7,9 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
+#include <iterator>
 #include <map>
+#include <ostream>
 #include <set>
 #include <string>
 #include <string_view>
@@ -26,10 +28,20 @@ using door::Json;
 using launcher::Outcome;
 using launcher::Strings;
 using launcher::Workshop;
+using links::Block;
 using links::Row;
 
+const std::vector<Block>& blocks() {
+  static const std::vector<Block> result = links::readBlocks(SOURCES "/tests/links.txt");
+  return result;
+}
+
 const std::vector<Row>& rows() {
-  static const std::vector<Row> result = links::readRows(SOURCES "/tests/links.txt");
+  static const std::vector<Row> result = [] {
+    std::vector<Row> all;
+    std::transform(blocks().begin(), blocks().end(), std::back_inserter(all), links::readRow);
+    return all;
+  }();
   return result;
 }
 
@@ -224,10 +236,27 @@ void compare(const Row& row, const Json& printed) {
   }
 }
 
-class Links : public testing::TestWithParam<Row> {};
+// The parameter of a test.  A process makes those of all tests, so it has no text of its own.
+struct Place {
+  const Block* block;
+};
+
+std::ostream& operator<<(std::ostream& out, const Place& place) {
+  return out << place.block->number;
+}
+
+std::vector<Place> places() {
+  std::vector<Place> result;
+  for (const Block& block : blocks()) {
+    result.push_back({&block});
+  }
+  return result;
+}
+
+class Links : public testing::TestWithParam<Place> {};
 
 TEST_P(Links, Row) {
-  const Row& row = GetParam();
+  const Row row = links::readRow(*GetParam().block);
   ASSERT_EQ("", row.broken) << "line " << row.line;
   Workshop shop;
   const Outcome outcome = dryRun(row, shop);
@@ -246,8 +275,8 @@ TEST_P(Links, Row) {
   ASSERT_NO_THROW(compare(row, Json::parse(outcome.out)));
 }
 
-INSTANTIATE_TEST_SUITE_P(, Links, testing::ValuesIn(rows()),
-                         [](const auto& test) { return test.param.number; });
+INSTANTIATE_TEST_SUITE_P(, Links, testing::ValuesIn(places()),
+                         [](const auto& test) { return test.param.block->number; });
 
 TEST(LinksTable, HasARowForEveryCode) {
   std::set<std::string> codes;

@@ -14,9 +14,14 @@
 
 namespace launcher {
 
-/// One case of launcher_cases.txt.  The head of that file says the form.
-struct Case {
+/// The lines of one case of launcher_cases.txt.  The head of that file says the form.
+struct CaseLines {
   std::string name;
+  Strings lines;
+};
+
+/// What the lines of a case mean.
+struct Case {
   Strings run;
   std::string command = "tools/hoplaunch";
   std::string program;
@@ -28,8 +33,13 @@ struct Case {
   std::string broken;  // what is wrong with the case itself
 };
 
-inline std::ostream& operator<<(std::ostream& out, const Case& value) {
-  return out << value.name;
+/// The parameter of a test.  A process makes those of all tests, so it has no text of its own.
+struct CasePlace {
+  const CaseLines* found;
+};
+
+inline std::ostream& operator<<(std::ostream& out, const CasePlace& place) {
+  return out << place.found->name;
 }
 
 inline int hexValue(char digit) {
@@ -110,30 +120,41 @@ inline void readLine(Case& value, const std::string& key, const std::string& res
   }
 }
 
-/// All cases of the file.
-inline std::vector<Case> readCases() {
-  std::vector<Case> result;
+inline std::vector<CaseLines> readCases() {
+  std::vector<CaseLines> result;
   std::ifstream in(TEST_DATA "/launcher_cases.txt");
   for (std::string line; std::getline(in, line);) {
-    if (line.empty() || line.starts_with("#")) {
-      continue;
-    }
-    const std::size_t colon = line.find(':');
-    const std::string key = line.substr(0, colon);
-    const std::string rest = colon + 2 < line.size() ? line.substr(colon + 2) : std::string();
-    if (key == "case") {
-      result.emplace_back();
-      result.back().name = rest;
-      continue;
-    }
-    try {
-      readLine(result.at(result.size() - 1), key, rest);
-    } catch (const std::exception& error) {
+    if (line.starts_with("case: ")) {
+      result.push_back({.name = line.substr(6), .lines = {}});
+    } else if (!line.empty() && !line.starts_with("#")) {
       if (result.empty()) {
-        result.emplace_back();
-        result.back().name = "Broken";
+        result.push_back({.name = "Broken", .lines = {}});
       }
-      result.back().broken = line + ": " + error.what();
+      result.back().lines.push_back(line);
+    }
+  }
+  return result;
+}
+
+/// All cases of the file.
+inline std::vector<CasePlace> allCases() {
+  static const std::vector<CaseLines> cases = readCases();
+  std::vector<CasePlace> result;
+  for (const CaseLines& one : cases) {
+    result.push_back({&one});
+  }
+  return result;
+}
+
+inline Case readCase(const CasePlace& place) {
+  Case result;
+  for (const std::string& line : place.found->lines) {
+    const std::size_t colon = line.find(':');
+    try {
+      readLine(result, line.substr(0, colon),
+               colon + 2 < line.size() ? line.substr(colon + 2) : std::string());
+    } catch (const std::exception& error) {
+      result.broken = line + ": " + error.what();
     }
   }
   return result;

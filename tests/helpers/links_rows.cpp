@@ -64,10 +64,6 @@ void readLine(Row& row, Strings line) {
 
 }  // namespace
 
-std::ostream& operator<<(std::ostream& out, const Row& row) {
-  return out << row.number;
-}
-
 std::string unescaped(std::string_view text) {
   std::string result;
   while (!text.empty()) {
@@ -112,8 +108,8 @@ Strings words(std::string_view line) {
   return result;
 }
 
-std::vector<Row> readRows(const std::string& file) {
-  std::vector<Row> result;
+std::vector<Block> readBlocks(const std::string& file) {
+  std::vector<Block> result;
   std::string section;
   std::ifstream in(file);
   int count = 0;
@@ -127,19 +123,27 @@ std::vector<Row> readRows(const std::string& file) {
     }
     if (line[0] != ' ' || result.empty()) {
       const std::string index = std::to_string(result.size() + 1);
-      result.emplace_back();
-      result.back().number = std::string(3 - std::min<std::size_t>(3, index.size()), '0') + index;
-      result.back().section = section;
-      result.back().line = count;
+      const std::string zeros(3 - std::min<std::size_t>(3, index.size()), '0');
+      result.push_back({.number = zeros + index, .section = section, .line = count, .lines = {}});
     }
+    result.back().lines.push_back(line);
+  }
+  return result;
+}
+
+Row readRow(const Block& block) {
+  Row result;
+  result.section = block.section;
+  result.line = block.line;
+  for (const std::string& line : block.lines) {
     try {
       if (line[0] == ' ') {
-        readLine(result.back(), words(line));
+        readLine(result, words(line));
       } else {
-        result.back().link = unescaped(line);
+        result.link = unescaped(line);
       }
     } catch (const std::exception& error) {
-      result.back().broken = line + ": " + error.what();
+      result.broken = line + ": " + error.what();
     }
   }
   return result;

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <map>
-#include <ostream>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -14,11 +13,18 @@ namespace links {
 
 using launcher::Strings;
 
-/// One link of links.txt.  The head of that file says the form.
-struct Row {
-  std::string number;   // "017"
+/// The lines of one link of links.txt.  The head of that file says the form.
+struct Block {
+  std::string number;   // "017", which names its test
   std::string section;  // the heading above it
   int line = 0;         // its first line in the file
+  Strings lines;
+};
+
+/// What the lines of a block mean.
+struct Row {
+  std::string section;
+  int line = 0;
   std::string link;
   Strings options;
   std::map<std::string, std::string> with;
@@ -26,17 +32,16 @@ struct Row {
   std::string broken;                                     // what is wrong with the row itself
 };
 
-/// The number of the row, which names its test.
-std::ostream& operator<<(std::ostream& out, const Row& row);
-
 /// The text with "\xHH" and "\{TEXT*N}" replaced by their meanings.
 std::string unescaped(std::string_view text);
 
 /// The words of a line, with quotes and escapes resolved.
 Strings words(std::string_view line);
 
-/// All rows of the file.  A line that makes no sense breaks its row, or is a broken row of
-/// its own.
-std::vector<Row> readRows(const std::string& file);
+/// All blocks of the file.
+std::vector<Block> readBlocks(const std::string& file);
+
+/// The row of a block.  A line that makes no sense breaks it.
+Row readRow(const Block& block);
 
 }  // namespace links
