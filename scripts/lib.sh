@@ -87,7 +87,7 @@ quietly() {
   fi
 }
 
-# show_steps: of what a build prints, on a terminal each line in the place of the one before,
+# show_steps: of what a build prints, on a terminal each line instead of the one before,
 # otherwise the steps, such as "[3/120] Building ...", one a line.
 show_steps() {
   local line wide
