@@ -56,7 +56,7 @@ This package has the shared library.")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libhoplaunch-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "libhoplaunch1 (= ${PROJECT_VERSION})")
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS "cmake, pkg-config")
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS "cmake, pkgconf")
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION
 "support library of hoplaunch (development files)
 A C++ library with a versioned configuration database, event reports with

@@ -24,7 +24,7 @@ class PRNG {
   int die(int n);
 
  private:
-  int state = 0;  // kept for generators that have a state of their own
+  [[maybe_unused]] int state = 0;  // kept for generators that have a state of their own
 };
 
 #pragma GCC visibility pop

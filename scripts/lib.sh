@@ -5,32 +5,59 @@
 # --- Installing ----------------------------------------------------------------
 
 # need PACKAGE...: ensures that the packages are installed.  Installs them as root or
-# through sudo; otherwise prints the command to type and ends the script.
+# through sudo.  Where that is not possible, says what to do and ends the script.
 need() {
-  local missing=() package
-  for package in "$@"; do
-    if [[ "$(dpkg-query -W -f='${Status}' "$package" 2>/dev/null)" != *' installed' ]]; then
-      missing+=("$package")
-    fi
-  done
+  local missing as_root=() status=0
+  mapfile -t missing < <(not_installed "$@")
   if ((${#missing[@]} == 0)); then
     return
   fi
-  local as_root=()
   if ((EUID != 0)); then
-    if ! sudo -n true 2>/dev/null && ! { [[ -t 0 ]] && command -v sudo >/dev/null; }; then
-      printf 'Missing packages.  As root, type:\n\n  apt-get update && apt-get install -y %s\n\n' \
-        "${missing[*]}" >&2
-      exit 1
-    fi
     as_root=(sudo)
+    [[ -t 0 ]] || as_root+=(--non-interactive)
+    command -v sudo >/dev/null || say_command "${missing[@]}"
   fi
   printf 'Installing: %s\n' "${missing[*]}" >&2
-  {
-    "${as_root[@]}" apt-get update -qq &&
-      "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
-        apt-get install -y -qq --no-install-recommends "${missing[@]}"
-  } >&2
+  # Without the mode, a package source that fails is only warned of.
+  "${as_root[@]}" apt-get update -qq -o APT::Update::Error-Mode=any >&2 || status=$?
+  ((status == 0)) || say_failure "$status" 'apt-get update' "${missing[@]}"
+  "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
+    apt-get install -y -qq --no-install-recommends "${missing[@]}" >&2 || status=$?
+  ((status == 0)) || say_failure "$status" 'apt-get install' "${missing[@]}"
+}
+
+# not_installed PACKAGE...: those that are not.
+not_installed() {
+  local package
+  for package in "$@"; do
+    if [[ $(dpkg-query -W -f='${Status}' "$package" 2>/dev/null) != *' installed' ]]; then
+      printf '%s\n' "$package"
+    fi
+  done
+}
+
+# say_command PACKAGE...: ends the script for a user who may not install packages.
+say_command() {
+  printf 'Missing packages.  As root, type:\n\n  %s && %s %s\n\n' 'apt-get update' \
+    'apt-get install -y --no-install-recommends' "$*" >&2
+  exit 1
+}
+
+# say_failure STATUS WHAT PACKAGE...: ends the script after that command failed.
+say_failure() {
+  local package why
+  (($1 != 1 || EUID == 0)) || say_command "${@:3}" # of sudo: apt-get has others
+  printf '\n' >&2
+  for package in $(not_installed "${@:3}"); do
+    why=
+    if [[ $2 == *install && $(LC_ALL=C apt-cache policy "$package" 2>/dev/null) != *'Candidate: '[^\(]* ]]; then
+      why=': no package source has it'
+    fi
+    printf 'The package %s was not installed%s.\n' "$package" "$why" >&2
+  done
+  printf '%s\n' "\"$2\" failed with status $1; the lines above say why.  Repair the package" \
+    'sources, or install the packages in another way, and start again.' >&2
+  exit 1
 }
 
 # need_root WHY: ends the script with what it needs root for, unless it has it.
@@ -45,15 +72,36 @@ build_packages=(g++ cmake ninja-build libcli11-dev libtomlplusplus-dev nlohmann-
 
 # --- Building ------------------------------------------------------------------
 
-# quietly LOG COMMAND...: what the command prints goes to the file, and is shown if it fails.
+# quietly LOG COMMAND...: what the command prints goes to the file.  Its steps are shown while
+# it runs, and the last lines if it fails.
 quietly() {
-  local log=$1
+  local log=$1 status=0
   shift
   mkdir -p "$(dirname "$log")"
-  if ! "$@" >"$log" 2>&1; then
-    cat "$log" >&2
+  "$@" 2>&1 | tee "$log" | show_steps >&2 || status=${PIPESTATUS[0]}
+  if ((status != 0)); then
+    printf '\n' >&2
+    tail -n 40 "$log" >&2
+    printf '\nThis failed.  All that was printed is in %s\n' "$(realpath "$log")" >&2
     return 1
   fi
+}
+
+# show_steps: of what a build prints, on a terminal each line instead of the one before,
+# otherwise the steps, such as "[3/120] Building ...", one a line.
+show_steps() {
+  local line wide
+  if [[ ! -t 2 || ${TERM:-dumb} == dumb ]]; then
+    grep --line-buffered '^\[[0-9]*/[0-9]*\] ' || true
+    return
+  fi
+  read -r _ wide < <(stty size <&2 2>/dev/null) || true
+  ((${wide:=80} > 1)) || wide=80
+  while IFS= read -r line; do
+    line=${line//[[:cntrl:]]/ }
+    printf '\r\e[K%s' "${line:0:wide - 1}"
+  done
+  printf '\r\e[K'
 }
 
 # build PRESET [TARGET...]: configures and builds these targets, or all, in build/PRESET.

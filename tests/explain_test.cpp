@@ -130,6 +130,13 @@ void check(const searchCase (&cases)[size]) {
 
 const std::string tooLong(256, 'x');
 
+// glibc 2.43 refuses such a name before it looks into a folder.
+#if __GLIBC_PREREQ(2, 43)
+constexpr int LONG_NAME_NOWHERE = ENAMETOOLONG;
+#else
+constexpr int LONG_NAME_NOWHERE = ENOENT;
+#endif
+
 TEST(FindProgram, SearchesThePathInOrderLikeExecvp) {
   const searchCase cases[] = {
       {"tool", "first:second", "first/tool", 201},
@@ -198,7 +205,7 @@ TEST(FindProgram, StopsAtAnyOtherErrorLikeExecvp) {
       {"tool", "first:loop", "first/tool", 201},
       {"tool", "plain:loop:first", "", ELOOP},
       {tooLong, "first:second", "", ENAMETOOLONG},
-      {tooLong, "nowhere", "", ENOENT},
+      {tooLong, "nowhere", "", LONG_NAME_NOWHERE},
       {std::string(255, 'x'), "first", "", ENOENT},
       {"tool", tooLong + ":first", "", ENAMETOOLONG},
   };

@@ -166,11 +166,13 @@ std::vector<symbol> symbols() {
   if (pipe == nullptr) return result;
   std::array<char, 65536> line;
   while (std::fgets(line.data(), line.size(), pipe) != nullptr) {
-    std::istringstream fields(line.data());  // FOLDER/.../LIBRARY.dir/SOURCE.o: NAME TYPE ...
-    std::string object;
+    // FOLDER/.../LIBRARY.dir/SOURCE.o: NAME TYPE ..., where the folder may have blanks
+    const std::string text = line.data();
+    const std::string object = text.substr(0, text.rfind(": "));
+    std::istringstream fields(text.substr(object.size() + 2));
     symbol found{};
-    fields >> object >> found.name >> found.type;
-    const std::size_t source = object.find(".dir/") + std::string(".dir/").size();
+    fields >> found.name >> found.type;
+    const std::size_t source = object.rfind(".dir/") + std::string(".dir/").size();
     found.unit = unitOf(fs::path(object.substr(source)).lexically_normal().replace_extension());
     result.push_back(found);
   }

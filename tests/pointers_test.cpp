@@ -24,6 +24,8 @@ struct counter {
   int value = 0;
 
   ~counter() { destroyed++; }
+  static void* operator new(std::size_t size) { return ::operator new(size); }
+  static void* operator new[](std::size_t size) { return ::operator new[](size); }
   static void operator delete(void* p) {
     singles++;
     ::operator delete(p);

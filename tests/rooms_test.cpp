@@ -89,12 +89,14 @@ graph bySymbols() {
   std::FILE* const pipe = popen("nm -A --format=posix " OBJECTS, "r");
   std::array<char, 65536> line = {};
   while (pipe != nullptr && std::fgets(line.data(), line.size(), pipe) != nullptr) {
-    std::istringstream fields(line.data());  // FOLDER/.../TARGET.dir/SOURCE.cpp.o: NAME TYPE ...
-    std::string object;
+    // FOLDER/.../TARGET.dir/SOURCE.cpp.o: NAME TYPE ..., where the folder may have blanks
+    const std::string text = line.data();
+    const std::string object = text.substr(0, text.rfind(": "));
+    std::istringstream fields(text.substr(object.size() + 2));
     std::string name;
     char type = ' ';
-    fields >> object >> name >> type;
-    const std::size_t source = object.find(".dir/") + std::string(".dir/").size();
+    fields >> name >> type;
+    const std::size_t source = object.rfind(".dir/") + std::string(".dir/").size();
     const std::string unit = unitOf(unitOf(object.substr(source)));
     if (std::string("TDBRWVu").find(type) != std::string::npos) {
       definers[name].insert(unit);

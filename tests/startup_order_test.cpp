@@ -35,7 +35,8 @@ std::string database() {
 
 std::string outputOf(const std::string& program) {
   std::string result;
-  std::FILE* const pipe = popen((STARTUP_PROGRAMS "/startup_" + program + " 2>&1").c_str(), "r");
+  std::FILE* const pipe =
+      popen(("\"" STARTUP_PROGRAMS "/startup_" + program + "\" 2>&1").c_str(), "r");
   if (pipe == nullptr) return "no pipe";
   std::array<char, 4096> piece;
   while (std::fgets(piece.data(), piece.size(), pipe) != nullptr) result += piece.data();

@@ -35,6 +35,14 @@ bool searchGoesOn(int error) {
          error == ENODEV || error == ETIMEDOUT;
 }
 
+// Whether `execvp` refuses a name that no file can have.  glibc before 2.43 looks for its
+// beginning in each folder instead, and answers what the last folder says.
+#if __GLIBC_PREREQ(2, 43)
+constexpr bool REFUSES_LONG_NAMES = true;
+#else
+constexpr bool REFUSES_LONG_NAMES = false;
+#endif
+
 // A folder of PATH whose name glibc ignores.
 bool isTooLong(const std::string& folder) {
   return folder.size() >= PATH_MAX;
@@ -49,6 +57,9 @@ foundProgram findProgram(const std::string& program, const char* searchPath,
   }
   if (program.find('/') != std::string::npos) {
     return attempt(program, arguments);
+  }
+  if (REFUSES_LONG_NAMES && program.size() > NAME_MAX) {
+    return {.path = "", .error = ENAMETOOLONG};
   }
   // An empty folder is the current one.  Where access is denied the search goes on, but
   // in the end that is what it reports; else it reports the last folder's error.

@@ -6,7 +6,7 @@
 # shellcheck shell=bash source=scripts/lib.sh
 set -uo pipefail
 source scripts/lib.sh
-need "${build_packages[@]}" pkg-config
+need "${build_packages[@]}" pkgconf
 top=$PWD
 if (($# > 0)); then
   mkdir -p "$1"

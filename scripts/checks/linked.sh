@@ -36,12 +36,12 @@ has_no_foreign() { [[ -s $1 ]] && ! has_foreign "$1"; }
 system_headers() {
   ninja -C "$build" -t deps |
     awk -v targets="^CMakeFiles/($1)\\\\.dir/" \
-      '/^[^ ]/ { wanted = $1 ~ targets } wanted && /^    \// { print $1 }' |
-    sort -u | xargs -r realpath | grep -v "^$top/" | sort -u
+      '/^[^ ]/ { wanted = $1 ~ targets } wanted && sub(/^    \//, "/")' |
+    sort -u | xargs -rd '\n' realpath | grep -vF "$top/" | sort -u
 }
 
 # The packages that they are from.
-packages_of() { system_headers "$1" | xargs -r dpkg --search | sed 's/[:,].*//' | sort -u; }
+packages_of() { system_headers "$1" | xargs -rd '\n' dpkg --search | sed 's/[:,].*//' | sort -u; }
 only_the_languages() {
   local packages
   packages=$(packages_of "$1")

@@ -7,7 +7,7 @@
 # shellcheck shell=bash source=scripts/lib.sh
 set -euo pipefail
 source scripts/lib.sh
-need "${build_packages[@]}" binutils pkg-config
+need "${build_packages[@]}" binutils pkgconf
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 

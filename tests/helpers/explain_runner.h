@@ -38,7 +38,7 @@ inline std::string labelled(const std::string& text, const std::string& label) {
 inline Strings readByBash(const Workshop& shop, const std::string& words) {
   const std::filesystem::path script = shop.work() / "bin" / "words.sh";
   writeFile(script, "printf '%s\\0' " + words + "\n");
-  std::FILE* const pipe = popen(("bash " + script.string()).c_str(), "r");
+  std::FILE* const pipe = popen(("bash '" + script.string() + "'").c_str(), "r");
   std::string found;
   char buffer[4096];
   for (std::size_t count = 1; pipe != nullptr && count > 0;) {

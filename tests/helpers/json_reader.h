@@ -2,11 +2,11 @@
 // when it meets something that it does not expect.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <stdexcept>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 /// A value.  The text is the content of a string, in bytes, or the word itself of a number,
@@ -14,13 +14,13 @@
 struct Json {
   char kind = '?';  // '{', '[', '"', or 'w' for a word
   std::string text;
-  std::vector<std::pair<std::string, Json>> members = {};
-  std::vector<Json> elements = {};
+  std::vector<std::string> names = {};  // of an object's members
+  std::vector<Json> elements = {};      // of an array, or the values of those members
 
   const Json& operator[](std::string_view key) const {
-    for (const auto& [name, value] : members) {
-      if (name == key) {
-        return value;
+    for (std::size_t i = 0; i < names.size(); i++) {
+      if (names[i] == key) {
+        return elements[i];
       }
     }
     throw std::runtime_error("no member " + std::string(key));
@@ -103,15 +103,13 @@ class JsonReader {
     expect(open);
     blanks();
     for (bool more = peek() != close; more; more = peek() == ',' && next() == ',') {
-      if (open == '[') {
-        result.elements.push_back(value());
-      } else {
+      if (open == '{') {
         blanks();
-        std::string key = string();
+        result.names.push_back(string());
         blanks();
         expect(':');
-        result.members.emplace_back(std::move(key), value());
       }
+      result.elements.push_back(value());
       blanks();
     }
     expect(close);

@@ -43,12 +43,18 @@ bool hasArgument(int semctlCommand) {
 extern "C" {
 int __real_open(const char* path, int flags, ...);
 int __wrap_open(const char* path, int flags, ...);
+int __wrap___open_2(const char* path, int flags);
+ssize_t __wrap___read_chk(int descriptor, void* data, std::size_t size, std::size_t room);
+ssize_t __wrap___readlink_chk(const char* path, char* into, std::size_t size, std::size_t room);
 int __real_fcntl(int descriptor, int command, ...);
 int __wrap_fcntl(int descriptor, int command, ...);
 int __real_semctl(int set, int number, int command, ...);
 int __wrap_semctl(int set, int number, int command, ...);
 void __wrap_syslog(int priority, const char* format, ...);
 void __wrap___syslog_chk(int priority, int flag, const char* format, ...);
+void __real_vsyslog(int priority, const char* format, std::va_list arguments);
+void __wrap_vsyslog(int priority, const char* format, std::va_list arguments);
+void __wrap___vsyslog_chk(int priority, int flag, const char* format, std::va_list arguments);
 }
 
 #define WRAP(result, name, parameters, arguments)                                  \
@@ -112,6 +118,19 @@ int __wrap_open(const char* path, int flags, ...) {
   return systemCalls::open(path, flags, mode);
 }
 
+// Where calls are checked, compiler and C library choose which have names of their own.
+int __wrap___open_2(const char* path, int flags) {
+  return systemCalls::open(path, flags, 0);
+}
+
+ssize_t __wrap___read_chk(int descriptor, void* data, std::size_t size, std::size_t) {
+  return systemCalls::read(descriptor, data, size);
+}
+
+ssize_t __wrap___readlink_chk(const char* path, char* into, std::size_t size, std::size_t) {
+  return systemCalls::readlink(path, into, size);
+}
+
 constinit systemCall<int(int, int, std::intptr_t)> systemCalls::fcntl(
     "fcntl", [](int descriptor, int command, std::intptr_t argument) {
       return __real_fcntl(descriptor, command, argument);
@@ -156,9 +175,10 @@ void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
   return systemCalls::newArray(size);
 }
 
-constinit systemCall<void(int, const char*, std::va_list)> systemCalls::syslog("syslog", vsyslog);
+constinit systemCall<void(int, const char*, std::va_list)> systemCalls::syslog("syslog",
+                                                                               __real_vsyslog);
 
-// The C library has it under two names.
+// The C library has it under four names.
 void __wrap_syslog(int priority, const char* format, ...) {
   std::va_list arguments;
   va_start(arguments, format);
@@ -171,6 +191,14 @@ void __wrap___syslog_chk(int priority, int, const char* format, ...) {
   va_start(arguments, format);
   systemCalls::syslog(priority, format, arguments);
   va_end(arguments);
+}
+
+void __wrap_vsyslog(int priority, const char* format, std::va_list arguments) {
+  systemCalls::syslog(priority, format, arguments);
+}
+
+void __wrap___vsyslog_chk(int priority, int, const char* format, std::va_list arguments) {
+  systemCalls::syslog(priority, format, arguments);
 }
 
 void replaceableCall::remember() {
