@@ -1,6 +1,7 @@
 #include "decide.h"
 
 #include "enumeration.h"
+#include "scheme.h"
 #include "shown.h"
 
 namespace hopopen {
@@ -42,6 +43,9 @@ std::vector<std::string> outlines(const definitions& known, const std::string& s
 
 verdict open(const std::optional<std::string>& viewer, const candidates& among, opening& into) {
   link& what = into.what;
+  if (const char* const never = rulesOf(what.scheme).never) {
+    return refusal{code::SCHEME, never, 0};
+  }
   if (!among.known.open(what.scheme)) {
     return refusal{code::SCHEME,
                    "No viewer is known for " + shownWord(what.scheme) +

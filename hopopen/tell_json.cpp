@@ -19,7 +19,7 @@ json parameters(const opening& told) {
   for (std::size_t i = 0; i < told.what.parameters.size(); i++) {
     const parameter& one = told.what.parameters[i];
     result.push_back({{"name", one.name},
-                      {"value", isSecret(one.name) ? json("***") : jsonText(one.value)},
+                      {"value", one.holdsPassword() ? json("***") : jsonText(one.value)},
                       {"used", told.filled ? json(told.filled->used[i]) : json()}});
   }
   return result;
@@ -69,7 +69,7 @@ std::string asJSON(const opening& told) {
       {"scheme", what.scheme.empty() ? json() : json(what.scheme)},
       {"user", optionalText(userOf(told))},
       {"host", what.machine ? json(what.machine->plain()) : json()},
-      {"port", what.port ? json(*what.port) : json()},
+      {"port", what.anyPort() ? json(*what.anyPort()) : json()},
       {"trusted", told.trusted ? json(*told.trusted) : json()},
       {"parameters", parameters(told)},
       {"dropped", filled != nullptr ? jsonTexts(filled->dropped) : json()},
