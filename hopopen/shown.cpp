@@ -78,11 +78,13 @@ std::string without(std::string_view link, std::vector<stretch> secrets) {
             [](const stretch& a, const stretch& b) { return a.begin < b.begin; });
   std::string result;
   std::size_t shown = 0;  // up to here
+  std::size_t last = std::string::npos;
   for (const stretch& secret : secrets) {
-    if (secret.begin >= shown) {
+    if (secret.begin >= shown && secret.begin != last) {
       result += link.substr(shown, secret.begin - shown);
       result += MASK;
     }
+    last = secret.begin;
     shown = std::max(shown, secret.end);
   }
   result += link.substr(shown);
