@@ -1,9 +1,12 @@
 #include "configRef.h"
 
-#include "asserts.h"
 #include "conversion.h"
+#include "events.h"
+#include "items.h"
 #include "lasting.h"
+#include "refcount.h"
 #include "system.h"
+#include "threading.h"
 
 // The C library's report of a failed `assert`, in every build type.
 extern "C" [[noreturn]] void __assert_fail(const char* assertion, const char* file,
@@ -12,19 +15,6 @@ extern "C" [[noreturn]] void __assert_fail(const char* assertion, const char* fi
 namespace {
 
 constexpr eventAudience READERS = AUD_AUDIT | AUD_DEVEL;
-
-constinit bool registrationGone = false;
-
-struct registrationDB : writeableConfigDB {
-  registrationDB() : writeableConfigDB(RT_EMPTY) {}
-  ~registrationDB() override { registrationGone = true; }
-};
-
-// The database that items register in until the first read publishes it.
-writeableConfigDB& initialisationInstance() {
-  static registrationDB instance;
-  return instance;
-}
 
 void reportMissing(const std::string& name, const char* operation) {
   commonEvent(WARNING, READERS, EC_DATA_MISSING, name + "[0]", operation);
@@ -35,19 +25,19 @@ void reportMissing(const std::string& name, const char* operation) {
 // --- configRef -------------------------------------------------------------
 
 const configItem& configRef::item() const {
-  if (ThreadData::ended() || registrationGone) {
+  if (ThreadData::ended() || internal::registrationGone) {
     static const internal::lasting<configItem> missing(std::string(), std::string(), false, false);
     return *missing;
   }
   if (!ThreadData::initialised()) {
-    return initialisationInstance().find(m_name);
+    return internal::registrationDatabase().find(m_name);
   }
   configDB& cDB = threadedConfigDB::local();
   if (cDB.null()) {
     cDB = RT_READ;
   }
   if (cDB.null()) {
-    initialisationInstance().finalise();
+    internal::registrationDatabase().finalise();
     cDB = RT_READ;
   }
   if (cDB.null()) {
@@ -59,10 +49,10 @@ const configItem& configRef::item() const {
 }
 
 writeableConfigDB* configRef::registration() const {
-  if (!registrationGone) {
-    const configDB second(initialisationInstance());
+  if (!internal::registrationGone) {
+    const configDB second(internal::registrationDatabase());
     if (second.commitable()) {
-      return &initialisationInstance();
+      return &internal::registrationDatabase();
     }
   }
   // One operation for all classes of references: log readers rely on it.

@@ -1,4 +1,4 @@
-// The process-wide tables behind the localised strings, each created on first use
+// The process-wide tables of the localised strings, each created on first use
 // and never destroyed.
 #pragma once
 
@@ -9,6 +9,8 @@
 
 #include "language.h"
 #include "stringcomp.h"
+
+namespace internal {
 
 using languageTable = std::map<std::string, language*, caseInsensitive>;
 
@@ -29,3 +31,5 @@ using vectorVersions = std::list<vectorDetails>;
 
 /// The default vectors by name, case-sensitive as the languages' own are not.
 std::map<std::string, vectorVersions>& defaultVectors();
+
+}  // namespace internal

@@ -1,12 +1,16 @@
 #include "fill.h"
 
+#include <cstddef>
+
 #include "characters.h"
 #include "credentials.h"
 #include "meaning.h"
+#include "parameters.h"
 #include "placeholder_values.h"
 #include "regexpr.h"
 #include "scheme.h"
 #include "shown.h"
+#include "template.h"
 
 namespace hopopen {
 

@@ -42,7 +42,7 @@ struct hostFault {
 /// Whether a text is percent-encoded, or was and is decoded.
 enum class coding : std::uint8_t { ENCODED, DECODED };
 
-/// Reads a host as it stands in a link: percent-encoded, or an IPv6 address in brackets
+/// Reads a host as it is in a link: percent-encoded, or an IPv6 address in brackets
 /// (RFC 3986, section 3.2.2; RFC 6874).  In a decoded text a "%" only begins a zone.
 std::optional<hostFault> readHost(const piece& text, host& into, coding how = coding::ENCODED);
 

@@ -27,8 +27,8 @@ verdict readSchemeName(std::string_view text, std::string& into) {
       "The link does not begin with a scheme, as in \"vnc://host\". Check the link.";
   std::size_t end = 0;
   while (end < text.size() &&
-         (isAlpha(text[end]) || (end > 0 && (isDigit(text[end]) || text[end] == '+' ||
-                                             text[end] == '-' || text[end] == '.')))) {
+         (isLetter(text[end]) || (end > 0 && (isDigit(text[end]) || text[end] == '+' ||
+                                              text[end] == '-' || text[end] == '.')))) {
     end++;
   }
   constexpr std::string_view mark = "://";

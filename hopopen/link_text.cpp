@@ -33,7 +33,7 @@ verdict checkBytes(std::string_view text) {
     }
     if (text[i] == '%') {
       for (std::size_t digit = i + 1; digit <= i + 2; digit++) {
-        if (digit >= text.size() || !isHex(text[digit])) {
+        if (digit >= text.size() || !isHexDigit(text[digit])) {
           return syntax(std::min(digit, text.size()),
                         "A \"%\" in the link is not followed by two hexadecimal digits. Check the "
                         "link.");

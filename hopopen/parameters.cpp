@@ -1,6 +1,8 @@
 #include "parameters.h"
 
 #include <algorithm>
+#include <optional>
+#include <string_view>
 #include <utility>
 
 #include "characters.h"
@@ -21,7 +23,7 @@ verdict readName(const piece& encoded, code why, std::string& into) {
   into = decode(encoded.text);
   for (std::size_t i = 0; i < into.size(); i++) {
     const bool allowed =
-        i == 0 ? isAlpha(into[i]) : isWord(into[i]) || into[i] == '.' || into[i] == '-';
+        i == 0 ? isLetter(into[i]) : isWord(into[i]) || into[i] == '.' || into[i] == '-';
     if (!allowed || i == LONGEST_PARAMETER) {
       return at(why, origin(encoded, i), BAD_NAME);
     }

@@ -40,7 +40,7 @@ verdict readName(const piece& encoded, std::string& into) {
   }
   for (std::size_t i = 0; i < into.size(); i++) {
     const bool allowed =
-        isAlpha(into[i]) ||
+        isLetter(into[i]) ||
         (i > 0 && (isWord(into[i]) || std::string_view(" .-+").find(into[i]) != std::string::npos));
     if (!allowed || i == LONGEST_PARAMETER) {
       return at(code::SYNTAX, origin(encoded, i), BAD_NAME);

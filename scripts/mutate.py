@@ -1,4 +1,4 @@
-"""Breaks a source file in small ways and tells which breaks no test notices.
+"""Breaks a source file in small ways and shows which breaks no test notices.
 
 Each mutant differs from the file by one token or one statement.  It is compiled
 without optimisation in a copy of the tree, and the tests that reach its line are
@@ -228,6 +228,7 @@ def build(folder, tree, flags, *more):
     copy_to(tree)
     run("cmake", "-S", tree, "-B", folder, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Debug",
         "-DCMAKE_EXPORT_COMPILE_COMMANDS=ON", "-DHOPLAUNCH_SHARED=OFF",
+        "-DHOPLAUNCH_SEPARATE_TESTS=ON",
         f"-DCMAKE_CXX_FLAGS_DEBUG={flags}", *more, stdout=subprocess.DEVNULL)
     run("ninja", "-C", folder, stdout=subprocess.DEVNULL)
 
@@ -377,7 +378,7 @@ class Compiler:
 
 
 def judge(mutant, measured, longest, compiler):
-    """What becomes of a mutant: "invalid", "killed", "equivalent" or "survived"."""
+    """The fate of a mutant: "invalid", "killed", "equivalent" or "survived"."""
     (BROKEN_TREE / mutant.name).write_text(mutant.text)
     if compiler.object and not ninja(BROKEN, compiler.object):
         return "invalid"

@@ -12,6 +12,8 @@
 
 #include "toml.h"
 
+namespace desktop_entry_test {
+
 namespace {
 
 using Entry = std::map<std::string, std::string>;
@@ -78,3 +80,5 @@ TEST(DesktopEntry, KeepsItsEarlierNamesWithoutOfferingThem) {
 }
 
 }  // namespace
+
+}  // namespace desktop_entry_test

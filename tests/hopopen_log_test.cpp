@@ -6,6 +6,8 @@
 
 #include "hopopen_runner.h"
 
+namespace hopopen_log_test {
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -277,3 +279,5 @@ TEST(Click, IsTheSameWhateverIsInTheFilesOfAList) {
 }
 
 }  // namespace
+
+}  // namespace hopopen_log_test

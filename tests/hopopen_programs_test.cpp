@@ -2,6 +2,8 @@
 
 #include "hopopen_runner.h"
 
+namespace hopopen_programs_test {
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -362,3 +364,5 @@ TEST(List, HidesControlCharactersOfNames) {
 }
 
 }  // namespace
+
+}  // namespace hopopen_programs_test

@@ -19,6 +19,8 @@
 #include "test_language.h"
 #include "threading.h"
 
+namespace language_test {
+
 namespace {
 
 static_assert(!std::is_copy_constructible_v<language>);
@@ -319,7 +321,7 @@ TEST(languageVector, CountsItsTextsApartFromItsKeywords) {
 // What reads vectors from elsewhere goes by the keywords.
 TEST(languageVector, IsKeptWithItsKeywords) {
   const languageVector fruit("Fruit", fruitKeywords, fruitTexts);
-  const vectorDetails& details = defaultVectors()["Fruit"].back();
+  const internal::vectorDetails& details = internal::defaultVectors()["Fruit"].back();
   ASSERT_EQ(details.Nkeywords, 3);
   ASSERT_EQ(details.keywords.size(), 4u);
   EXPECT_EQ(details.keywords[0], fruitKeywords[0]);
@@ -434,7 +436,7 @@ TEST(languageString, StandsInTheOrderOfTheKeywords) {
 TEST(languageString, IsKeptWithItsKeyword) {
   static languageString b("Beta", "B", "Greek"), a("alpha", "A", "Greek");
   languageString::finalise();
-  const vectorDetails& details = defaultVectors()["Greek"].back();
+  const internal::vectorDetails& details = internal::defaultVectors()["Greek"].back();
   ASSERT_EQ(details.Nkeywords, 2);
   ASSERT_EQ(details.keywords.size(), 3u);
   EXPECT_STREQ(details.keywords[0], "alpha");
@@ -528,3 +530,5 @@ TEST(languageString, IsTakenInByASecondFinalise) {
 }
 
 }  // namespace
+
+}  // namespace language_test

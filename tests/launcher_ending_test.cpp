@@ -1,18 +1,22 @@
 // What ends the launcher and what explains it, or must not: no set to be had, signals,
 // output that nobody takes.  Nothing is left behind.
 
+#include <fcntl.h>
 #include <poll.h>
 #include <sched.h>
 #include <sys/resource.h>
 
 #include <array>
 #include <cerrno>
+#include <csignal>
 #include <cstring>
 #include <thread>
 
 #include "explain_runner.h"
 #include "launcher_runner.h"
 #include "system_sets.h"
+
+namespace launcher_ending_test {
 
 namespace {
 
@@ -342,3 +346,5 @@ TEST(ExplanationOutput, ThatNobodyTakesDoesNotEndItByASignal) {
 }
 
 }  // namespace
+
+}  // namespace launcher_ending_test

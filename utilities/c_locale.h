@@ -2,7 +2,9 @@
 // locale the program has set.
 #pragma once
 
-#include <locale.h>  // NOLINT(modernize-deprecated-headers): POSIX has more in it than C++
+#include <clocale>
+
+namespace internal {
 
 /// The C locale of the C library; never freed.
 locale_t cLocale();
@@ -18,3 +20,5 @@ class inCLocale {
  private:
   locale_t m_before;
 };
+
+}  // namespace internal

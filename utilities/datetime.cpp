@@ -3,7 +3,7 @@
 #include <array>
 #include <cmath>
 #include <cstring>
-#include <ostream>
+#include <ostream>  // IWYU pragma: keep
 #include <utility>
 
 #include "ascii.h"
@@ -28,17 +28,17 @@ constexpr std::array<const char*, 7> dayNames = {"Thu", "Fri", "Sat", "Sun", "Mo
 constexpr std::array<const char*, 12> monthNames = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
                                                     "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
 
-// Reads at most `maxDigits` digits and the one separator behind them.  White space
+// Reads at most `maxDigits` digits and the one separator after them.  White space
 // is a separator only with `skipBlank`.
 int getInt(const char*& text, int maxDigits, int defaultValue, bool skipBlank) {
-  if (!isDigit(*text)) {
+  if (!internal::isDigit(*text)) {
     return defaultValue;
   }
   int result = 0;
-  for (; maxDigits > 0 && isDigit(*text); maxDigits--) {
+  for (; maxDigits > 0 && internal::isDigit(*text); maxDigits--) {
     result = 10 * result + (*text++ - '0');
   }
-  if (*text != '\0' && !isDigit(*text) && (skipBlank || !isSpace(*text))) {
+  if (*text != '\0' && !internal::isDigit(*text) && (skipBlank || !internal::isSpace(*text))) {
     text++;
   }
   return result;
@@ -47,7 +47,7 @@ int getInt(const char*& text, int maxDigits, int defaultValue, bool skipBlank) {
 // Reads the digits of a fraction in units of 1 / scale.
 int getFraction(const char*& text, int scale) {
   int result = 0;
-  for (; scale > 9 && isDigit(*text); text++) {
+  for (; scale > 9 && internal::isDigit(*text); text++) {
     scale /= 10;
     result += (*text - '0') * scale;
   }
@@ -351,13 +351,14 @@ DateTime& DateTime::operator+=(double seconds) {
   constexpr double BEYOND = 0x1p33;  // moves every time out of the range
   const double total =
       std::abs(seconds) <= BEYOND
-          ? rounding::sum(std::int64_t{m_seconds} * MILLION + m_microseconds, seconds)
+          ? internal::rounding::sum(std::int64_t{m_seconds} * MILLION + m_microseconds, seconds)
           : seconds;
   if (total > 4294967295.999998) {
     *this = DateTime(0xFFFFFFFF, INVALID);
   } else if (total >= 0) {
     m_seconds = static_cast<std::uint32_t>(total);
-    m_microseconds = static_cast<std::uint32_t>(rounding::millionTimes(total - m_seconds));
+    m_microseconds =
+        static_cast<std::uint32_t>(internal::rounding::millionTimes(total - m_seconds));
   } else {
     *this = BAD_TIME;  // too early, or not a number
   }
@@ -399,7 +400,7 @@ double DateTime::operator-(const DateTime& other) const {
   }
   const std::int64_t seconds = std::int64_t{m_seconds} - other.m_seconds;
   const std::int64_t microseconds = std::int64_t{m_microseconds} - other.m_microseconds;
-  return rounding::sum(seconds * MILLION + microseconds, 0.0);
+  return internal::rounding::sum(seconds * MILLION + microseconds, 0.0);
 }
 
 bool DateTime::operator<(const DateTime& other) const {

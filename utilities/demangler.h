@@ -3,7 +3,10 @@
 
 #include <cstddef>
 #include <string_view>
-#include <utility>
+
+#include "ascii.h"
+
+namespace internal {
 
 /// Reads a mangled name from left to right and writes what it understands.  It
 /// never reads past its input: beyond the end every character is NUL.
@@ -40,7 +43,7 @@ class demangler {
     return true;
   }
 
-  bool atLength() const { return next() >= '0' && next() <= '9'; }
+  bool atLength() const { return isDigit(next()); }
 
   void functionName() {
     if (next() == 'N') {
@@ -149,9 +152,9 @@ class demangler {
     }
     const std::string_view marks = whole.substr(0, whole.size() - m_rest.size());
     typeName();
-    for (auto mark = marks.rbegin(); mark != marks.rend(); ++mark) {
-      if (*mark == 'P' || *mark == 'R') {
-        m_out += *mark == 'P' ? '*' : '&';
+    for (std::size_t i = marks.size(); i-- > 0;) {
+      if (marks[i] == 'P' || marks[i] == 'R') {
+        m_out += marks[i] == 'P' ? '*' : '&';
       }
     }
   }
@@ -199,3 +202,5 @@ class demangler {
   Text m_out;
   int m_depth = 0;
 };
+
+}  // namespace internal

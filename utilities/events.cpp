@@ -67,7 +67,7 @@ eventReport::eventReport(eventSeverity severity, eventAudience audience, int cod
       m_code(code),
       m_qualifier(qualifier),
       m_operation(operation) {
-  storingHandler::theInstance();  // some handler stands ready before the first report
+  storingHandler::theInstance();  // a handler is ready before the first report
 }
 
 eventReport::~eventReport() = default;
@@ -115,8 +115,8 @@ void eventReport::report() {
     return;
   }
   m_reported = true;
-  storingHandler::theInstance();  // the thread may have come by a map of its own since
-  handlerWalk(ThreadedEventHandlerList::local().theMap).offer(*this);
+  storingHandler::theInstance();  // the thread may have its own map by now
+  internal::handlerWalk(ThreadedEventHandlerList::local().theMap).offer(*this);
 }
 
 std::ostream& operator<<(std::ostream& out, const eventReport& event) {

@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <new>
+#include <utility>
+
+namespace internal {
 
 constinit handlerWalk* handlerWalk::c_innermost = nullptr;
 
@@ -29,7 +32,7 @@ handlerWalk::~handlerWalk() {
 void handlerWalk::offer(eventReport& event) {
   for (std::size_t i = 0; i < m_count; i++) {
     const auto [priority, handler] = m_places[i];
-    // In this order: what is gone is not looked at.
+    // In this order: a destroyed handler is not looked at.
     if (handler == nullptr || !registered({priority, handler}) || active(handler)) {
       continue;
     }
@@ -72,3 +75,5 @@ bool handlerWalk::registered(const handlerMap::value_type& entry) const {
   const auto [first, last] = m_map.equal_range(entry.first);
   return std::find(first, last, entry) != last;
 }
+
+}  // namespace internal

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cstdint>
 #include <locale>
-#include <ostream>
 #include <sstream>
+#include <string>
 
 #include "datetime.h"
 #include "events.h"
@@ -16,6 +16,7 @@
 #include "startup.h"
 #include "threading.h"
 #include "trace.h"
+#include "trace_flags.h"
 
 // --- Handler maps ----------------------------------------------------------
 
@@ -45,16 +46,9 @@ const char* ThreadedEventHandlerList::name() const {
 
 // --- eventHandler ----------------------------------------------------------
 
-namespace {
-
-[[gnu::init_priority(START_FLAGS)]] internal::lasting<traceFlag> threadFlag("reportThread", 0);
-[[gnu::init_priority(START_FLAGS)]] internal::lasting<traceFlag> stackFlag("reportStack", 0);
-
-}  // namespace
-
 // Casts of addresses, so that they are there before any code runs.
-traceFlag& eventHandler::reportThread = reinterpret_cast<traceFlag&>(threadFlag);
-traceFlag& eventHandler::reportStack = reinterpret_cast<traceFlag&>(stackFlag);
+traceFlag& eventHandler::reportThread = reinterpret_cast<traceFlag&>(internal::reportThreadFlag);
+traceFlag& eventHandler::reportStack = reinterpret_cast<traceFlag&>(internal::reportStackFlag);
 
 namespace {
 
@@ -62,7 +56,7 @@ namespace {
 struct starter {
   starter() { storingHandler::theInstance(); }
 };
-[[gnu::init_priority(START_ITEMS), gnu::used]] const starter standardHandler;
+[[gnu::init_priority(internal::START_ITEMS), gnu::used]] const starter standardHandler;
 
 bool erase(handlerMap& map, const eventHandler* handler) {
   const auto found = std::find_if(map.begin(), map.end(),
@@ -81,9 +75,9 @@ eventHandler::eventHandler(int priority) {
 }
 
 eventHandler::~eventHandler() {
-  handlerWalk::forget(this);
-  // A handler of the start-up map may go while a thread's map is the current one,
-  // and must not be left behind for the reports at exit.
+  internal::handlerWalk::forget(this);
+  // A handler of the start-up map may be destroyed while a thread's map is the current
+  // one.  The reports at exit must not find it.
   if (!erase(ThreadedEventHandlerList::local().theMap, this)) {
     erase(ThreadedEventHandlerList::startUpMap().theMap, this);
   }
@@ -121,7 +115,7 @@ bool stderrHandler::handle(eventReport& event) {
     const std::string message =
         buildMessage(event, DateTime::now(PRECISE_TIME).format(DS_ISO8601P));
     const criticalSection section(CS_STDOUT, false);
-    standardError() << message << std::flush;
+    internal::standardError() << message << std::flush;
   }
   return event.audience() == AUD_NULL;
 }
@@ -138,7 +132,7 @@ storingHandler::storingHandler(int priority, eventAudience audience, eventSeveri
 bool storingHandler::handle(eventReport& event) {
   if ((m_audience & event.audience()) != AUD_NULL) {
     clearAudience(event, m_audience);
-    // What is too mild to be kept is claimed all the same.
+    // It claims milder reports, too, but does not keep them.
     if (event.severity() >= m_minSeverity) {
       m_output += buildMessage(event, DateTime::now(0).format(DS_ISO8601));
     }

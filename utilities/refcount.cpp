@@ -1,27 +1,25 @@
 #include "refcount.h"
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <locale>
 #include <optional>
-#include <ostream>
 #include <sstream>
 #include <string>
 #include <utility>
 
-#include "lasting.h"
+#include "pointers.h"
 #include "processes.h"
 #include "stack.h"
-#include "startup.h"
 #include "trace.h"
+#include "trace_flags.h"
 
 namespace {
 
 // Positions are stable diagnostic ids that support relies on: they are given, not
 // taken from this file.
 constexpr const char* SOURCE = "../utilities/refcount";
-
-[[gnu::init_priority(START_FLAGS)]] internal::lasting<traceFlag> TRACE("refcount", 0);
 
 // The section that guards shared instances.  `okay` is false once the semaphore
 // set is gone at exit: counts are then left alone.
@@ -72,7 +70,7 @@ const char* text(refType type) {
 // --- counted ---------------------------------------------------------------
 
 counted::~counted() {
-  if (*TRACE) {
+  if (*internal::refcountFlag) {
     traceLine message;
     message << Thread::threadId() << " destroying "
             << " " << address{this} << " parent = " << address{m_parent} << '\n';
@@ -124,12 +122,12 @@ void reference::countUp(counted* p, bool locked) {
   }
 }
 
-// The result is to be destroyed, outside the section.
+// The caller destroys the result, outside the section.
 counted* reference::countDown(counted* p, bool locked) {
   return countable(p, locked) && --*p ? p : nullptr;
 }
 
-// Holds `rhs` in place of the instance; the result is to be destroyed, outside the
+// Holds `rhs` in place of the instance.  The caller destroys the result, outside the
 // section.
 counted* reference::exchange(counted* rhs, bool locked) {
   counted* const unused = countDown(instance, locked);
@@ -240,7 +238,7 @@ reference& reference::set(bool writable, const reference& canonical) {
     countUp(temp.instance, section.okay());
   }
   if (temp.instance == nullptr) {
-    return *this;  // `unused` is left alone on purpose: who relied on it may look at it yet
+    return *this;  // not destroyed on purpose: callers may still look at it
   }
   ASSERT_AT(temp.instance != NULL, SOURCE, 114);
   TautoPtr<counted> copy(temp.instance->clone(), false);
@@ -254,7 +252,7 @@ reference& reference::set(bool writable, const reference& canonical) {
 
 // Holds `copy`, just cloned from `source`.
 void reference::adopt(counted* copy, counted* source) {
-  if (*TRACE) {
+  if (*internal::refcountFlag) {
     traceLine message;
     message << Thread::threadId() << ' ' << copy->className() << ' ' << address{source}
             << " cloned as " << address{copy} << '\n'
@@ -288,7 +286,7 @@ bool reference::setCanonical(reference& canonical, bool check) {
       unusedParent = countDown(std::exchange(instance->m_parent, nullptr), true);
       instance->prepareCanonical();
     }
-    if (*TRACE) {
+    if (*internal::refcountFlag) {
       const counted* const named = instance != nullptr ? instance : oldCanonical;
       message.emplace();
       *message << Thread::threadId() << ' ' << (named != nullptr ? named->className() : "<null>")

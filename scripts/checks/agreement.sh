@@ -1,5 +1,6 @@
 # That whoever shows a link and whoever opens it agree.
-# Of every link that hopopen accepts, browsers' URL standard (by node), libcurl and GLib must read the same user, host and port.
+# Of every link that hopopen accepts, browsers' URL standard (by node), libcurl and GLib must
+# read the same user, host and port.
 # Tries links of a grammar of confusions, and those of tests/links.txt.
 # Arguments: [COUNT [SEED]]
 # shellcheck shell=bash source=scripts/lib.sh
@@ -19,7 +20,7 @@ folder=build/agreement
 configure_and_build() {
   cmake --preset release -B "$folder" -DHOPLAUNCH_AGREEMENT=ON -DHOPLAUNCH_TESTS=OFF \
     -DHOPLAUNCH_SHARED=OFF "${configuration[@]}" &&
-    cmake --build "$folder" --target agreement
+    cmake --build "$folder" --target hoplaunch_agreement
 }
 quietly "$folder/build.log" configure_and_build
 node tests/agreement/generate.mjs "$count" "$seed" tests/links.txt >"$folder/links.txt"

@@ -1,14 +1,17 @@
 // Reports of the operating system's errors, and to its log.
 
+#include "events.h"
+
 #include <syslog.h>
 
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
 #include <locale>
+#include <sstream>
+#include <string>
 
 #include "../c_locale.h"
-#include "events.h"
 
 // --- OSevent ---------------------------------------------------------------
 
@@ -29,7 +32,7 @@ const char* OSevent::domain() const {
 }
 
 std::string OSevent::codeToText(int code) const {
-  const inCLocale locale;
+  const internal::inCLocale locale;
   char buffer[256] = "";
   const char* message = strerror_r(code, buffer, sizeof buffer);
   if (message == nullptr) {

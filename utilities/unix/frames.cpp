@@ -1,11 +1,11 @@
 #include "frames.h"
 
 #include <dlfcn.h>
+#include <elf.h>
 #include <link.h>
 
 #include <array>
 #include <cerrno>
-#include <cstddef>
 #include <cstdio>
 #include <ostream>
 #include <string_view>
@@ -19,7 +19,7 @@ using tableEntry = ElfW(Dyn);
 
 // The symbols that the program itself exports (System V ABI, "Dynamic Section").
 struct exportedSymbols {
-  ElfW(Addr) base = 0;  // where the program lies
+  ElfW(Addr) base = 0;  // where the program is
   const symbol* symbols = nullptr;
   ElfW(Word) count = 0;
   const char* names = nullptr;
@@ -75,7 +75,7 @@ class fixedText {
 
 void writeSymbol(std::ostream& out, std::string_view name) {
   if (name.substr(0, 2) == "_Z") {
-    out << demangler<fixedText>(name.substr(2)).function().view();
+    out << internal::demangler<fixedText>(name.substr(2)).function().view();
   } else {
     out << name;
   }
@@ -96,7 +96,7 @@ place placeOf(const void* frame) {
     const void* const file = reinterpret_cast<const void*>(object->l_addr);
     return {found.dli_fname, found.dli_sname, found.dli_sname != nullptr ? found.dli_saddr : file};
   }
-  const frameName name = exportedName(frame);
+  const internal::frameName name = internal::exportedName(frame);
   if (name.symbol == nullptr) {
     return {};
   }
@@ -124,7 +124,7 @@ void writeFrame(std::ostream& out, const void* frame) {
 
 }  // namespace
 
-frameName exportedName(const void* frame) {
+internal::frameName internal::exportedName(const void* frame) {
   exportedSymbols program;
   dl_iterate_phdr(readExported, &program);
   const ElfW(Addr) offset = reinterpret_cast<ElfW(Addr)>(frame) - program.base;
@@ -138,7 +138,7 @@ frameName exportedName(const void* frame) {
   return {};
 }
 
-void writeFrames(std::ostream& out, void* const* frames, int count) {
+void internal::writeFrames(std::ostream& out, void* const* frames, int count) {
   for (int i = 0; i < count; i++) {
     writeFrame(out, frames[i]);
   }

@@ -4,16 +4,17 @@
 #include <ucontext.h>
 
 #include <cerrno>
-#include <cstddef>
 #include <cstdio>
+#include <list>
 #include <ostream>
+#include <string>
 
 #include "frames.h"
 #include "lasting.h"
 
 namespace {
 
-// The lines of every trace stay until the end, for whoever looks into a core file.
+// The lines of every trace stay until the end: they help to read a core file.
 std::list<char**>& kept() {
   static internal::lasting<std::list<char**>> traces;
   return *traces;
@@ -22,7 +23,8 @@ std::list<char**>& kept() {
 // A line of `backtrace_symbols`.  That asks the loader for names, which a static program
 // has none of: then the line is the address in brackets, and we look the name up.
 std::string named(const char* line, const void* frame) {
-  const frameName found = line[0] == '[' ? exportedName(frame) : frameName();
+  const internal::frameName found =
+      line[0] == '[' ? internal::exportedName(frame) : internal::frameName();
   if (found.symbol == nullptr) {
     return line;
   }

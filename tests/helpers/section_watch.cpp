@@ -1,18 +1,8 @@
-// What the library does to the critical sections, seen at the system call.
-//
-// Included by one source file of a test whose calls to `semop` are wrapped.
-#pragma once
+#include "section_watch.h"
 
 #include <sys/sem.h>
 
 #include <cstddef>
-
-#include "threading.h"
-
-struct sectionWatch {
-  static inline int entries[CS_COUNT];
-  static inline bool held[CS_COUNT];
-};
 
 extern "C" {
 int __real_semop(int set, sembuf* operations, std::size_t count);
@@ -29,12 +19,4 @@ int __wrap_semop(int set, sembuf* operations, std::size_t count) {
   }
   return result;
 }
-}
-
-/// How often `action` takes a section.
-template <class Action>
-int entriesDuring(sectionId section, Action&& action) {
-  const int before = sectionWatch::entries[section];
-  action();
-  return sectionWatch::entries[section] - before;
 }
