@@ -2,7 +2,7 @@
 set(opening LINKS hoplaunch_opening hoplaunch_driver test_programs)
 test_program(opening_test TOGETHER ${opening} TESTS
   catalog desktop_entry file host patterns settings settings_edit settings_random shown template
-  toml WRAPS fstat read regcomp)
+  toml viewers_document WRAPS fstat read regcomp)
 set(file_calls mkdir open flock read write fsync fchmod close rename unlink stat lstat fstat
   readlink)
 test_program(settings_fault_test ${opening} TESTS settings_fault WRAPS ${file_calls})

@@ -211,7 +211,8 @@ TEST(Terminals, GetTheWordsThatChangeVariablesInside) {
   EXPECT_EQ((Strings{"x-terminal-emulator", "-e", machine.path("bin/env"), "-u", "GONE", "-u",
                      "NEW", "NEW=h ssh://kim@h", "WHO=kim", machine.path("bin/shell"), "-x", "h"}),
             told["arguments"].get<Strings>());
-  EXPECT_EQ((Json{{"NEW", "h ssh://kim@h"}, {"WHO", "kim"}}), told["environment"]);
+  EXPECT_EQ((std::map<std::string, std::string>{{"NEW", "h ssh://kim@h"}, {"WHO", "kim"}}),
+            (told["environment"].get<std::map<std::string, std::string>>()));
   EXPECT_EQ((Strings{"GONE", "NEW"}), told["unset"].get<Strings>());
 }
 

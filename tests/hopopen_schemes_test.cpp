@@ -2,6 +2,8 @@
 
 #include "hopopen_runner.h"
 
+namespace hopopen_schemes_test {
+
 namespace {
 
 using door::Json;
@@ -143,3 +145,5 @@ TEST(ShippedViewers, OfTelnetGetNothingOfTheScreenAndThePrinter) {
 }
 
 }  // namespace
+
+}  // namespace hopopen_schemes_test

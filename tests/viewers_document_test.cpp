@@ -13,6 +13,8 @@
 
 #include "toml.h"
 
+namespace viewers_document_test {
+
 namespace {
 
 using Cells = std::vector<std::string>;
@@ -115,3 +117,5 @@ TEST(ViewersDocument, HasASectionForEachLink) {
 }
 
 }  // namespace
+
+}  // namespace viewers_document_test
