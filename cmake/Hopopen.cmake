@@ -28,7 +28,7 @@ add_library(hoplaunch_opening STATIC
   hopopen/folders.cpp
   hopopen/host.cpp
   hopopen/json.cpp
-  hopopen/link.cpp
+  hopopen/link_reader.cpp
   hopopen/link_text.cpp
   hopopen/list.cpp
   hopopen/meaning.cpp

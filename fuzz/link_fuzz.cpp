@@ -11,7 +11,7 @@
 //   beginning.
 // - Without markup, nothing has a "<", ">" or "&".
 
-#include "link.h"
+#include "link_reader.h"
 
 #include "decide.h"
 #include "fuzz.h"

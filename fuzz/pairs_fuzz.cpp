@@ -4,7 +4,7 @@
 //
 // - It is refused exactly when it breaks a rule of scheme_rules.h or link_rules.h, with the
 //   code of the first one that it breaks.
-// - Otherwise a viewer that takes all that there is gets its own words, the user, the host and
+// - Otherwise a viewer with arguments for everything gets its own words, the user, the host and
 //   the port, numbers within their limits, and nothing else: no word of the link begins one.
 // - A machine that nobody trusts gets no whole screen and no larger desktop.
 // - A link that asks for TLS never gets a plain port.

@@ -15,7 +15,7 @@ constexpr std::string_view HEX = "0123456789abcdefABCDEF";
 
 std::string lowered(std::string_view text);
 
-/// True when a "%" with two hexadecimal digits stands at the offset.
+/// True when a "%" with two hexadecimal digits is at the offset.
 bool escapeAt(std::string_view text, std::size_t i);
 
 std::string decoded(std::string_view text);

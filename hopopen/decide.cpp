@@ -9,9 +9,11 @@
 #include "enumeration.h"
 #include "fault.h"
 #include "host.h"
+#include "link_reader.h"
 #include "preferences.h"
 #include "programs.h"
 #include "scheme.h"
+#include "scheme_rules.h"
 #include "shown.h"
 
 namespace hopopen {

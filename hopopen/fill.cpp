@@ -9,6 +9,7 @@
 #include "placeholder_values.h"
 #include "regexpr.h"
 #include "scheme.h"
+#include "scheme_rules.h"
 #include "shown.h"
 #include "template.h"
 

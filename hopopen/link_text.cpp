@@ -1,9 +1,14 @@
 #include "link_text.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <optional>
+#include <string_view>
 
 #include "characters.h"
+#include "piece.h"
 #include "rdp_pairs.h"
+#include "refusal.h"
 
 namespace hopopen {
 

@@ -1,12 +1,16 @@
 #include "parameters.h"
 
-#include <algorithm>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "characters.h"
 #include "percent.h"
+#include "piece.h"
+#include "rdp_pairs.h"
+#include "refusal.h"
 #include "shown.h"
 
 namespace hopopen {
@@ -50,12 +54,7 @@ verdict readParameter(piece text, code why, std::vector<parameter>& into) {
 }  // namespace
 
 std::string parameter::key() const {
-  std::string result = name;
-  if (type != 0) {
-    std::replace_if(
-        result.begin(), result.end(), [](char c) { return c == '_' || c == '+'; }, ' ');
-  }
-  return result;
+  return type == 0 ? name : pairKey(name);
 }
 
 std::string parameter::meant() const {

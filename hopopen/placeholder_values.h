@@ -10,6 +10,7 @@
 #include "definition.h"
 #include "link.h"
 #include "scheme.h"
+#include "scheme_rules.h"
 #include "template.h"
 
 namespace hopopen {

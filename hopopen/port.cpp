@@ -1,8 +1,12 @@
 #include "port.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <string_view>
 
 #include "characters.h"
+#include "piece.h"
+#include "refusal.h"
 
 namespace hopopen {
 

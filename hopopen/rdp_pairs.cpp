@@ -1,17 +1,25 @@
 #include "rdp_pairs.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <optional>
 #include <string>
+#include <string_view>
 
 #include "characters.h"
-#include "parameters.h"
 #include "percent.h"
+#include "piece.h"
 
 namespace hopopen {
 
 namespace {
 
 constexpr std::string_view MARK = "rdp://";
+
+bool namesAddress(std::string_view name) {
+  const std::string key = pairKey(decode(name));
+  return sameLetters(key, "full address") || sameLetters(key, "alternate full address");
+}
 
 }  // namespace
 
@@ -36,10 +44,11 @@ std::optional<writtenPair> divide(piece pair) {
   return writtenPair{pair.part(0, sign), pair.part(sign + 1)};
 }
 
-bool namesAddress(std::string_view name) {
-  const std::string key =
-      parameter{.name = std::string(name), .value = {}, .position = 0, .type = 's'}.key();
-  return sameLetters(key, "full address") || sameLetters(key, "alternate full address");
+std::string pairKey(std::string_view name) {
+  std::string result(name);
+  std::replace_if(
+      result.begin(), result.end(), [](char c) { return c == '_' || c == '+'; }, ' ');
+  return result;
 }
 
 std::optional<std::size_t> addressEnd(std::string_view link, std::size_t open) {
@@ -49,7 +58,7 @@ std::optional<std::size_t> addressEnd(std::string_view link, std::size_t open) {
     const auto parts = divide(pair);
     if (parts && open >= parts->value.start && open < pair.end() &&
         decode(link.substr(parts->value.start, open - parts->value.start)) == "s:" &&
-        namesAddress(decode(parts->name.text))) {
+        namesAddress(parts->name.text)) {
       return pair.end();
     }
   }

@@ -2,11 +2,13 @@
 //
 //     rdp://full%20address=s:host.example:3389&audiomode=i:2
 //
-// Here is what its text tells before it is read: whether it is of that form, and where its
+// Here is what its text says before it is read: whether it is of that form, and where its
 // pairs and their parts are.
 #pragma once
 
+#include <cstddef>
 #include <optional>
+#include <string>
 #include <string_view>
 
 #include "piece.h"
@@ -30,8 +32,8 @@ struct writtenPair {
 /// Divides a pair, `name=t:value` or `name:t:value`.  Nothing when it is no pair.
 std::optional<writtenPair> divide(piece pair);
 
-/// True for the name of an address, decoded, in which "_" and "+" are blanks.
-bool namesAddress(std::string_view name);
+/// The decoded name of a pair as it is compared: "_" and "+" are blanks.
+std::string pairKey(std::string_view name);
 
 /// Where a host in brackets ends, which begins at `open`: at the end of its pair.  Nothing when
 /// no host may begin there.

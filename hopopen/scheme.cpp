@@ -3,10 +3,16 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <iterator>
 #include <string>
+#include <string_view>
+#include <system_error>
 
 #include "characters.h"
+#include "meaning.h"
+#include "parameters.h"
 #include "scheme_rdp.h"
+#include "scheme_rules.h"
 #include "scheme_spice.h"
 
 namespace hopopen {

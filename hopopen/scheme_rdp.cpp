@@ -2,15 +2,25 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
+#include <vector>
 
 #include "characters.h"
 #include "credentials.h"
+#include "host.h"
+#include "link.h"
+#include "parameters.h"
 #include "percent.h"
+#include "piece.h"
 #include "port.h"
 #include "rdp_pairs.h"
+#include "refusal.h"
+#include "scheme_rules.h"
 
 namespace hopopen {
 

@@ -2,7 +2,7 @@
 // made of typed pairs (rdp_pairs.h).
 #pragma once
 
-#include "scheme.h"
+#include "scheme_rules.h"
 
 namespace hopopen {
 

@@ -1,12 +1,19 @@
 #include "scheme_spice.h"
 
-#include <algorithm>
 #include <array>
-#include <string>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string_view>
 
 #include "characters.h"
-#include "percent.h"
+#include "link.h"
+#include "meaning.h"
+#include "parameters.h"
+#include "piece.h"
 #include "port.h"
+#include "refusal.h"
+#include "scheme_rules.h"
 
 namespace hopopen {
 

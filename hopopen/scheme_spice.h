@@ -6,7 +6,7 @@
 //     spice+tls://host:5901
 #pragma once
 
-#include "scheme.h"
+#include "scheme_rules.h"
 
 namespace hopopen {
 

@@ -6,6 +6,7 @@
 
 #include "characters.h"
 #include "percent.h"
+#include "piece.h"
 #include "rdp_pairs.h"
 
 namespace hopopen {

@@ -28,7 +28,7 @@ Strings vectorFor(const Machine& machine, const std::string& viewer, const std::
                                      : told["arguments"].get<Strings>();
 }
 
-// Every pair there is, but for those of the table of what a viewer may be told.
+// Every pair there is, except for those that a viewer may have arguments for.
 std::string everyPair() {
   std::string result = "rdp://full%20address=s:h:3390";
   for (const char* pair : {"alternate%20shell=s:calc",

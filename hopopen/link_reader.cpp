@@ -1,14 +1,22 @@
-#include "link.h"
+#include "link_reader.h"
 
+#include <cstddef>
+#include <optional>
+#include <string>
 #include <string_view>
 
 #include "characters.h"
 #include "credentials.h"
+#include "host.h"
+#include "link.h"
 #include "link_text.h"
+#include "parameters.h"
 #include "percent.h"
 #include "piece.h"
 #include "port.h"
+#include "refusal.h"
 #include "scheme.h"
+#include "scheme_rules.h"
 
 namespace hopopen {
 
