@@ -83,8 +83,8 @@ void tellLink(const opening& told, sheet& out) {
     out.line("port", std::to_string(*port));
   }
   for (const parameter& one : what.parameters) {
-    out.line("parameter",
-             one.name + " = " + (one.holdsPassword() ? "***" : quoted(one.value, one.value.size())));
+    out.line("parameter", one.name + " = " +
+                              (one.holdsPassword() ? "***" : quoted(one.value, one.value.size())));
   }
 }
 

@@ -22,8 +22,8 @@ chmod +x "$scratch/bin/x-terminal-emulator"
 
 # The session's secrets.
 export DISPLAY=screen.example:77 PRINTER=printer-of-session SECRET=secret-of-session
-export XAUTHORITY=$scratch/authority SSH_AUTH_SOCK=$scratch/agent
-secrets=(screen.example :77 printer-of-session secret-of-session "$scratch")
+export XAUTHORITY=/nowhere/authority SSH_AUTH_SOCK=$scratch/agent
+secrets=(screen.example :77 printer-of-session secret-of-session /nowhere "$scratch")
 
 # asked COMMAND...: what the server got of a client that is started so; PORT in the words is
 # its port.
