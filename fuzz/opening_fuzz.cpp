@@ -124,7 +124,6 @@ class expectation {
   const toml::table* rule(const std::string& parameter) const;
   bool pass(const std::string& parameter, const std::string& value);
   std::string read(const ruledParameter& one, bool& isUsed);
-  bool isNumberToPass(const ruledParameter& one) const;
   void addTerminal();
   std::string readCredential(const std::string& value, bool valid,
                              const std::optional<std::string>& other, bool& isUsed);
@@ -230,28 +229,6 @@ std::string expectation::readCredential(const std::string& value, bool valid,
   return value.empty() || isUsed ? "" : "user";
 }
 
-bool expectation::isNumberToPass(const ruledParameter& one) const {
-  struct limits {
-    std::string_view name;
-    int least;
-    int most;
-  };
-  const std::string value = meantByRules(one);
-  if (one.type != 'i' || value.size() > 4 || value.starts_with('-')) {
-    return false;
-  }
-  const int largest = m_trusted ? 8192 : 4096;
-  for (const limits& each : {limits{"desktopwidth", 200, largest},
-                             {"desktopheight", 200, largest},
-                             {"audiomode", 0, 2},
-                             {"screen mode id", 2, m_trusted ? 2 : 1}}) {
-    if (keyByRules(one) == each.name) {
-      return std::stoi(value) >= each.least && std::stoi(value) <= each.most;
-    }
-  }
-  return false;
-}
-
 // The code of what is wrong with a parameter, or nothing.
 std::string expectation::read(const ruledParameter& one, bool& isUsed) {
   const std::string name = keyByRules(one);
@@ -279,7 +256,7 @@ std::string expectation::read(const ruledParameter& one, bool& isUsed) {
     return readCredential(value, isPasswordByRules(value), m_given.password, isUsed);
   }
   isUsed =
-      (m_link.scheme == "rdp" ? isNumberToPass(one)
+      (m_link.scheme == "rdp" ? isNumberToPassByRules(one, m_trusted)
                               : isOneOf(name, {"Shared", "ColorLevel", "QualityLevel",
                                                "CompressLevel", "AutoSelect", "ConnectionName"})) &&
       pass(name, value);

@@ -237,3 +237,25 @@ std::vector<stretch> secretPairs(std::string_view text) {
   }
   return result;
 }
+
+bool isNumberToPassByRules(const ruledParameter& one, bool trusted) {
+  struct limits {
+    std::string_view name;
+    int least;
+    int most;
+  };
+  const std::string value = meantByRules(one);
+  if (one.type != 'i' || value.size() > 4 || value.starts_with('-')) {
+    return false;
+  }
+  const int largest = trusted ? 8192 : 4096;
+  for (const limits& each : {limits{"desktopwidth", 200, largest},
+                             {"desktopheight", 200, largest},
+                             {"audiomode", 0, 2},
+                             {"screen mode id", 2, trusted ? 2 : 1}}) {
+    if (keyByRules(one) == each.name) {
+      return std::stoi(value) >= each.least && std::stoi(value) <= each.most;
+    }
+  }
+  return false;
+}

@@ -26,3 +26,6 @@ std::vector<stretch> secretPairs(std::string_view text);
 /// The name of a pair as it is compared, and its value as viewers are given it.
 std::string keyByRules(const ruledParameter& one);
 std::string meantByRules(const ruledParameter& one);
+
+/// True for a number of rdp pairs that a viewer may be told.
+bool isNumberToPassByRules(const ruledParameter& one, bool trusted);
