@@ -95,7 +95,7 @@ void checkVector(const words& arguments, const ruledLink& link, bool trusted,
                  const std::string& text) {
   check(arguments.size() >= 3 && arguments[0] == "viewer" &&
             arguments[1] == (trusted ? "-trusted" : "-stranger"),
-        "the program comes first, and what it is told of strangers", text);
+        "the program comes first, and its words for strangers", text);
   for (std::size_t i = 2; i < arguments.size(); i++) {
     check(isExpected(arguments[i], link, trusted), "each word is the definition's", arguments[i],
           text);
