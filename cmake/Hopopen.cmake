@@ -28,7 +28,8 @@ add_library(hoplaunch_opening STATIC
   hopopen/folders.cpp
   hopopen/host.cpp
   hopopen/json.cpp
-  hopopen/link.cpp
+  hopopen/link_reader.cpp
+  hopopen/link_text.cpp
   hopopen/list.cpp
   hopopen/meaning.cpp
   hopopen/notify.cpp
@@ -40,10 +41,15 @@ add_library(hoplaunch_opening STATIC
   hopopen/percent.cpp
   hopopen/piece.cpp
   hopopen/placeholder_values.cpp
+  hopopen/port.cpp
   hopopen/preferences.cpp
   hopopen/programs.cpp
+  hopopen/rdp_pairs.cpp
   hopopen/refusal.cpp
   hopopen/say.cpp
+  hopopen/scheme.cpp
+  hopopen/scheme_rdp.cpp
+  hopopen/scheme_spice.cpp
   hopopen/settings.cpp
   hopopen/settings_add.cpp
   hopopen/settings_edit.cpp

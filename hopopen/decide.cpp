@@ -9,8 +9,11 @@
 #include "enumeration.h"
 #include "fault.h"
 #include "host.h"
+#include "link_reader.h"
 #include "preferences.h"
 #include "programs.h"
+#include "scheme.h"
+#include "scheme_rules.h"
 #include "shown.h"
 
 namespace hopopen {
@@ -52,6 +55,9 @@ std::vector<std::string> outlines(const definitions& known, const std::string& s
 
 verdict open(const std::optional<std::string>& viewer, const candidates& among, opening& into) {
   link& what = into.what;
+  if (const char* const never = rulesOf(what.scheme).never) {
+    return refusal{code::SCHEME, never, 0};
+  }
   if (!among.known.open(what.scheme)) {
     return refusal{code::SCHEME,
                    "No viewer is known for " + shownWord(what.scheme) +

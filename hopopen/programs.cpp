@@ -56,18 +56,35 @@ std::optional<program> programFinder::findViewer(const std::vector<std::string>&
   return {};
 }
 
+std::optional<installed> programFinder::findTerminal() const {
+  if (auto terminal = find("xdg-terminal-exec")) {
+    return installed{{}, terminal, {}, {}};
+  }
+  if (auto terminal = find("x-terminal-emulator")) {
+    return installed{{}, terminal, {"-e"}, {}};
+  }
+  return {};
+}
+
 std::optional<installed> programFinder::find(const definition& viewer) const {
   const auto found = findViewer(viewer.programs);
   if (!found || !viewer.terminal) {
-    return found ? std::optional(installed{*found, {}, {}}) : std::nullopt;
+    return found ? std::optional(installed{*found, {}, {}, {}}) : std::nullopt;
   }
-  if (auto terminal = find("xdg-terminal-exec")) {
-    return installed{*found, terminal, {}};
+  auto result = findTerminal();
+  if (!result) {
+    return {};
   }
-  if (auto terminal = find("x-terminal-emulator")) {
-    return installed{*found, terminal, {"-e"}};
+  result->viewer = *found;
+  if (viewer.inVariables) {
+    const auto env = find("env");
+    // env would take a path with "=" for a variable.
+    if (!env || found->path.find('=') != std::string::npos) {
+      return {};
+    }
+    result->env = env->path;
   }
-  return {};
+  return result;
 }
 
 }  // namespace hopopen

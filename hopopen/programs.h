@@ -20,6 +20,7 @@ struct installed {
   program viewer;                      ///< `path` is without symbolic links
   std::optional<program> terminal;     ///< what it runs in, if it needs a terminal
   std::vector<std::string> separator;  ///< what the terminal wants before a command
+  std::string env;                     ///< the program that changes variables in the terminal
 };
 
 /// Looks at files, and starts nothing.
@@ -38,6 +39,7 @@ class programFinder {
   std::optional<installed> find(const definition& viewer) const;
 
  private:
+  std::optional<installed> findTerminal() const;
   std::optional<program> findViewer(const std::vector<std::string>& names) const;
 
   std::vector<std::string> m_folders;

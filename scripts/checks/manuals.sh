@@ -67,7 +67,7 @@ described_options() {
   sed -n '/^\.Ss What to do/,/^\.Ss Links/s/^\.It \(Fl h , \)\{0,1\}Fl Fl \([^ ]*\).*/\2/p' man/hopopen.1 | sort
 }
 codes() { sed -n 's/^      return "\(.*\)";$/\1/p' hopopen/refusal.cpp | sort; }
-known_parameters() { sed -n 's/^    {"\([A-Za-z]*\)", "[a-z]*", meaning::.*/\1/p' hopopen/meaning.cpp | sort; }
+known_parameters() { sed -n 's/^    {"\([A-Za-z]*\)", meaning::.*/\1/p' hopopen/meaning.cpp hopopen/scheme.cpp | sort; }
 definition_keys() { sed -n 's/^    {"\([a-z]*\)", &reader::.*/\1/p' hopopen/definition_reader.cpp | sort; }
 placeholders() { sed -n 's/^    {"\([a-z]*\)", placeholder::.*/{\1}/p' hopopen/template.cpp | sort; }
 

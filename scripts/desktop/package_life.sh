@@ -198,7 +198,7 @@ check 'the shared library is known' inside sh -c 'ldconfig -p | grep -q libhopla
 check 'hopexplain' inside hopexplain 'vnc://localhost/'
 check 'no fault in what is installed' says 'no fault' hopopen --check
 
-for scheme in vnc ssh; do
+for scheme in vnc rdp spice spice+tls ssh telnet; do
   check "xdg-mime, $scheme" says hopopen.desktop xdg-mime query default "x-scheme-handler/$scheme"
   check "database, $scheme" inside grep -qx "x-scheme-handler/$scheme=hopopen.desktop;" \
     /usr/share/applications/mimeinfo.cache

@@ -6,7 +6,7 @@
 #   and SSH servers (links_test.sh);
 # - ViewOnly is held to (view_only_test.sh), and refusals are read (refusal_test.sh);
 # - each viewer keeps what is the user's from hostile servers (viewers_test.sh,
-#   ssh_viewers_test.sh).
+#   ssh_viewers_test.sh, telnet_viewer_test.sh).
 #
 # Needs root, the mirror of Debian, and a kernel with overlayfs and namespaces.  Several
 # tests run at once, each with a network, processes and a screen of its own.  Screenshots
@@ -27,7 +27,8 @@ rm -rf "$output"
 mkdir -p "$output"
 
 debian=(adwaita-icon-theme chromium dbus desktop-file-utils dunst fonts-dejavu-core gvncviewer
-  imagemagick kdialog krdc libglib2.0-bin libnotify-bin libnss-wrapper librsvg2-common openbox
+  imagemagick inetutils-telnet kdialog krdc libglib2.0-bin libnotify-bin libnss-wrapper
+  librsvg2-common openbox
   openssh-client openssh-server openssl putty putty-tools python3 remmina remmina-plugin-vnc
   strace tesseract-ocr tigervnc-standalone-server tigervnc-tools tigervnc-viewer virt-viewer
   wmctrl x11-apps x11-utils x11-xserver-utils xauth xdg-utils xdotool xfonts-base xsel xterm
@@ -111,6 +112,7 @@ begin_all() {
   for viewer in $(viewers_of settings viewer_settings.sh); do
     in_debian "viewers-$viewer" scripts/desktop/viewers_test.sh "$viewer"
   done
+  in_debian telnet scripts/desktop/telnet_viewer_test.sh
   for viewer in $(viewers_of test ssh_viewers_test.sh); do
     in_debian "ssh-$viewer" scripts/desktop/ssh_viewers_test.sh "$viewer"
   done
