@@ -22,6 +22,9 @@ struct installed {
   std::vector<std::string> separator;  ///< what the terminal wants before a command
 };
 
+/// True when this process may execute the file at the path.
+bool isExecutable(const std::string& path);
+
 /// Looks at files, and starts nothing.
 class programFinder {
  public:
