@@ -29,7 +29,7 @@ void add(const std::string& task, const std::string& library, const std::vector<
 /// `size` bytes without a pattern, the same in every run.
 std::string anyBytes(std::size_t size);
 
-/// `size` characters as they stand in a link: words, and every sixth one to be escaped.
+/// `size` characters as they are in a link: words, and every sixth one to be escaped.
 std::string linkText(std::size_t size);
 
 void addTextBenchmarks();

@@ -1,20 +1,23 @@
 #!/usr/bin/env python3
 """Prints the tables of what was measured, and draws the plots.
 
-    report.py RESULTS IMAGES [DOCUMENT]
+    report.py RESULTS IMAGES [--keep]
 
 reads what bench/run left in the folder RESULTS, adds results.json there, and writes the
-plots to the folder IMAGES.  In the DOCUMENT, the tables take the place of what stands
-between the lines "<!-- NAME -->" and "<!-- end of NAME -->".
+plots to the folder IMAGES.  With --keep, the tables become those of docs/figures/bench.json.
 """
 
 import collections
 import csv
 import json
 import pathlib
+import re
 import statistics
 import subprocess
 import sys
+
+sys.path.insert(0, str(pathlib.Path(__file__).parent.parent / "scripts"))
+import figures  # noqa: E402
 
 OWN = "hoplaunch"
 DOOR, MANY = "hopopen, 10 definitions", "hopopen, 200 definitions"
@@ -41,17 +44,8 @@ def ratios(runs, others):
     return quartiles(runs[i] / others[i] for i in runs if i in others)
 
 
-def table(head, rows):
-    """Rows in columns, the first aligned left and the others right."""
-    rows = [head] + rows
-    widths = [max(len(row[i]) for row in rows) for i in range(len(head))]
-    lines = []
-    for row in rows:
-        cells = [row[0].ljust(widths[0])] + [c.rjust(w) for c, w in zip(row[1:], widths[1:])]
-        lines.append("| " + " | ".join(cells) + " |\n")
-    rule = ["-" * (widths[0] + 2)] + ["-" * (width + 1) + ":" for width in widths[1:]]
-    lines.insert(1, "|" + "|".join(rule) + "|\n")
-    return "".join(lines)
+def head_and_rows(head, rows):
+    return {"head": head, "rows": rows}
 
 
 def spread(values, digits=2):
@@ -143,7 +137,7 @@ def launch_table(launches):
             str(launch["system calls"]),
             f"{launch['peak KiB']:.0f}",
         ])
-    return table(["launch", "ms", "against dynamic", "against static", "instructions",
+    return head_and_rows(["launch", "ms", "against dynamic", "against static", "instructions",
                   "page faults", "system calls", "peak KiB"], rows)
 
 
@@ -151,7 +145,7 @@ def click_table(clicks):
     rows = [[name, spread([time / 1e6 for time in quartiles(times.values())], 1),
              spread(ratios(times, clicks[OTHER_CLICK]))]
             for name, times in clicks.items()]
-    return table(["handler", "ms until the first connection", "against Remmina's own"], rows)
+    return head_and_rows(["handler", "ms until the first connection", "against Remmina's own"], rows)
 
 
 def library_table(library):
@@ -164,7 +158,7 @@ def library_table(library):
             task, f"{size}", time_text(own), best or "",
             time_text(other) if best else "", spread(against) if best else "",
         ])
-    return table(["task", "size", OWN, "best of the others", "its time", "ratio"], rows)
+    return head_and_rows(["task", "size", OWN, "best of the others", "its time", "ratio"], rows)
 
 
 def targets(launches, library):
@@ -194,7 +188,47 @@ def targets(launches, library):
 def target_table(launches, library):
     rows = [[name, f"{most:.3g}", f"{value:.3g}", "yes" if value <= most else "no"]
             for name, most, value in targets(launches, library)]
-    return table(["target", "at most", "measured", "met"], rows)
+    return head_and_rows(["target", "at most", "measured", "met"], rows)
+
+
+# The parts of a launch, by the functions that callgrind sees; each less those within it.
+EXPRESSIONS = ("regcomp", "regexec", "regfree")
+
+
+def parts_table(folder):
+    """What the user instructions of a launch are spent on."""
+    inclusive = collections.Counter()
+    listing = (folder / "parts.txt").read_text(encoding="utf-8")
+    total = int(re.search(r"([0-9,]+) +PROGRAM TOTALS", listing)[1].replace(",", ""))
+    for line in listing.splitlines():
+        found = re.match(r" *([0-9,]+) .*?\?\?\?:(.*?)(?: \[.*)?$", line)
+        if found and "'2" not in found[2]:
+            inclusive[re.sub(r"\(.*", "", found[2])] += int(found[1].replace(",", ""))
+    main = inclusive["main"]
+    before = sum(count for name, count in inclusive.items() if name.startswith("_GLOBAL__sub_I"))
+    expressions = sum(inclusive[name] for name in EXPRESSIONS)
+    relocating = inclusive["_dl_relocate_static_pie"]
+    parts = [
+        ("the program relocates itself", relocating),
+        ("static objects before `main`", before),
+        ("the rest of the C library's start", total - main - before - relocating),
+        *((f"the URI's two expressions, in `{name}`", inclusive[name]) for name in EXPRESSIONS),
+        ("the rest of reading the URI", inclusive["URI::parse"] - expressions),
+        ("the rest of deciding", inclusive["launchPlan::launchPlan"] - inclusive["URI::parse"]),
+        ("everything else in `main`", main - inclusive["launchPlan::launchPlan"]),
+        ("together", total),
+    ]
+    return head_and_rows(["part", "instructions"], [[name, f"{count:,}"] for name, count in parts])
+
+
+def values_of(launches):
+    """Figures that the text of docs/performance.md has, too."""
+    faults = launches["viewer alone"]["faults"]
+    return {
+        "static_instructions": f"{launches[STATIC]['instructions']:,}",
+        "dynamic_instructions": f"{launches[DYNAMIC]['instructions']:,}",
+        "viewer_faults": f"{faults:.0f}",
+    }
 
 
 # --- Plots -------------------------------------------------------------------
@@ -282,17 +316,8 @@ def draw(launches, library, images):
                   ("configuration, publish an edit", "std::map, copied", "copying a map of strings")])
 
 
-def replace_tables(document, tables):
-    text = document.read_text(encoding="utf-8")
-    for name, rows in tables.items():
-        begin, end = f"<!-- {name} -->\n", f"<!-- end of {name} -->\n"
-        head, rest = text.split(begin)
-        text = head + begin + rows + end + rest.split(end)[1]
-    document.write_text(text, encoding="utf-8")
-
-
 def main():
-    results, images, *documents = (pathlib.Path(argument) for argument in sys.argv[1:])
+    results, images = (pathlib.Path(argument) for argument in sys.argv[1:3])
     launches = read_launches(results)
     library = read_library(results)
     tables = {
@@ -300,10 +325,11 @@ def main():
         "clicks": click_table(read_clicks(results)),
         "library": library_table(library),
         "targets": target_table(launches, library),
+        "parts": parts_table(results),
     }
-    print("\n".join(tables.values()))
-    for document in documents:
-        replace_tables(document, tables)
+    print("\n".join(figures.table(**each) for each in tables.values()))
+    if sys.argv[3:] == ["--keep"]:
+        figures.keep("bench", "bench/run", tables=tables, values=values_of(launches))
     kept = {
         "launches": launches,
         "targets": [dict(zip(("target", "at most", "measured"), target))

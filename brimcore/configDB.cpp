@@ -3,17 +3,13 @@
 #include <typeinfo>
 
 #include "../utilities/startup.h"
+#include "../utilities/trace_flags.h"
 #include "asserts.h"
 #include "conversion.h"
 #include "language.h"
 #include "lasting.h"
-#include "trace.h"
 
 namespace {
-
-[[gnu::used]] const void* const* const keepStartUpObjects = startUpObjects;
-
-[[gnu::init_priority(START_FLAGS)]] internal::lasting<traceFlag> TRACE("configDB", 0);
 
 const std::string& emptyString() {
   static const internal::lasting<std::string> empty;  // may be asked for at exit
@@ -64,7 +60,7 @@ void configItem::setDN(const DistName& DN) {
   if (DN.empty()) {
     return;
   }
-  if (*TRACE && !sourceDN.empty() && DN.compare(sourceDN) != 0) {
+  if (*internal::configDBflag && !sourceDN.empty() && DN.compare(sourceDN) != 0) {
     commonEvent(WARNING, AUD_DEVEL, EC_DATA_MISMATCH, DN + "=>" + sourceDN, "configItem::setDN");
   }
   sourceDN = DN;
@@ -146,7 +142,7 @@ namespace {
 struct slot {
   slot() { threadedConfigDB::theInstance(); }
 };
-[[gnu::init_priority(START_ITEMS), gnu::used]] const slot theSlot;
+[[gnu::init_priority(internal::START_ITEMS), gnu::used]] const slot theSlot;
 
 }  // namespace
 

@@ -2,6 +2,7 @@
 
 #include "asserts.h"
 #include "conversion.h"
+#include "items.h"
 #include "lasting.h"
 #include "system.h"
 
@@ -13,19 +14,6 @@ namespace {
 
 constexpr eventAudience READERS = AUD_AUDIT | AUD_DEVEL;
 
-constinit bool registrationGone = false;
-
-struct registrationDB : writeableConfigDB {
-  registrationDB() : writeableConfigDB(RT_EMPTY) {}
-  ~registrationDB() override { registrationGone = true; }
-};
-
-// The database that items register in until the first read publishes it.
-writeableConfigDB& initialisationInstance() {
-  static registrationDB instance;
-  return instance;
-}
-
 void reportMissing(const std::string& name, const char* operation) {
   commonEvent(WARNING, READERS, EC_DATA_MISSING, name + "[0]", operation);
 }
@@ -35,19 +23,19 @@ void reportMissing(const std::string& name, const char* operation) {
 // --- configRef -------------------------------------------------------------
 
 const configItem& configRef::item() const {
-  if (ThreadData::ended() || registrationGone) {
+  if (ThreadData::ended() || internal::registrationGone) {
     static const internal::lasting<configItem> missing(std::string(), std::string(), false, false);
     return *missing;
   }
   if (!ThreadData::initialised()) {
-    return initialisationInstance().find(m_name);
+    return internal::registrationDatabase().find(m_name);
   }
   configDB& cDB = threadedConfigDB::local();
   if (cDB.null()) {
     cDB = RT_READ;
   }
   if (cDB.null()) {
-    initialisationInstance().finalise();
+    internal::registrationDatabase().finalise();
     cDB = RT_READ;
   }
   if (cDB.null()) {
@@ -59,10 +47,10 @@ const configItem& configRef::item() const {
 }
 
 writeableConfigDB* configRef::registration() const {
-  if (!registrationGone) {
-    const configDB second(initialisationInstance());
+  if (!internal::registrationGone) {
+    const configDB second(internal::registrationDatabase());
     if (second.commitable()) {
-      return &initialisationInstance();
+      return &internal::registrationDatabase();
     }
   }
   // One operation for all classes of references: log readers rely on it.

@@ -2,15 +2,12 @@
 
 #include "language.h"
 
-#include "../utilities/startup.h"
-#include "configRef.h"
 #include "events.h"
+#include "items.h"
 #include "language_tables.h"
 #include "lasting.h"
 
 namespace {
-
-[[gnu::init_priority(START_ITEMS)]] configString defaultLanguage("defaultLanguage", "English");
 
 const std::string& negativeIndex() {
   static const internal::lasting<std::string> text("<negative string index>");
@@ -32,15 +29,15 @@ const std::string& at(const std::vector<std::string>& texts, std::size_t index) 
 }
 
 const std::string& declaredPhrase(const std::string& vectorName, std::size_t index) {
-  const auto found = defaultVectors().find(vectorName);
-  return found != defaultVectors().end() ? at(found->second.back().defaults, index)
-                                         : vectorNotFound();
+  const auto found = internal::defaultVectors().find(vectorName);
+  return found != internal::defaultVectors().end() ? at(found->second.back().defaults, index)
+                                                   : vectorNotFound();
 }
 
 }  // namespace
 
-languageTable& languages() {
-  static internal::lasting<languageTable> table;
+internal::languageTable& internal::languages() {
+  static internal::lasting<internal::languageTable> table;
   return *table;
 }
 
@@ -49,9 +46,9 @@ languageTable& languages() {
 language::language(const std::string& name) : m_name(registerName(name)) {}
 
 language::~language() {
-  const auto found = languages().find(m_name);
-  if (found != languages().end() && found->second == this) {
-    languages().erase(found);
+  const auto found = internal::languages().find(m_name);
+  if (found != internal::languages().end() && found->second == this) {
+    internal::languages().erase(found);
   }
 }
 
@@ -59,7 +56,7 @@ std::string language::registerName(const std::string& name) {
   if (name.empty()) {
     return name;
   }
-  if (!languages().try_emplace(name, this).second) {
+  if (!internal::languages().try_emplace(name, this).second) {
     commonEvent(SEVERE, AUD_AUDIT | AUD_DEVEL, EC_DUPL_VALUE, name, "language::registerName");
     return std::string();
   }
@@ -76,27 +73,27 @@ bool language::load(const std::string& source) {
 }
 
 language& language::find(const std::string& name) {
-  const auto found = languages().find(name);
-  return found != languages().end() ? *found->second : Default();
+  const auto found = internal::languages().find(name);
+  return found != internal::languages().end() ? *found->second : Default();
 }
 
 language& language::Default() {
-  const std::string& wanted = defaultLanguage.value(false);
+  const std::string& wanted = internal::defaultLanguage.value(false);
   if (!wanted.empty()) {
-    const auto found = languages().find(wanted);
-    if (found != languages().end()) {
+    const auto found = internal::languages().find(wanted);
+    if (found != internal::languages().end()) {
       return *found->second;
     }
   }
-  if (languages().empty()) {
+  if (internal::languages().empty()) {
     static internal::lasting<badLanguage> standBy([] { return badLanguage(); });
     return *standBy;
   }
-  return *languages().begin()->second;
+  return *internal::languages().begin()->second;
 }
 
 std::vector<std::pair<std::string, language*>> language::list() {
-  return {languages().begin(), languages().end()};
+  return {internal::languages().begin(), internal::languages().end()};
 }
 
 const std::vector<std::string>& language::phraseVec(const std::string& vectorName) const {

@@ -36,8 +36,8 @@ bool sameVector(const langStringKey& a, const langStringKey& b) {
 
 }  // namespace
 
-std::map<std::string, vectorVersions>& defaultVectors() {
-  static internal::lasting<std::map<std::string, vectorVersions>> table;
+std::map<std::string, internal::vectorVersions>& internal::defaultVectors() {
+  static internal::lasting<std::map<std::string, internal::vectorVersions>> table;
   return *table;
 }
 
@@ -70,7 +70,7 @@ void languageString::finalise() {
   const auto end = declaredStrings().end();
   for (auto run = declaredStrings().begin(); run != end;) {
     const langStringKey& first = run->first;
-    vectorDetails details{};
+    internal::vectorDetails details{};
     for (; run != end && sameVector(first, run->first); run++) {
       run->second->m_offset = details.Nkeywords++;
       details.keywords.push_back(run->first.keyword);
@@ -78,7 +78,7 @@ void languageString::finalise() {
     }
     details.keywords.push_back(nullptr);
     details.Ndefaults = details.Nkeywords;
-    defaultVectors()[first.vector].push_back(std::move(details));
+    internal::defaultVectors()[first.vector].push_back(std::move(details));
   }
   done = true;
 }
@@ -87,13 +87,13 @@ void languageString::finalise() {
 
 languageVector::languageVector(const std::string& name, const char* const* keywords,
                                const char* const* defaults) {
-  vectorDetails details{};
+  internal::vectorDetails details{};
   details.Nkeywords = length(keywords);
   details.keywords.assign(keywords, keywords + details.Nkeywords);
   details.keywords.push_back(nullptr);
   details.Ndefaults = length(defaults);
   details.defaults.assign(defaults, defaults + details.Ndefaults);
-  defaultVectors()[name].push_back(std::move(details));
+  internal::defaultVectors()[name].push_back(std::move(details));
 }
 
 int length(const char* const* array) {

@@ -10,6 +10,8 @@
 #include "language.h"
 #include "stringcomp.h"
 
+namespace internal {
+
 using languageTable = std::map<std::string, language*, caseInsensitive>;
 
 /// The registered languages by name.
@@ -29,3 +31,5 @@ using vectorVersions = std::list<vectorDetails>;
 
 /// The default vectors by name, case-sensitive as the languages' own are not.
 std::map<std::string, vectorVersions>& defaultVectors();
+
+}  // namespace internal

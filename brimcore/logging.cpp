@@ -3,19 +3,10 @@
 #include <ostream>
 #include <utility>
 
-#include "../utilities/startup.h"
-#include "configRef.h"
 #include "datetime.h"
 #include "events.h"
+#include "items.h"
 #include "threading.h"
-
-namespace {
-
-[[gnu::init_priority(START_ITEMS)]] configString LogDateFormat("LogDateFormat",
-                                                               "[%f %i %d %H:%M:%S %Y] ");
-[[gnu::init_priority(START_ITEMS)]] configString LogTimeZone("LogTimeZone", "localtime");
-
-}  // namespace
 
 // The date's settings, read before the handler is registered: reading them may
 // itself raise a report.
@@ -55,10 +46,10 @@ std::string getDateFormat(const std::string& format) {
   if (!format.empty()) {
     return format;
   }
-  const std::string& configured = LogDateFormat.value(false);
+  const std::string& configured = internal::LogDateFormat.value(false);
   return configured.empty() ? "%Y%m%dT%H%M%S" : configured;
 }
 
 int getTimeZone(int zone) {
-  return zone != BAD_TIMEZONE ? zone : DateTime::timezone(LogTimeZone.value(false));
+  return zone != BAD_TIMEZONE ? zone : DateTime::timezone(internal::LogTimeZone.value(false));
 }

@@ -1,4 +1,23 @@
-# What every target of the project is compiled with, and what those of other projects are.
+# The options, what every target of the project is compiled with, and what those of other
+# projects are.
+
+# The options, all of them.  Another project that adds this one as a folder does not get what
+# depends on PROJECT_IS_TOP_LEVEL unless it asks for it.
+option(HOPLAUNCH_TESTS "Build the tests" ${PROJECT_IS_TOP_LEVEL})
+option(HOPLAUNCH_HOPOPEN "Build hopopen, which needs three further libraries"
+  ${PROJECT_IS_TOP_LEVEL})
+option(HOPLAUNCH_INSTALL "Install, and prepare what is installed" ${PROJECT_IS_TOP_LEVEL})
+option(HOPLAUNCH_STATIC "Link the C library into hoplaunch, too" ${PROJECT_IS_TOP_LEVEL})
+option(HOPLAUNCH_HARDENING "Harden release builds" ${PROJECT_IS_TOP_LEVEL})
+option(HOPLAUNCH_LONG_TESTS "Run all tests with gigabytes of text, which take ten minutes" OFF)
+option(HOPLAUNCH_SHARED "Build the shared library, too" ON)
+option(HOPLAUNCH_PACKAGE "Prepare Debian packages; ./package does" OFF)
+option(HOPLAUNCH_BENCHMARKS "Build what bench/run measures" OFF)
+option(HOPLAUNCH_AGREEMENT "Build what scripts/check agreement runs" OFF)
+option(HOPLAUNCH_WERROR "Treat warnings as errors" OFF)
+set(HOPLAUNCH_SANITIZE "" CACHE STRING "Sanitizers to build with, for example address,undefined")
+option(HOPLAUNCH_COVERAGE "Build for measuring coverage" OFF)
+option(HOPLAUNCH_FUZZ "Build the fuzzers in place of the tests, by clang" OFF)
 
 if(PROJECT_IS_TOP_LEVEL AND NOT CMAKE_BUILD_TYPE)
   set(CMAKE_BUILD_TYPE Release)
@@ -17,10 +36,9 @@ if(HOPLAUNCH_WERROR)
   target_compile_options(hoplaunch_options INTERFACE -Werror)
 endif()
 
-# What is shipped makes a fault hard to turn into an attack: it lies at addresses that
-# nobody knows, notices a broken stack, checks the sizes that the compiler knows, and
+# What is shipped makes a fault hard to turn into an attack: it is at random
+# addresses, notices a broken stack, checks the sizes that the compiler knows, and
 # has its tables read-only before `main`.  scripts/check hardening looks at the result.
-option(HOPLAUNCH_HARDENING "Harden release builds" ${PROJECT_IS_TOP_LEVEL})
 if(HOPLAUNCH_HARDENING AND CMAKE_BUILD_TYPE STREQUAL "Release" AND NOT HOPLAUNCH_SANITIZE)
   set(type $<TARGET_PROPERTY:TYPE>)
   target_compile_options(hoplaunch_options INTERFACE
@@ -45,7 +63,7 @@ if(NOT HOPLAUNCH_SANITIZE)
     LINKER:-z,pack-relative-relocs)
 endif()
 
-# How a program is linked that is to start quickly: docs/performance.md has the figures.
+# How a program is linked that must start quickly: docs/performance.md has the figures.
 if(HOPLAUNCH_SANITIZE)
   set(HOPLAUNCH_STATIC OFF)  # sanitizers replace functions of the C library
 endif()
@@ -55,10 +73,9 @@ if(HOPLAUNCH_STATIC)
     -static-pie LINKER:--gc-sections LINKER:-z,pack-relative-relocs
     # What is exported is for stack traces, which read the older form of the table.
     LINKER:--exclude-libs=libstdc++.a:libgcc.a:libgcc_eh.a LINKER:--hash-style=sysv
-    LINKER:--dynamic-list=${CMAKE_CURRENT_LIST_DIR}/traced.list
-    LINKER:-T,${CMAKE_CURRENT_LIST_DIR}/launch.ld)
+    LINKER:--dynamic-list=${CMAKE_CURRENT_LIST_DIR}/traced.list)
   set_target_properties(hoplaunch_quick_start PROPERTIES INTERFACE_LINK_DEPENDS
-    "${CMAKE_CURRENT_LIST_DIR}/traced.list;${CMAKE_CURRENT_LIST_DIR}/launch.ld")
+    "${CMAKE_CURRENT_LIST_DIR}/traced.list")
 else()
   target_link_libraries(hoplaunch_quick_start INTERFACE hoplaunch_own_library)
 endif()

@@ -38,7 +38,7 @@ Data files say which viewers there are, and how each is started.
 
 hoplaunch is given one URI, such as vnc://host:5900/?shared=1, looks up the
 viewer program for its scheme, turns the URI into that program's argument
-vector, and becomes the program. hopexplain takes the same command line,
+vector, and becomes the program. hopexplain has the same command line,
 starts nothing, and says what hoplaunch would do.")
 
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME libhoplaunch1)
@@ -73,7 +73,7 @@ set(changelog ${PROJECT_BINARY_DIR}/changelog.gz)
 add_custom_command(OUTPUT ${changelog}
   COMMAND ${PROJECT_SOURCE_DIR}/packaging/changelog.sh "${CPACK_PACKAGE_CONTACT}" ${changelog}
   DEPENDS CHANGELOG.md packaging/changelog.sh VERBATIM)
-# Every icon theme is to have this size as a bitmap.
+# Every icon theme must have this size as a bitmap.
 set(icon ${PROJECT_BINARY_DIR}/hoplaunch.png)
 add_custom_command(OUTPUT ${icon}
   COMMAND ${rsvg_convert} --width=48 --height=48 --output=${icon}

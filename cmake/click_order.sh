@@ -2,7 +2,6 @@
 # Writes cmake/click.ld: which functions a click calls, as valgrind sees them, so that the
 # linker puts them together.
 #   bash cmake/click_order.sh [HOPOPEN]    the program of build/release, if none is named
-# The target hoplaunch_click_order does.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 # shellcheck source=scripts/lib.sh
@@ -49,8 +48,9 @@ sed -nE "s/^c?fn=\([0-9]+\) ([^ ']+).*/\1/p" "$folder"/calls*.1 | LC_ALL=C sort 
 
 {
   cat <<'TEXT'
-/* Which functions a click calls, so that they stand together, as in launch.ld.  Written by
-   cmake/click_order.sh; a pattern that matches nothing does no harm. */
+/* Which functions a click calls, so that they are side by side: what is scattered over a
+   statically linked program has a page fault for each place.  cmake/click_order.sh writes
+   this; a pattern that matches nothing does no harm. */
 SECTIONS
 {
   .text.click :

@@ -64,7 +64,7 @@ _hoplaunch_files() {
   COMPREPLY=("${found[@]}")
 }
 
-# Keys that begin with what was typed, or do so but for the case of letters, in which the
+# Keys that begin with what was typed, or do so except for the case of letters, in which the
 # typed ones stay: $1 those that count in any case, $2 the others.
 _hoplaunch_keys() {
   local key
@@ -83,8 +83,8 @@ _hoplaunch() {
   local cur prev words cword
   _init_completion -n =: || return
 
-  # The option whose value is being typed, if any: behind its "=", or as the argument
-  # behind it.
+  # The option whose value is being typed, if any: after its "=", or as the argument
+  # after it.
   local key='' word
   for word in "${words[@]:1:cword-1}"; do
     if [[ -n $key || $word != -* || $word == *=* ]]; then
@@ -98,9 +98,11 @@ _hoplaunch() {
     cur=${cur#*=}
   fi
 
+  # list of docs/items.tsv: bash
   local keys='-log= -program= -style= -portArg= -PROGRAMS= -VNC_OPTIONS= -URI_SCHEME= -dummy=
     -MaxShortName= -LogDateFormat= -LogTimeZone= -defaultLanguage='
   local flags='-refcount=1 -hoplaunch=1 -configDB=1 -reportThread=1 -reportStack=1'
+  # end of list
   local explains=''
   if [[ ${words[0]##*/} == hopexplain ]]; then
     explains=yes

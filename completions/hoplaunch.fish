@@ -40,9 +40,11 @@ function __hoplaunch_value
 end
 
 function __hoplaunch_keys
-    string split ' ' -- '-log= -program= -style= -portArg= -PROGRAMS= -VNC_OPTIONS= -URI_SCHEME='
-    string split ' ' -- '-dummy= -MaxShortName= -LogDateFormat= -LogTimeZone= -defaultLanguage='
+    # list of docs/items.tsv: fish
+    string split ' ' -- '-log= -program= -style= -portArg= -PROGRAMS= -VNC_OPTIONS= -URI_SCHEME= -dummy='
+    string split ' ' -- '-MaxShortName= -LogDateFormat= -LogTimeZone= -defaultLanguage='
     string split ' ' -- '-refcount=1 -hoplaunch=1 -configDB=1 -reportThread=1 -reportStack=1'
+    # end of list
     set -l words (commandline -opc)
     if test $words[1] = hopexplain
         echo -- -format=
@@ -50,8 +52,8 @@ function __hoplaunch_keys
     end
 end
 
-# Every option has a value, behind an "=" or as the next argument.  Keys count in any letter
-# case, but for those of trace flags.
+# Every option has a value, after an "=" or as the next argument.  Keys count in any letter
+# case, except for those of trace flags.
 function __hoplaunch_words
     set -l key ''
     for word in (commandline -opc)[2..-1]

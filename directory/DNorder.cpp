@@ -6,17 +6,12 @@
 #include <cstring>
 
 #include "../utilities/ascii.h"
-#include "../utilities/startup.h"
 #include "DistName.h"
 #include "asserts.h"
-#include "configRef.h"
 #include "conversion.h"
 #include "segments.h"
 
 namespace {
-
-// The longest short name that name generation may produce.
-[[gnu::init_priority(START_ITEMS), gnu::used]] configInt MaxShortName("MaxShortName", 16);
 
 // Negative, zero or positive, as the first pair of lowered characters that differs
 // decides, or else the length.

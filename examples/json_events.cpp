@@ -33,13 +33,13 @@ std::string json(const std::string& text) {
 
 class jsonHandler : public eventHandler {
  public:
-  // Stand below 10 to see reports: there the storing handler claims all that are left.
+  // A priority below 10 sees reports: there the storing handler claims all that are left.
   jsonHandler(std::ostream& out, int priority, eventAudience audience)
       : eventHandler(priority), m_out(out), m_audience(audience) {}
 
   bool handle(eventReport& event) override {
     if ((event.audience() & m_audience) != AUD_NULL) {
-      // The text is made before the section is taken: no other is to be held meanwhile.
+      // The text is made before the section is taken: no other must be held meanwhile.
       const std::string line = toJSON(event);
       clearAudience(event, m_audience);
       const criticalSection section(CS_LOGOUT, false);

@@ -41,7 +41,7 @@ int main() {
   // Change.
   std::cout << "renamed: " << ada.rename("Ada").str() << '\n';
 
-  // Compare: letter case and blanks around segments do not matter, and a parent stands
+  // Compare: letter case and blanks around segments do not matter, and a parent is
   // right before its children.
   const DistName same("cn=lovelace\\, ada, ou=users, dc=example, dc=com");
   std::cout << "the same: " << (ada == same ? "yes" : "no") << '\n';

@@ -2,7 +2,7 @@
 //
 // The database is memory of one process.  A child made by `fork` starts with a copy of
 // what its parent had published, and from then on neither sees what the other publishes.
-// What they share is the critical sections.  So an edit that is to reach another process
+// What they share is the critical sections.  So an edit that must reach another process
 // goes there as a message, and is published there once more.
 
 #include <hoplaunch/configRef.h>

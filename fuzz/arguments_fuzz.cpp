@@ -1,13 +1,13 @@
 // Form-encoded arguments, for every text up to its first NUL byte:
 //
 // - Reading pairs moves on within the text and comes to its end.
-// - A text is malformed exactly when, between two "&", what stands behind the first "="
+// - A text is malformed exactly when, between two "&", what is after the first "="
 //   has another "=", or a "%" without two hexadecimal digits.
 // - A pair that fails leaves name and value as they were.
 // - A list has the pairs in front of the first malformed one, all of them when there is
 //   none: each name with its first value, further ones joined to it by the byte 30.
 // - A list that is encoded with `URIescape` parses to itself.
-// - Adding a text to a list is the same as parsing it behind what the list was made of.
+// - Adding a text to a list is the same as parsing it after what the list was made of.
 
 #include "conversion.h"
 #include "fuzz.h"
@@ -97,6 +97,6 @@ void fuzz(std::string_view input) {
     assocList joined;
     check(parseArguments(twice, text.c_str()) &&
               parseArguments(joined, (text + '&' + text).c_str()) && twice == joined,
-          "a text is added behind what is in the list", text);
+          "a text is added after what is in the list", text);
   }
 }

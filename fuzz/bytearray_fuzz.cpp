@@ -76,7 +76,7 @@ void checkPrefixed(const ByteArray& bytes) {
     std::transform(prefix.begin(), prefix.end(), prefix.begin(),
                    [](char c) { return c >= 'A' ? static_cast<char>(c - 'A' + 'a') : c; });
     prefix = prefix.substr(prefix.size() - 2 * static_cast<std::size_t>(width));
-    checkSame(text, prefix + hex, "the size stands before the bytes");
+    checkSame(text, prefix + hex, "the size is before the bytes");
   }
 }
 

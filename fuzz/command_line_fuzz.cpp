@@ -4,16 +4,16 @@
 // - Splitting fails only at a last argument that is an option without a value, which the
 //   message names; otherwise nothing is written.
 // - Positional arguments are those of the command line in its order, without a dash.
-// - Written as -key=value, and the positional arguments behind, it splits the same.
+// - Written as -key=value, and the positional arguments last, it splits the same.
 // - Routing keeps the options of the launch, and values as they are.  An option that it
 //   uses up has set its configuration item to the one value, or switched its flag on.
 // - The plan is made of the decoded URI.  There are arguments exactly when the URI parses
 //   and there is a program: the one that is asked for, or else one that is registered.
 // - The first argument is the program's last path component, without a slash or
-//   backslash; the first address is the last, but for a port that is passed apart; then
+//   backslash; the first address is the last, except for a port that is passed apart; then
 //   comes null.
 // - Planning again plans the same.
-// - What hopexplain tells of it is lines of printable ASCII for people, and for programs
+// - What hopexplain says of it is lines of printable ASCII for people, and for programs
 //   JSON in ASCII that holds the URI and the arguments to the byte.
 
 #include <algorithm>

@@ -3,7 +3,7 @@
 // - A text without double quote, comma, carriage return and line feed is written as it
 //   is; any other in double quotes, and all double quotes inside are doubled.
 // - What is written reads back, alone and among other fields of a line, and reading
-//   ends exactly behind it.
+//   ends exactly after it.
 //
 // For every text read as a line:
 //
@@ -24,7 +24,7 @@ void checkWritten(const std::string& field) {
     checkSame(written, field, "a plain field is written as it is");
   } else {
     check(written.size() >= 2 && written.front() == '"' && written.back() == '"',
-          "a field with special characters stands in double quotes", written);
+          "a field with special characters is in double quotes", written);
     const std::string_view inside = std::string_view(written).substr(1, written.size() - 2);
     const auto quotes = std::count(inside.begin(), inside.end(), '"');
     check(quotes == 2 * std::count(field.begin(), field.end(), '"'), "double quotes are doubled",
@@ -32,7 +32,7 @@ void checkWritten(const std::string& field) {
   }
   const char* p = written.c_str();
   checkSame(CSVunescape(p), field, "a field reads back", written);
-  check(*p == '\0', "reading ends behind the field", written);
+  check(*p == '\0', "reading ends after the field", written);
 }
 
 void checkLine(const std::vector<std::string>& fields) {
@@ -45,7 +45,7 @@ void checkLine(const std::vector<std::string>& fields) {
   for (const std::string& field : fields) {
     checkSame(CSVunescape(p), field, "the fields of a line read back", line);
   }
-  check(*p == '\0', "reading ends behind the last field", line);
+  check(*p == '\0', "reading ends after the last field", line);
 }
 
 void checkReading(const std::string& line) {

@@ -21,7 +21,7 @@
 // - A zone is local time for "l", the precise clock for "p", each in either case, or at
 //   most 99 hours and 99 minutes away; without a sign or digit it is 0.
 // - A pattern without "%" is written as it is; two patterns, the first of which does not
-//   end with "%", are written one behind the other.  Any fields can be written.
+//   end with "%", are written one after the other.  Any fields can be written.
 
 #include <cmath>
 #include <cstdint>
@@ -126,7 +126,7 @@ void checkArithmetic(const DateTime& time, double delta) {
     check(next.okay() && time < next && std::abs(next - time - 1e-6) < 1e-9,
           "the next microsecond is one later", shown(time), shown(next));
   } else {
-    check(!next.okay(), "there is nothing behind the last time");
+    check(!next.okay(), "there is nothing after the last time");
   }
   const double expected = (time - DateTime::MIN_TIME) + delta;
   const DateTime moved = time + delta;
@@ -196,7 +196,7 @@ void checkPattern(const gregorianDate& date, const std::string& pattern) {
   if (pattern.empty() || pattern.back() != '%') {
     const std::string rest = "<%Y%y%m%d%e%H%M%S%N%f%i%%%q";
     checkSame(date.format(pattern + rest), written + date.format(rest),
-              "patterns are written one behind the other", pattern);
+              "patterns are written one after the other", pattern);
   }
 }
 

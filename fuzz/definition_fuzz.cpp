@@ -97,7 +97,7 @@ std::string written(const definition& what) {
 
 // --- Faults ----------------------------------------------------------------
 
-// How many characters a line has.  A byte that goes on with one does not count.
+// How many characters a line has.  A byte that continues one does not count.
 std::size_t lengthOf(std::string_view line) {
   return static_cast<std::size_t>(std::count_if(line.begin(), line.end(), [](char c) {
     return (static_cast<unsigned char>(c) & 0xC0) != 0x80;

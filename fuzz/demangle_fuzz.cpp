@@ -1,8 +1,8 @@
 // Reading mangled names.  For every text:
 //
 // - The reading has its arguments in parentheses, is at most twenty times as long as the
-//   name, and nothing behind the name's end is looked at.
-// - A line of a trace keeps what stands before "(_Z" and from the next "+" on, with the
+//   name, and nothing after the name's end is looked at.
+// - A line of a trace keeps what is before "(_Z" and from the next "+" on, with the
 //   reading between; a line without both is left as it is.
 //
 // For every two identifiers and a built-in type: a plain function and a nested one with

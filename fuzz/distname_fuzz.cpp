@@ -4,7 +4,7 @@
 // - As the first value of a name it is one segment, which has the rest as its parent; it
 //   comes back as the short name and from `extractId`, and renaming changes nothing else.
 //   (Names begin and end their values with no white space but escaped blanks.)
-// - A name orders behind its parent.
+// - A name orders after its parent.
 //
 // For every text taken as a name:
 //
@@ -61,7 +61,7 @@ void checkWellFormed(const std::string& value, const std::string& second) {
   checkSame(child.firstKey(), "OU", "the first key", child.str());
   checkSame(child.shortName(), value, "the short name is the first value", child.str());
   checkSame(child.parent().str(), parent, "the parent is the rest", child.str());
-  check(name(parent) < child, "a name orders behind its parent", child.str());
+  check(name(parent) < child, "a name orders after its parent", child.str());
 
   const auto extract = [&child](const char* key, DistName::extractMode mode) {
     return child.extractId(key, mode, '/');

@@ -118,7 +118,7 @@ std::vector<std::int32_t> characters(const std::string& text) {
   return result;
 }
 
-// Moves `text` behind `expected` if it begins with that.
+// Moves `text` after `expected` if it begins with that.
 bool skip(std::string_view& text, std::string_view expected) {
   const bool found = text.substr(0, expected.size()) == expected;
   text.remove_prefix(found ? expected.size() : 0);

@@ -25,7 +25,7 @@ void show(std::string_view value) {
   std::fputs("\"\n", stderr);
 }
 
-// Stands before the library's own storing handler, which would keep the text of every
+// Comes before the library's own storing handler, which would keep the text of every
 // report for as long as the process lives.  Shows what ends the process.
 class claimingHandler : public eventHandler {
  public:

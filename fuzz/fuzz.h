@@ -1,7 +1,7 @@
 // What the fuzzers share.
 //
 // Each NAME_fuzz.cpp defines `fuzz`, which is called with one input after the other and
-// checks what must hold for every input; the properties stand at the head of the file.
+// checks what must hold for every input; the properties are at the head of the file.
 // Inputs are texts that can be read and written by hand: where an input has several
 // parts, each but the last ends with a line.
 #pragma once
@@ -12,7 +12,7 @@
 #include <string>
 #include <string_view>
 
-/// Checks the properties on one input.  The bytes behind its end may not be read.
+/// Checks the properties on one input.  The bytes after its end may not be read.
 void fuzz(std::string_view input);
 
 /// Ends the process with a message: the property that does not hold, and the values
@@ -96,8 +96,8 @@ constexpr std::string_view UPPER_HEX = "0123456789ABCDEF";
 constexpr std::string_view LOWER_HEX = "0123456789abcdef";
 constexpr std::string_view LETTERS = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
 
-/// True when a file in which expressions may stand asks little of the C library for them.
-/// (What it takes for repeated repetitions has no bound: see regexpr_fuzz.cpp.)
+/// True when a file in which expressions may be asks little of the C library for them.
+/// (What it asks for repeated repetitions has no bound: see regexpr_fuzz.cpp.)
 inline bool cheapExpressions(std::string_view file) {
   if (file.find("allow") == std::string_view::npos) {
     return true;

@@ -4,8 +4,8 @@
 //   one that it breaks and at a place within the part that is at fault.
 // - Otherwise its pieces are those that the rules find, each of them checked.
 // - Its host reads back from the form that it has in links, and is equal to itself.
-// - As it is shown, it has its bytes in their order, but for stretches that "***" stands
-//   for, and nothing of a password: texts that differ in their passwords alone are shown
+// - As it is shown, it has its bytes in their order, except for stretches that "***"
+//   replaces, and nothing of a password: texts that differ in their passwords alone are shown
 //   the same, and so are the messages about them.
 // - Quoted, it is printable ASCII in double quotes, and undoing the escapes gives its
 //   beginning.
@@ -132,7 +132,7 @@ bool abbreviates(std::string_view shown, std::string_view text) {
 void checkMasked(const std::string& text, const hopopen::verdict& why) {
   const std::string shown = hopopen::masked(text);
   check(text.find('*') != std::string::npos || abbreviates(shown, text),
-        "a link is shown as it is but for passwords", text, shown);
+        "a link is shown as it is except for passwords", text, shown);
   const auto secrets = secretsOf(text);
   if (!secrets.empty()) {
     const std::string other = withOtherSecrets(text, secrets, 'x');
@@ -153,7 +153,7 @@ void checkMasked(const std::string& text, const hopopen::verdict& why) {
 
 std::string unquoted(std::string_view text, bool cut) {
   check(text.size() >= 2 && text.front() == '"' && text.ends_with(cut ? "...\"" : "\""),
-        "a quoted text stands in double quotes", text);
+        "a quoted text is in double quotes", text);
   text = text.substr(1, text.size() - (cut ? 5 : 2));
   std::string result;
   for (std::size_t i = 0; i < text.size(); i++) {

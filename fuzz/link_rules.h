@@ -24,7 +24,7 @@ struct ruledLink {
 
   std::string plainHost() const { return zone.empty() ? host : host + '%' + zone; }
   std::string bracketedHost() const { return bracketed ? '[' + plainHost() + ']' : host; }
-  /// The host as it stands in a link.
+  /// The host as it is in a link.
   std::string linkedHost() const {
     return zone.empty() ? bracketedHost() : '[' + host + "%25" + zone + ']';
   }
@@ -36,7 +36,7 @@ struct stretch {
   std::size_t end;
 };
 
-/// What comes of a link by the rules: nothing, or the code of the first one that it breaks
+/// The result of a link by the rules: nothing, or the code of the first one that it breaks
 /// and the part of the text in which the fault is.
 struct ruling {
   std::string code;

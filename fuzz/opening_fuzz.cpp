@@ -8,8 +8,8 @@
 // - Otherwise the argument vector is made of the program's name, or the terminal's and the
 //   path, and the definition's words, in their order, with checked pieces of the link for
 //   their placeholders and nothing else.  What lacks a piece is left out.
-// - So are the variables, but that the password may stand there.
-// - What is told as used and dropped is what was used and dropped.
+// - So are the variables, but that the password may be there.
+// - What is shown as used and dropped is what was used and dropped.
 //
 // The expectation is made of the text of the definition as the TOML reader gives it, and of
 // the link as the rules of link_rules.h read it.
@@ -385,8 +385,8 @@ void checkFilling(const hopopen::filling& filled, const expectation& expected,
   check(environment == expected.environment && environment.size() == filled.environment.size(),
         "the variables are the template with the pieces", text);
   check(filled.user == expected.user(), "the user is the link's", text);
-  check(filled.used == expected.used, "what is used is told", text);
-  checkSame(shown(filled.dropped), shown(expected.dropped), "what is dropped is told", text);
+  check(filled.used == expected.used, "what is used is shown", text);
+  checkSame(shown(filled.dropped), shown(expected.dropped), "what is dropped is shown", text);
 }
 
 void checkOpening(const std::string& text, const hopopen::definition& viewer,

@@ -1,9 +1,9 @@
 // Quoting, for every text:
 //
 // - The result is printable ASCII, so it shows on one line.
-// - It reads back: it stands in double quotes, and undoing its escapes gives the text.
+// - It reads back: it is in double quotes, and undoing its escapes gives the text.
 // - Texts are quoted byte by byte: the quoted whole is that of its two halves.
-// - A sequence is written as "{ ", its quoted strings with a blank behind each, "}".
+// - A sequence is written as "{ ", its quoted strings with a blank after each, "}".
 
 #include <sstream>
 #include <vector>
@@ -16,7 +16,7 @@ namespace {
 // Undoes the escapes between the double quotes.
 std::string unquote(std::string_view quoted) {
   check(quoted.size() >= 2 && quoted.front() == '"' && quoted.back() == '"',
-        "a quoted text stands in double quotes", quoted);
+        "a quoted text is in double quotes", quoted);
   std::string result;
   for (std::size_t i = 1; i + 1 < quoted.size(); i++) {
     check(quoted[i] != '"', "a double quote in the text is escaped", quoted);

@@ -1,11 +1,11 @@
 // URIs.  For every text:
 //
-// - Parsing stops within the text.  What stands before the byte that does not fit does
+// - Parsing stops within the text.  What is before the byte that does not fit does
 //   fit: it is a URI, or parsing it stops at its end.
 // - A URI has a scheme that begins with a letter, and at least one address, none of them
 //   empty or with a delimiter in it.  It has parameters only without a ticket.
 // - What `format` writes parses back to the same scheme, addresses, ticket, parameters and
-//   key id, but for a key id that wrapped to a negative number, which is not written; and
+//   key id, except for a key id that wrapped to a negative number, which is not written; and
 //   formats to itself.
 // - A copy has the addresses, the key id and the ticket, but no scheme and no parameters.
 // - Assigning a text gives what constructing from it gives; when it does not parse, the
@@ -103,11 +103,11 @@ std::vector<std::string> vectorOf(URI& uri, unsigned int maxHosts, argsStyle sty
       hosts + perOption * optionCount + (portArg != nullptr ? perOption : 0) + 2;
   check(arguments.size() + 1 <= room, "the vector keeps to the room computed for it");
   check(arguments.size() >= 1 + perOption * optionCount + hosts && arguments[0] == "viewer",
-        "the program stands first");
+        "the program is first");
   for (std::size_t i = 0; i < hosts; i++) {
     const std::string& address = uri.addresses[i];
     checkSame(arguments[arguments.size() - hosts + i],
-              portArg != nullptr ? withoutPort(address) : address, "the addresses stand last");
+              portArg != nullptr ? withoutPort(address) : address, "the addresses are last");
   }
   return std::vector<std::string>(arguments.begin() + 1,
                                   arguments.end() - static_cast<std::ptrdiff_t>(hosts));
@@ -149,7 +149,7 @@ void fuzz(std::string_view input) {
   if (!uri.okay()) {
     const uriParse before = URI().parse(text.substr(0, parsed.offset));
     check(before.stop == US_COMPLETE || before.offset == parsed.offset,
-          "what stands before the byte that does not fit does fit", text);
+          "what is before the byte that does not fit does fit", text);
     return;
   }
   checkParsed(uri, text);

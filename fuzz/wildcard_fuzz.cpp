@@ -2,7 +2,7 @@
 //
 // - The expression compiles.
 // - It matches exactly the texts that consist of the pieces between the stars in this
-//   order, with anything where a star stands; the empty wildcard matches every text.
+//   order, with anything in place of a star; the empty wildcard matches every text.
 // - With letter case ignored it matches what it matches with both in lower case.
 // - Without a star at either end the match is the whole text.
 
@@ -12,8 +12,8 @@
 
 namespace {
 
-// The leftmost place for each piece in turn is as good as any, but for the last piece,
-// which stands at the end.
+// The leftmost place for each piece in turn is as good as any, except for the last piece,
+// which is at the end.
 bool fits(const std::string& text, const std::string& wildcard) {
   const std::vector<std::string> pieces = stringToVector(wildcard, '*');
   const std::string& first = pieces.front();

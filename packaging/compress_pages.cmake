@@ -1,4 +1,4 @@
-# Run by CPack once the files of the packages stand in their folders: Debian's manual
+# Run by CPack once the files of the packages are in their folders: Debian's manual
 # pages are compressed.
 file(GLOB pages ${CPACK_TEMPORARY_DIRECTORY}/*/usr/share/man/man1/*.1)
 foreach(page ${pages})

@@ -1,4 +1,4 @@
-"""Breaks a source file in small ways and tells which breaks no test notices.
+"""Breaks a source file in small ways and shows which breaks no test notices.
 
 Each mutant differs from the file by one token or one statement.  It is compiled
 without optimisation in a copy of the tree, and the tests that reach its line are
@@ -377,7 +377,7 @@ class Compiler:
 
 
 def judge(mutant, measured, longest, compiler):
-    """What becomes of a mutant: "invalid", "killed", "equivalent" or "survived"."""
+    """The fate of a mutant: "invalid", "killed", "equivalent" or "survived"."""
     (BROKEN_TREE / mutant.name).write_text(mutant.text)
     if compiler.object and not ninja(BROKEN, compiler.object):
         return "invalid"

@@ -1,12 +1,7 @@
 # The tests of the front door: of its units, and of the program as its users run it.
 foreach(source ${door_sources})
   cmake_path(GET source STEM name)
-  target_link_libraries(${name} PRIVATE hoplaunch_opening)
-  target_compile_definitions(${name} PRIVATE
-    HOPOPEN="$<TARGET_FILE:hopopen>" HOPLAUNCH_BINARY="$<TARGET_FILE:hoplaunch>"
-    RECORDING_VIEWER="$<TARGET_FILE:recording_viewer>"
-    SOURCES="${PROJECT_SOURCE_DIR}" VIEWERS="${PROJECT_SOURCE_DIR}/viewers"
-    DESKTOP_ENTRIES="${PROJECT_BINARY_DIR}" HOPOPEN_COMMAND="${hopopen}")
+  target_link_libraries(${name} PRIVATE hoplaunch_opening test_runners)
   add_dependencies(${name} hopopen hoplaunch recording_viewer)
 endforeach()
 wraps(file_test fstat read)

@@ -279,9 +279,9 @@ TEST(DateTimePlus, TellsTheSmallestDoubleFromNothing) {
 
 // Nothing below it expects a sign at a zero.
 TEST(DateTimePlus, MakesNoNegativeZero) {
-  EXPECT_FALSE(std::signbit(rounding::sum(0, -0.0)));
-  EXPECT_FALSE(std::signbit(rounding::sum(0, 0.0)));
-  EXPECT_FALSE(std::signbit(rounding::sum(1000000, -1.0)));
+  EXPECT_FALSE(std::signbit(internal::rounding::sum(0, -0.0)));
+  EXPECT_FALSE(std::signbit(internal::rounding::sum(0, 0.0)));
+  EXPECT_FALSE(std::signbit(internal::rounding::sum(1000000, -1.0)));
   EXPECT_EQ(raw(rawTime(0, 0) + -0.0), "0.000000");
   EXPECT_EQ(raw(rawTime(0, 0) - 0.0), "0.000000");
 }

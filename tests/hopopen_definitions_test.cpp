@@ -287,7 +287,7 @@ ConnectionName.arguments = ["x"]
   ASSERT_EQ(1U, viewers.size());
   EXPECT_EQ(R"({"name":"full","title":"Full \u00e4","schemes":["vnc","x-vnc+tls.1"],)"
             R"("file":null,"unguarded":["clipboard"],"chosen":{}})",
-            viewers[0].dump(-1, ' ', true));
+            viewers[0].dump(true));
 }
 
 TEST(Definitions, MakeTheirSchemesKnownAlsoWhenNothingIsInstalled) {

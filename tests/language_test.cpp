@@ -319,7 +319,7 @@ TEST(languageVector, CountsItsTextsApartFromItsKeywords) {
 // What reads vectors from elsewhere goes by the keywords.
 TEST(languageVector, IsKeptWithItsKeywords) {
   const languageVector fruit("Fruit", fruitKeywords, fruitTexts);
-  const vectorDetails& details = defaultVectors()["Fruit"].back();
+  const internal::vectorDetails& details = internal::defaultVectors()["Fruit"].back();
   ASSERT_EQ(details.Nkeywords, 3);
   ASSERT_EQ(details.keywords.size(), 4u);
   EXPECT_EQ(details.keywords[0], fruitKeywords[0]);
@@ -434,7 +434,7 @@ TEST(languageString, StandsInTheOrderOfTheKeywords) {
 TEST(languageString, IsKeptWithItsKeyword) {
   static languageString b("Beta", "B", "Greek"), a("alpha", "A", "Greek");
   languageString::finalise();
-  const vectorDetails& details = defaultVectors()["Greek"].back();
+  const internal::vectorDetails& details = internal::defaultVectors()["Greek"].back();
   ASSERT_EQ(details.Nkeywords, 2);
   ASSERT_EQ(details.keywords.size(), 3u);
   EXPECT_STREQ(details.keywords[0], "alpha");

@@ -1,12 +1,14 @@
 // What ends the launcher and what explains it, or must not: no set to be had, signals,
 // output that nobody takes.  Nothing is left behind.
 
+#include <fcntl.h>
 #include <poll.h>
 #include <sched.h>
 #include <sys/resource.h>
 
 #include <array>
 #include <cerrno>
+#include <csignal>
 #include <cstring>
 #include <thread>
 

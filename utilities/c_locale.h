@@ -4,6 +4,8 @@
 
 #include <locale.h>  // NOLINT(modernize-deprecated-headers): POSIX has more in it than C++
 
+namespace internal {
+
 /// The C locale of the C library; never freed.
 locale_t cLocale();
 
@@ -18,3 +20,5 @@ class inCLocale {
  private:
   locale_t m_before;
 };
+
+}  // namespace internal

@@ -351,13 +351,14 @@ DateTime& DateTime::operator+=(double seconds) {
   constexpr double BEYOND = 0x1p33;  // moves every time out of the range
   const double total =
       std::abs(seconds) <= BEYOND
-          ? rounding::sum(std::int64_t{m_seconds} * MILLION + m_microseconds, seconds)
+          ? internal::rounding::sum(std::int64_t{m_seconds} * MILLION + m_microseconds, seconds)
           : seconds;
   if (total > 4294967295.999998) {
     *this = DateTime(0xFFFFFFFF, INVALID);
   } else if (total >= 0) {
     m_seconds = static_cast<std::uint32_t>(total);
-    m_microseconds = static_cast<std::uint32_t>(rounding::millionTimes(total - m_seconds));
+    m_microseconds =
+        static_cast<std::uint32_t>(internal::rounding::millionTimes(total - m_seconds));
   } else {
     *this = BAD_TIME;  // too early, or not a number
   }
@@ -399,7 +400,7 @@ double DateTime::operator-(const DateTime& other) const {
   }
   const std::int64_t seconds = std::int64_t{m_seconds} - other.m_seconds;
   const std::int64_t microseconds = std::int64_t{m_microseconds} - other.m_microseconds;
-  return rounding::sum(seconds * MILLION + microseconds, 0.0);
+  return internal::rounding::sum(seconds * MILLION + microseconds, 0.0);
 }
 
 bool DateTime::operator<(const DateTime& other) const {

@@ -17,5 +17,5 @@ std::string convertSymbol(std::string_view line) {
 }
 
 std::string demangle(std::string_view mangled) {
-  return demangler<std::string>(mangled).function();
+  return internal::demangler<std::string>(mangled).function();
 }

@@ -5,6 +5,8 @@
 #include <string_view>
 #include <utility>
 
+namespace internal {
+
 /// Reads a mangled name from left to right and writes what it understands.  It
 /// never reads past its input: beyond the end every character is NUL.
 ///
@@ -199,3 +201,5 @@ class demangler {
   Text m_out;
   int m_depth = 0;
 };
+
+}  // namespace internal

@@ -116,7 +116,7 @@ void eventReport::report() {
   }
   m_reported = true;
   storingHandler::theInstance();  // the thread may have come by a map of its own since
-  handlerWalk(ThreadedEventHandlerList::local().theMap).offer(*this);
+  internal::handlerWalk(ThreadedEventHandlerList::local().theMap).offer(*this);
 }
 
 std::ostream& operator<<(std::ostream& out, const eventReport& event) {

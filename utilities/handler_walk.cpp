@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <new>
 
+namespace internal {
+
 constinit handlerWalk* handlerWalk::c_innermost = nullptr;
 
 handlerWalk::handlerWalk(const handlerMap& map)
@@ -72,3 +74,5 @@ bool handlerWalk::registered(const handlerMap::value_type& entry) const {
   const auto [first, last] = m_map.equal_range(entry.first);
   return std::find(first, last, entry) != last;
 }
+
+}  // namespace internal

@@ -7,6 +7,8 @@
 
 #include "events.h"
 
+namespace internal {
+
 /// The handlers that a map has when a report is offered, to be called one after the other.
 /// Handlers may come and go meanwhile, and further reports may be offered: each has a walk
 /// of its own, within the one that is under way.
@@ -45,3 +47,5 @@ class handlerWalk {
 
   static handlerWalk* c_innermost;  // of the walks under way
 };
+
+}  // namespace internal

@@ -15,7 +15,7 @@
 #include "standard_error.h"
 #include "startup.h"
 #include "threading.h"
-#include "trace.h"
+#include "trace_flags.h"
 
 // --- Handler maps ----------------------------------------------------------
 
@@ -45,16 +45,9 @@ const char* ThreadedEventHandlerList::name() const {
 
 // --- eventHandler ----------------------------------------------------------
 
-namespace {
-
-[[gnu::init_priority(START_FLAGS)]] internal::lasting<traceFlag> threadFlag("reportThread", 0);
-[[gnu::init_priority(START_FLAGS)]] internal::lasting<traceFlag> stackFlag("reportStack", 0);
-
-}  // namespace
-
 // Casts of addresses, so that they are there before any code runs.
-traceFlag& eventHandler::reportThread = reinterpret_cast<traceFlag&>(threadFlag);
-traceFlag& eventHandler::reportStack = reinterpret_cast<traceFlag&>(stackFlag);
+traceFlag& eventHandler::reportThread = reinterpret_cast<traceFlag&>(internal::reportThreadFlag);
+traceFlag& eventHandler::reportStack = reinterpret_cast<traceFlag&>(internal::reportStackFlag);
 
 namespace {
 
@@ -62,7 +55,7 @@ namespace {
 struct starter {
   starter() { storingHandler::theInstance(); }
 };
-[[gnu::init_priority(START_ITEMS), gnu::used]] const starter standardHandler;
+[[gnu::init_priority(internal::START_ITEMS), gnu::used]] const starter standardHandler;
 
 bool erase(handlerMap& map, const eventHandler* handler) {
   const auto found = std::find_if(map.begin(), map.end(),
@@ -81,7 +74,7 @@ eventHandler::eventHandler(int priority) {
 }
 
 eventHandler::~eventHandler() {
-  handlerWalk::forget(this);
+  internal::handlerWalk::forget(this);
   // A handler of the start-up map may go while a thread's map is the current one,
   // and must not be left behind for the reports at exit.
   if (!erase(ThreadedEventHandlerList::local().theMap, this)) {
@@ -121,7 +114,7 @@ bool stderrHandler::handle(eventReport& event) {
     const std::string message =
         buildMessage(event, DateTime::now(PRECISE_TIME).format(DS_ISO8601P));
     const criticalSection section(CS_STDOUT, false);
-    standardError() << message << std::flush;
+    internal::standardError() << message << std::flush;
   }
   return event.audience() == AUD_NULL;
 }

@@ -9,19 +9,15 @@
 #include <string>
 #include <utility>
 
-#include "lasting.h"
 #include "processes.h"
 #include "stack.h"
-#include "startup.h"
-#include "trace.h"
+#include "trace_flags.h"
 
 namespace {
 
 // Positions are stable diagnostic ids that support relies on: they are given, not
 // taken from this file.
 constexpr const char* SOURCE = "../utilities/refcount";
-
-[[gnu::init_priority(START_FLAGS)]] internal::lasting<traceFlag> TRACE("refcount", 0);
 
 // The section that guards shared instances.  `okay` is false once the semaphore
 // set is gone at exit: counts are then left alone.
@@ -72,7 +68,7 @@ const char* text(refType type) {
 // --- counted ---------------------------------------------------------------
 
 counted::~counted() {
-  if (*TRACE) {
+  if (*internal::refcountFlag) {
     traceLine message;
     message << Thread::threadId() << " destroying "
             << " " << address{this} << " parent = " << address{m_parent} << '\n';
@@ -254,7 +250,7 @@ reference& reference::set(bool writable, const reference& canonical) {
 
 // Holds `copy`, just cloned from `source`.
 void reference::adopt(counted* copy, counted* source) {
-  if (*TRACE) {
+  if (*internal::refcountFlag) {
     traceLine message;
     message << Thread::threadId() << ' ' << copy->className() << ' ' << address{source}
             << " cloned as " << address{copy} << '\n'
@@ -288,7 +284,7 @@ bool reference::setCanonical(reference& canonical, bool check) {
       unusedParent = countDown(std::exchange(instance->m_parent, nullptr), true);
       instance->prepareCanonical();
     }
-    if (*TRACE) {
+    if (*internal::refcountFlag) {
       const counted* const named = instance != nullptr ? instance : oldCanonical;
       message.emplace();
       *message << Thread::threadId() << ' ' << (named != nullptr ? named->className() : "<null>")

@@ -6,7 +6,7 @@
 #include <cmath>
 #include <cstddef>
 
-namespace rounding {
+namespace internal::rounding {
 
 namespace {
 
@@ -171,4 +171,4 @@ double millionTimes(double value) {
   return nearest(product, false, part.exponent);
 }
 
-}  // namespace rounding
+}  // namespace internal::rounding

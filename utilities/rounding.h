@@ -7,7 +7,7 @@
 
 #include <cstdint>
 
-namespace rounding {
+namespace internal::rounding {
 
 /// The double nearest to `millionths` / 1,000,000 + `addend`, of two that are equally near
 /// the even one.  Never a negative zero.
@@ -20,4 +20,4 @@ double sum(std::int64_t millionths, double addend);
 /// REQUIRES: `value` is at least 0, not a negative zero, and less than 1.
 double millionTimes(double value);
 
-}  // namespace rounding
+}  // namespace internal::rounding

@@ -8,7 +8,11 @@ namespace std {  // NOLINT(cert-dcl58-cpp)
 extern ostream cerr;
 }
 
+namespace internal {
+
 std::ostream& standardError() {
   static const std::ios_base::Init standardStreams;
   return std::cerr;
 }
+
+}  // namespace internal

@@ -3,5 +3,9 @@
 
 #include <iosfwd>
 
+namespace internal {
+
 /// Standard error, set up even before the static initialisers that would do so.
 std::ostream& standardError();
+
+}  // namespace internal

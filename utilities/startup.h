@@ -1,6 +1,6 @@
 // The order in which the library's static objects come to life before `main`.
 //
-// Objects that register themselves (items, flags, slots) are given one of these
+// Objects that register themselves (flags, items, slots) are given one of these
 // priorities, lower first, so that they exist before any static object of a
 // program, in whatever order the program was linked.  Everything else is
 // constant-initialised or local to a function.
@@ -8,9 +8,9 @@
 // What code that runs at the very end may still use is `lasting` (lasting.h).
 #pragma once
 
+namespace internal {
+
 constexpr int START_FLAGS = 101;  // trace flags: everything below may test them
 constexpr int START_ITEMS = 102;  // configuration items, slots, the storing handler
 
-/// One address in each source that holds such an object.  The sources through which
-/// a program can see flags and items refer to it, so that no linker leaves one out.
-extern const void* const startUpObjects[];
+}  // namespace internal

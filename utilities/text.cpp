@@ -129,7 +129,8 @@ void setCase(char* text, int length, bool up) {
   const std::size_t n = length < 0 ? std::strlen(text) : static_cast<std::size_t>(length);
   for (std::size_t i = 0; i < n; i++) {
     const auto c = static_cast<unsigned char>(text[i]);
-    text[i] = static_cast<char>(up ? toupper_l(c, cLocale()) : tolower_l(c, cLocale()));
+    text[i] = static_cast<char>(up ? toupper_l(c, internal::cLocale())
+                                   : tolower_l(c, internal::cLocale()));
   }
 }
 

@@ -3,13 +3,11 @@
 #include <map>
 
 #include "conversion.h"
-#include "lasting.h"
 #include "standard_error.h"
 #include "startup.h"
+#include "trace_flags.h"
 
 namespace {
-
-[[gnu::used]] const void* const* const keepStartUpObjects = startUpObjects;
 
 // Never destroyed: flags are tested until the process ends.
 std::map<std::string, traceFlag*>& registry() {
@@ -23,6 +21,15 @@ traceFlag* flagNamed(const std::string& name) {
 }
 
 }  // namespace
+
+namespace internal {
+
+[[gnu::init_priority(START_FLAGS)]] lasting<traceFlag> configDBflag("configDB", 0);
+[[gnu::init_priority(START_FLAGS)]] lasting<traceFlag> refcountFlag("refcount", 0);
+[[gnu::init_priority(START_FLAGS)]] lasting<traceFlag> reportStackFlag("reportStack", 0);
+[[gnu::init_priority(START_FLAGS)]] lasting<traceFlag> reportThreadFlag("reportThread", 0);
+
+}  // namespace internal
 
 std::ostream* traceFlag::c_output = nullptr;
 
@@ -65,7 +72,7 @@ std::vector<std::pair<std::string, traceFlag*>> traceFlag::allFlags() {
 
 std::ostream& traceFlag::out() {
   if (c_output == nullptr) {
-    c_output = &standardError();
+    c_output = &internal::standardError();
   }
   return *c_output;
 }

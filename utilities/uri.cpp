@@ -8,19 +8,6 @@
 #include "conversion.h"
 #include "html_escape.h"
 #include "regexpr.h"
-#include "startup.h"
-
-namespace {
-
-// The key begins with a dash of its own, so that viewers get "--autoreconnect".
-constexpr const char* defaultPrograms[] = {"VNC=vncviewer", "SSH=putty", nullptr};
-constexpr const char* defaultVNCoptions[] = {"-autoreconnect=0", nullptr};
-
-}  // namespace
-
-[[gnu::init_priority(START_ITEMS)]] configArray PROGRAMS("PROGRAMS", defaultPrograms);
-[[gnu::init_priority(START_ITEMS)]] configString URI_SCHEME("URI_SCHEME", "VNC");
-[[gnu::init_priority(START_ITEMS)]] configArray VNC_OPTIONS("VNC_OPTIONS", defaultVNCoptions);
 
 namespace {
 

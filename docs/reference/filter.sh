@@ -5,13 +5,13 @@
 # - A comment holds for every declaration below it, up to a blank line, the next comment,
 #   or one that says enough by itself: a destructor, what is deleted, an override.
 # - Copies that are defaulted say nothing.
-# - An example that stands behind a list is no part of the list.
+# - An example after a list is no part of the list.
 # - A per-cent sign before a word is one, and not a mark for doxygen.
 exec awk '
   { line[NR] = $0 }
   END {
     for (i = 1; line[i] ~ /^\/\//; i++) sub(/^\/\//, "///", line[i])
-    line[i] = "/// @file"  # in the place of #pragma once
+    line[i] = "/// @file"  # in place of #pragma once
     for (; i <= NR; i++) {
       if (line[i] ~ /\(const [A-Za-z]+&[a-z ]*\) = default;$/) line[i] = ""
     }

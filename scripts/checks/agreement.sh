@@ -19,7 +19,7 @@ folder=build/agreement
 configure_and_build() {
   cmake --preset release -B "$folder" -DHOPLAUNCH_AGREEMENT=ON -DHOPLAUNCH_TESTS=OFF \
     -DHOPLAUNCH_SHARED=OFF "${configuration[@]}" &&
-    cmake --build "$folder" --target agreement
+    cmake --build "$folder" --target hoplaunch_agreement
 }
 quietly "$folder/build.log" configure_and_build
 node tests/agreement/generate.mjs "$count" "$seed" tests/links.txt >"$folder/links.txt"

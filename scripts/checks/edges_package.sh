@@ -124,10 +124,10 @@ without_rtti() {
     shortly g++ -std=c++20 -fno-rtti -I"$scratch/one/include" -o "$scratch/no_rtti" \
       "$top/tests/outside/main.cpp" -L"$library" -lhoplaunch && prints "$scratch/no_rtti" "$library"
   else
-    grep -iq 'rtti' "$top/docs/tutorial.md" || { echo 'the tutorial does not say it'; return 1; }
+    grep -iq 'rtti' "$top/README.md" "$top/docs/tutorial.md" || { echo 'the tutorial does not say it'; return 1; }
   fi
 }
-check 'programs without run-time types compile, or are told what is needed' without_rtti
+check 'programs without run-time types compile, or learn what is needed' without_rtti
 
 # --- Without the shared library ---
 check 'the library is built and installed without the shared one' \
@@ -185,7 +185,7 @@ by_pkg_config() {
     prints "$scratch/far_program" "$scratch/far/lib"
 }
 check 'pkg-config: a program works' by_pkg_config
-check 'absolute folders: both targets are there' consumer "$scratch/far/lib"
+check 'absolute folders: both targets are there' consumer "$scratch/far"
 one_pc() { PKG_CONFIG_PATH=$(dirname "$(file "$scratch/one" hoplaunch.pc)") pkg-config "$@" hoplaunch; }
 relative() { [[ $(one_pc --define-variable=prefix=/else --variable=libdir) == /else/* ]]; }
 check 'pkg-config: usual folders are still below the prefix' relative

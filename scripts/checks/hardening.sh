@@ -20,7 +20,7 @@ for program in hoplaunch hopexplain hopopen; do
   check "$program has no memory both writable and executable" has_line '^0$' \
     "$(grep -cE '^ +LOAD.* RWE ' <<<"$segments")"
 done
-# A linked program may have these for the sake of the C library alone.
+# A linked program may have these because of the C library alone.
 calls=$(readelf --wide --syms "$build/libhoplaunch.a" | grep ' UND ')
 check 'the library notices a broken stack' has_line ' __stack_chk_fail' "$calls"
 # Only calls whose sizes the compiler cannot prove are replaced.

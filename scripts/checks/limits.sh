@@ -15,5 +15,6 @@ at_most() {
 mapfile -t product < <(git ls-files brimcore directory hopopen include tools utilities examples)
 mapfile -t scripts < <(git ls-files 'scripts/*.sh' 'scripts/checks/*' 'scripts/desktop/*')
 check 'the product' at_most 500 "${product[@]}"
+check 'the README' at_most 200 README.md
 check 'the scripts' at_most 500 "${scripts[@]}"
 closing_line

@@ -1,4 +1,4 @@
-# That nothing beyond the C and C++ libraries is in what is shipped, but for hopopen.
+# That nothing beyond the C and C++ libraries is in what is shipped, except for hopopen.
 # Arguments: [BUILD-FOLDER]
 # The folder must be one that Ninja has built in, the shared library included.
 # shellcheck shell=bash source=scripts/lib.sh

@@ -18,28 +18,8 @@ lint() {
     -e 'outdated mandoc.db' || true
 }
 
-# The keys of the options that the launcher's page lists.
-listed_options() { sed -n 's/^\.It Fl \([^ ]*\) Ns.*/\1/p' man/hoplaunch.1 | grep -v '^0$' | sort; }
-
-# Those that the sources define.
-known_options() {
-  {
-    sed -n 's/.*for (const char\* const known : {\(.*\)}).*/\1/p' tools/explain.cpp |
-      grep -o '[A-Za-z]*'
-    cat tools/*.cpp utilities/*.cpp utilities/unix/*.cpp brimcore/*.cpp directory/*.cpp |
-      grep -oE '(config(String|Int|Array)|traceFlag>?) [A-Za-z_]+\("[A-Za-z_]+"' |
-      grep -o '"[^"]*"' | tr -d '"'
-  } | sort
-}
-
 listed_keys() { sed -n 's/^\.It Li //p' man/hopexplain.1; }
 written_keys() { "$build/hopexplain" -format=json vnc://h/ | sed -n 's/^  "\([^"]*\)": .*/\1/p'; }
-
-# An option that somebody knows; the name of a trace flag counts in its own case only.
-is_known() {
-  "$build/hopexplain" -format=json "-$1=1" vnc://h/ >"$scratch/json" 2>"$scratch/traces"
-  grep -q '"use": "\(item\|flag\|launch\)"' "$scratch/json"
-}
 
 # The examples as a reader sees them: each command, and below it what it prints, without
 # empty lines.
@@ -60,8 +40,8 @@ in_home() {
     PATH="$build/viewers:$build:$PATH" "$@" 2>&1
 }
 
-# Runs the commands of a page where the bundled viewer stands in for those of the
-# system, and prints them with what comes of them.
+# Runs the commands of a page where the bundled viewer replaces those of the
+# system, and prints them with what they print.
 run_examples() {
   local line
   examples "man/$1.1" | grep '^\$ ' | while read -r line; do
@@ -143,10 +123,6 @@ for page in "${pages[@]}"; do
   check "$page: there are examples" silent grep -q '^\$ '"$name" <(examples "$page")
   check "$page: the examples" silent diff <(examples "$page") <(run_examples "$name")
 done
-check 'the options' silent diff <(known_options) <(listed_options)
-while read -r option; do
-  check "the option $option" silent is_known "$option"
-done < <(listed_options)
 check 'the keys of JSON' silent diff <(written_keys) <(listed_keys)
 for status in 0 255 'that of the viewer'; do
   check "the status $status" silent grep -q "^\.It $status\$" man/hoplaunch.1

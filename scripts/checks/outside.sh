@@ -27,7 +27,7 @@ if command -v ccache >/dev/null; then
   launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
 fi
 
-# prints PROGRAM ROOT: the program prints what is expected, with that root behind "DC=".
+# prints PROGRAM ROOT: the program prints what is expected, with that root after "DC=".
 prints() {
   LD_LIBRARY_PATH=$(dirname "$library") "$1" 2>&1 |
     diff <(sed "s/ROOT/$2/" tests/outside/expected.txt) -
@@ -65,13 +65,14 @@ names() {
             s/^void //; s/[^A-Za-z0-9_].*//' | sort -u | grep -v '^HOPLAUNCH_1$'
 }
 
-# The shared library exports what the headers declare, all of it and nothing else.
+# The shared library exports what the headers declare, all of it and nothing else. (The
+# namespace `internal`, of which a header has a part, is not for programs.)
 exports_what_headers_declare() {
   local headers declared exported name
   headers=$(sed 's,//.*,,' "$prefix"/include/hoplaunch/*.h)
   exported=$(names --dynamic "$library")
   declared=$(for name in $(names --extern-only "$(file libhoplaunch.a)"); do
-    if [[ $name != std ]] && grep -qw "$name" <<<"$headers"; then
+    if [[ $name != std && $name != internal ]] && grep -qw "$name" <<<"$headers"; then
       echo "$name"
     fi
   done)

@@ -92,7 +92,7 @@ def generated():
 
 
 def outcome(launcher, viewer, arguments):
-    """All that comes of a launch, as name and bytes."""
+    """All that a launch does, as name and bytes."""
     with tempfile.TemporaryDirectory(prefix="hoplaunch-sizes-") as folder:
         work = Path(folder)
         (work / "bin").mkdir()
@@ -106,7 +106,7 @@ def outcome(launcher, viewer, arguments):
         if b"Stack trace" in done.stderr:
             found["errors"] = b"a trace"  # of addresses
         for path in work.iterdir():
-            # What stands in the other records has nothing to do with the word size.
+            # What is in the other records has nothing to do with the word size.
             if path.name not in ("bin", "recording.process", "recording.descriptors"):
                 found[path.name] = re.sub(rb"(?m)^\d{8}T\d{6}(?=: URI = )", b"TIME",
                                           path.read_bytes())

@@ -36,7 +36,7 @@ furnish() {
   mount -t devpts -o newinstance,ptmxmode=666 devpts "$1/dev/pts"
 }
 
-# enter ROOT FOLDER COMMAND...: runs it there, in the place of this script.
+# enter ROOT FOLDER COMMAND...: runs it there, in place of this script.
 enter() {
   exec chroot "$1" env --ignore-environment --chdir="$2" HOME=/root USER=root LANG=C.UTF-8 TERM=dumb \
     PATH=/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin \

@@ -150,12 +150,12 @@ test_wrappers() {
   for script in ssh-in-terminal vnc-address-only vnc-in-remmina; do
     try "$script refuses what is no address" refuses "$script"
   done
-  tells ssh-in-terminal host '-e ssh -- host'
-  tells ssh-in-terminal user@host.example:22 '-e ssh -p 22 -- user@host.example'
-  tells ssh-in-terminal '[::1]:22' '-e ssh -p 22 -- ::1'
-  tells vnc-address-only '[::1]:5901' '-ReconnectOnError=0 -Shared [::1]:5901'
-  tells vnc-in-remmina host '--connect=vnc://host?'
-  tells vnc-in-remmina '[::1]' '--connect=vnc://[::1]?'
+  says ssh-in-terminal host '-e ssh -- host'
+  says ssh-in-terminal user@host.example:22 '-e ssh -p 22 -- user@host.example'
+  says ssh-in-terminal '[::1]:22' '-e ssh -p 22 -- ::1'
+  says vnc-address-only '[::1]:5901' '-ReconnectOnError=0 -Shared [::1]:5901'
+  says vnc-in-remmina host '--connect=vnc://host?'
+  says vnc-in-remmina '[::1]' '--connect=vnc://[::1]?'
 }
 
 # refuses SCRIPT: the wrapper starts nothing for what is no address.
@@ -170,8 +170,8 @@ refuses() {
   done
 }
 
-# tells SCRIPT ADDRESS ARGUMENTS: what the wrapper gives to its program for the address.
-tells() { try "$1 with $2" is_told "$@"; }
+# says SCRIPT ADDRESS ARGUMENTS: what the wrapper gives to its program for the address.
+says() { try "$1 with $2" is_told "$@"; }
 is_told() {
   diff <(echo "$3") <(PATH=$scratch/told:$PATH "$examples/$1" -option=1 "$2" 2>&1)
 }

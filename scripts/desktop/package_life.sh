@@ -35,7 +35,7 @@ install_packages() {
   inside sh -c 'apt-get install -y --no-install-recommends "$@" /tmp/packages/*.deb' sh "$@"
 }
 
-# Every file with its content, but for the books and logs of dpkg and apt.
+# Every file with its content, except for the books and logs of dpkg and apt.
 inventory() {
   (
     cd "$debian"
@@ -229,7 +229,7 @@ for entry in hopopen hoplaunch-vnc hoplaunch-ssh; do
     --list --check --help -h --version -program=/usr/local/bin/putty -log=/tmp/log - -- -= '' \
     '[vnc://h,vnc://h]' '%%' 'vnc://h vnc://i' $'vnc://h\n--log=/tmp/log' \
     "vnc://h';touch /tmp/log;'" 'vnc://h$(touch${IFS}/tmp/log)' 'vnc:-via=x'; do
-    check "$entry: \"$link\" in the place of a link" refuses "$entry" "$link" syntax
+    check "$entry: \"$link\" in place of a link" refuses "$entry" "$link" syntax
   done
   # shellcheck disable=SC2016
   for link in vnc://-via=x vnc://h%20-via=x 'ssh://-oProxyCommand=false' 'vnc://$(false)'; do
@@ -271,7 +271,7 @@ for opener in 'gio open' xdg-open; do
   # shellcheck disable=SC2086
   check "$opener by the choice, ssh" opens $opener ssh://localhost 'putty <-*> <localhost>'
 done
-# Of the package of before, people were told to copy an entry for another viewer.
+# Of the package of before, people were advised to copy an entry for another viewer.
 make_viewer x-terminal-emulator
 mkdir -p "$debian/tmp/.local/share/applications"
 cat >"$debian/tmp/.local/share/applications/hoplaunch-ssh.desktop" <<'END'

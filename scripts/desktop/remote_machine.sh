@@ -25,7 +25,7 @@ shows_desktop() {
     (($(pixels "$clock_colour") > 10000))
 }
 
-# --- An SSH server whose sessions are a shell that tells of itself ----------------
+# --- An SSH server whose sessions are a shell that shows itself ----------------
 
 ssh_port=2222
 start_remote_shell() {
@@ -73,7 +73,7 @@ visit_before() {
 }
 
 # shows_shell: a window of the title $title is there and in front, and what is typed into
-# it is done by the shell behind the SSH server.
+# it is done by the shell of the SSH server.
 shows_shell() {
   [[ -e $scratch/remote/started ]] && wmctrl -a "$title" &&
     [[ $(xdotool getactivewindow getwindowname 2>/dev/null) == *"$title"* ]] || return 1

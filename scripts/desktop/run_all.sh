@@ -10,7 +10,7 @@
 #
 # Needs root, the mirror of Debian, and a kernel with overlayfs and namespaces.  Several
 # tests run at once, each with a network, processes and a screen of its own.  Screenshots
-# and what the tests say are in build/desktop/.  All else is gone at the end, but for
+# and what the tests say are in build/desktop/.  Everything else is gone at the end, except for
 # build/clean_debian/, which makes the next run quicker.
 #
 #   ./test --desktop [TEST...]   only those tests, with the packages that are there

@@ -4,8 +4,8 @@
     viewer_vector.py [--trusted] [--user U] [--password W] [--port P] [--parameter N=V]...
                      [--terminal PROGRAM] VIEWER SCHEME HOST
 
-Prints them each with a NUL at its end: env, what it takes out of the environment and puts
-in, and the vector.  The pieces are filled in as they are, and nothing is checked.
+Prints them each with a NUL at its end: env, what it removes from the environment and adds
+to it, and the vector.  The pieces are filled in as they are, and nothing is checked.
 """
 import argparse
 import pathlib
@@ -15,7 +15,7 @@ import sys
 import tomllib
 from urllib.parse import quote
 
-VIEWERS = pathlib.Path(__file__).resolve().parent.parent / "viewers"
+VIEWERS = pathlib.Path(__file__).resolve().parents[2] / "viewers"
 
 
 def pieces(options, definition):

@@ -46,7 +46,7 @@ unguarded() { [[ $(definition 'd.get("unguarded", [])') == *"$1"* ]]; }
 check() { try "$viewer: $1" "${@:2}"; }
 
 # unguarded_or WORD NAME COMMAND...: what the viewer says it cannot guard is so indeed, and
-# all else is guarded.
+# everything else is guarded.
 fails() { ! "$@"; }
 unguarded_or() {
   if unguarded "$1"; then
@@ -117,7 +117,7 @@ test_trusted() {
     clipboard_comes_in "$viewer" --trusted
 }
 
-# every_parameter: one of each that the viewer knows, but for ViewOnly, under which nothing
+# every_parameter: one of each that the viewer knows, except for ViewOnly, under which nothing
 # could be seen, and the demand for security, which the server does not meet.
 every_parameter() {
   local name

@@ -1,7 +1,11 @@
 #include "../c_locale.h"
 
+namespace internal {
+
 locale_t cLocale() {
   // The C library has this one ready: nothing is read, and no memory is taken.
   static const locale_t locale = newlocale(LC_ALL_MASK, "C", locale_t{});
   return locale;
 }
+
+}  // namespace internal

@@ -29,7 +29,7 @@ const char* OSevent::domain() const {
 }
 
 std::string OSevent::codeToText(int code) const {
-  const inCLocale locale;
+  const internal::inCLocale locale;
   char buffer[256] = "";
   const char* message = strerror_r(code, buffer, sizeof buffer);
   if (message == nullptr) {

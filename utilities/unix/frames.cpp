@@ -75,7 +75,7 @@ class fixedText {
 
 void writeSymbol(std::ostream& out, std::string_view name) {
   if (name.substr(0, 2) == "_Z") {
-    out << demangler<fixedText>(name.substr(2)).function().view();
+    out << internal::demangler<fixedText>(name.substr(2)).function().view();
   } else {
     out << name;
   }
@@ -96,7 +96,7 @@ place placeOf(const void* frame) {
     const void* const file = reinterpret_cast<const void*>(object->l_addr);
     return {found.dli_fname, found.dli_sname, found.dli_sname != nullptr ? found.dli_saddr : file};
   }
-  const frameName name = exportedName(frame);
+  const internal::frameName name = internal::exportedName(frame);
   if (name.symbol == nullptr) {
     return {};
   }
@@ -124,7 +124,7 @@ void writeFrame(std::ostream& out, const void* frame) {
 
 }  // namespace
 
-frameName exportedName(const void* frame) {
+internal::frameName internal::exportedName(const void* frame) {
   exportedSymbols program;
   dl_iterate_phdr(readExported, &program);
   const ElfW(Addr) offset = reinterpret_cast<ElfW(Addr)>(frame) - program.base;
@@ -138,7 +138,7 @@ frameName exportedName(const void* frame) {
   return {};
 }
 
-void writeFrames(std::ostream& out, void* const* frames, int count) {
+void internal::writeFrames(std::ostream& out, void* const* frames, int count) {
   for (int i = 0; i < count; i++) {
     writeFrame(out, frames[i]);
   }

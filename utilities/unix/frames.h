@@ -3,6 +3,8 @@
 
 #include <iosfwd>
 
+namespace internal {
+
 /// The function that an address is in, as the linker knows it.
 struct frameName {
   const char* symbol = nullptr;  ///< null for none
@@ -16,3 +18,5 @@ frameName exportedName(const void* frame);
 /// Writes the lines that `stack::write` writes for these frames, without allocating: what
 /// broke may have been the allocator.
 void writeFrames(std::ostream& out, void* const* frames, int count);
+
+}  // namespace internal

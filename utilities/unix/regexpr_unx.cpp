@@ -51,7 +51,7 @@ const char* sysError(int code) {
 }
 
 RegExpr::RegExpr(const std::string& text, bool caseSensitive) : source(text), matcher(new regex_t) {
-  const inCLocale locale;
+  const internal::inCLocale locale;
   const int flags = caseSensitive ? REG_EXTENDED : REG_EXTENDED | REG_ICASE;
   comp_return = mapped(regcomp(matcher, source.c_str(), flags));
   if (comp_return != REGEXPR_OKAY) {
@@ -77,7 +77,7 @@ bool RegExpr::matchs(const std::string& text) const {
   if (matcher == nullptr || !searchable(text)) {
     return false;
   }
-  const inCLocale locale;
+  const internal::inCLocale locale;
   exec_return = regexec(matcher, text.c_str(), 0, nullptr, 0) == 0 ? 0 : 1;
   return exec_return == 0;
 }
@@ -88,7 +88,7 @@ bool RegExpr::matchsAt(const std::string& text, unsigned int start) const {
     return false;
   }
   // POSIX has no such match; the GNU C library's own interface to the same expression has.
-  const inCLocale locale;
+  const internal::inCLocale locale;
   const auto found = re_match(matcher, text.c_str(), static_cast<regoff_t>(length),
                               static_cast<regoff_t>(start), nullptr);
   exec_return = found >= 0 ? 0 : 1;
@@ -99,7 +99,7 @@ RegExpr::Match RegExpr::match(const std::string& text) const {
   if (matcher == nullptr || !searchable(text)) {
     return Match(0, 0);
   }
-  const inCLocale locale;
+  const internal::inCLocale locale;
   regmatch_t found;
   exec_return = regexec(matcher, text.c_str(), 1, &found, 0) == 0 ? 0 : 1;
   if (exec_return != 0 || found.rm_eo <= 0) {

@@ -20,32 +20,34 @@ constexpr int RELEASED = -1;      // removed, but to be created again on demand
 constexpr int FINISH_VALUE = -3;  // removed for good
 constexpr int FORGONE = -4;       // there is to be none
 
-// A handler of a signal looks at these four.
-constinit volatile int setId = NOT_CREATED;
-constinit volatile pid_t creator = 0;               // a child of the creator leaves the set alone
-constinit volatile std::sig_atomic_t creating = 0;  // the kernel may have a set that we do not know
-constinit volatile std::sig_atomic_t awaited = 0;   // the signal that ends us after that
-
-constinit semaphoreFailureHandler failureHandler = nullptr;
+// What a process knows about its set.  A handler of a signal uses the first four members.
+struct processState {
+  volatile int setId = NOT_CREATED;
+  volatile pid_t creator = 0;               // a child of the creator leaves the set alone
+  volatile std::sig_atomic_t creating = 0;  // the kernel may have a set that we do not know
+  volatile std::sig_atomic_t awaited = 0;   // the signal that ends us after that
+  bool closesAtExit = false;                // `semaphoreClose` is registered
+  semaphoreFailureHandler failureHandler = nullptr;
+  int owners[CS_COUNT] = {};  // the thread that holds each section, 0 for none
+};
+constinit processState state;
 
 // A check that did not pass.  Its line is the one by which standard error has always named
-// it, wherever it stands by now.
+// it, wherever it is by now.
 struct failure {
   const char* expression = nullptr;
   int line = 0;
   int error = 0;
 };
 
-// The thread that holds each section, 0 for none.
 int& owner(unsigned int index) {
-  static constinit int owners[CS_COUNT] = {};
   ASSERT(index < CS_COUNT);
-  return owners[index];
+  return state.owners[index];
 }
 
 void removeSet() {
-  if (setId >= 0 && creator == getpid()) {
-    semctl(setId, 0, IPC_RMID);
+  if (state.setId >= 0 && state.creator == getpid()) {
+    semctl(state.setId, 0, IPC_RMID);
   }
 }
 
@@ -59,9 +61,9 @@ void removeSet() {
   [[maybe_unused]] const ssize_t written =
       write(STDERR_FILENO, text, static_cast<std::size_t>(length));
   semaphoreClose();
-  if (failureHandler != nullptr) {
+  if (state.failureHandler != nullptr) {
     text[length - 1] = '\0';
-    failureHandler(text, why.error);
+    state.failureHandler(text, why.error);
   }
   std::abort();
 }
@@ -113,22 +115,21 @@ int createSet(failure& why) {
 // Makes the set, or ends the process.
 void makeSet() {
   failure why;
-  creating = 1;
+  state.creating = 1;
   const int created = createSet(why);
   if (created > 0) {
-    creator = getpid();
-    setId = created;
+    state.creator = getpid();
+    state.setId = created;
   }
-  creating = 0;
-  if (awaited != 0) {
-    semaphoreEndBy(awaited);
+  state.creating = 0;
+  if (state.awaited != 0) {
+    semaphoreEndBy(state.awaited);
   }
   if (created <= 0) {
     fail(why);
   }
-  static constinit bool registered = false;
-  if (!registered) {
-    registered = std::atexit(semaphoreClose) == 0;
+  if (!state.closesAtExit) {
+    state.closesAtExit = std::atexit(semaphoreClose) == 0;
   }
 }
 
@@ -137,13 +138,13 @@ void makeSet() {
 int semaphoreSet(bool close) {
   if (close) {
     removeSet();
-    if (setId >= RELEASED) {
-      setId = FINISH_VALUE;
+    if (state.setId >= RELEASED) {
+      state.setId = FINISH_VALUE;
     }
-  } else if (setId == NOT_CREATED || setId == RELEASED) {
+  } else if (state.setId == NOT_CREATED || state.setId == RELEASED) {
     makeSet();
   }
-  return setId;
+  return state.setId;
 }
 
 void semaphoreClose() {
@@ -151,21 +152,21 @@ void semaphoreClose() {
 }
 
 void semaphoreRelease() {
-  if (setId >= 0 && creator == getpid()) {
+  if (state.setId >= 0 && state.creator == getpid()) {
     removeSet();
-    setId = RELEASED;
+    state.setId = RELEASED;
   }
 }
 
 void semaphoreAdopt() {
-  if (setId >= 0) {
-    creator = getpid();
+  if (state.setId >= 0) {
+    state.creator = getpid();
   }
 }
 
 void semaphoreForgo() {
   removeSet();
-  setId = FORGONE;
+  state.setId = FORGONE;
 }
 
 bool semaphoreTry(int& error) {
@@ -185,12 +186,12 @@ bool semaphoreTry(int& error) {
 }
 
 void semaphoreOnFailure(semaphoreFailureHandler handler) {
-  failureHandler = handler;
+  state.failureHandler = handler;
 }
 
 void semaphoreEndBy(int sig) {
-  if (creating != 0) {
-    awaited = sig;
+  if (state.creating != 0) {
+    state.awaited = sig;
     return;
   }
   removeSet();

@@ -47,7 +47,7 @@ void writeTrace(std::ostream& out) {
   }
   out << "Stack trace:\n";
   void* frames[100];
-  writeFrames(out, frames, backtrace(frames, 100));
+  internal::writeFrames(out, frames, backtrace(frames, 100));
   out << "End of stack trace\n";
 }
 
@@ -75,7 +75,7 @@ void signalHandler(int sig) {
     std::abort();
   }
   done = 1;
-  std::ostream& out = standardError();
+  std::ostream& out = internal::standardError();
   out << "signal " << sig << " caught: ";
   if (lastFile != nullptr) {
     out << " after line " << lastLine << " in " << lastFile;

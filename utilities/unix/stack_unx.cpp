@@ -22,7 +22,8 @@ std::list<char**>& kept() {
 // A line of `backtrace_symbols`.  That asks the loader for names, which a static program
 // has none of: then the line is the address in brackets, and we look the name up.
 std::string named(const char* line, const void* frame) {
-  const frameName found = line[0] == '[' ? exportedName(frame) : frameName();
+  const internal::frameName found =
+      line[0] == '[' ? internal::exportedName(frame) : internal::frameName();
   if (found.symbol == nullptr) {
     return line;
   }

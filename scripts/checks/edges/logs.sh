@@ -4,7 +4,7 @@
 
 from_python edges_logs.py hoplaunch "$scratch/bin" "$launch"
 
-# A log that cannot be opened is none, and one that can is as ever.
+# A log that cannot be opened is none, and one that can is as always.
 for log in missing/log . "$seen/log" "$(printf 'x%.0s' {1..300})"; do
   alone "$launch" "-log=$log" "-program=$seen" vnc://h/
   same "the log ${log:0:20} cannot be opened: the viewer" '<--autoreconnect=0><h>' "$out"

@@ -23,7 +23,7 @@ for ignored in --default-signal=PIPE --ignore-signal=PIPE; do
   same "the launcher's standard output is $name: no set is left" 0 "$sets"
 done
 
-# Files may not grow, but for those of `cat`.  The viewer writes to a pipe.
+# Files may not grow, except for those of `cat`.  The viewer writes to a pipe.
 small='(ulimit -f 0; exec "$@" 2>to_file) | cat'
 alone bash -o pipefail -c "$small" bash "$launch" -refcount=1 "-program=$seen" vnc://h/
 same 'standard error may not grow: the viewer starts' '<--autoreconnect=0><h>' "$out"
