@@ -35,25 +35,30 @@ std::optional<linkHandler> byDefault(const associations& folder, const std::stri
 
 // Notes in `removed` what the folder removes for itself and for those after it.
 std::optional<linkHandler> byAssociation(const associations& folder, const std::string& type,
-                                         std::set<std::string>& removed, const judge& works) {
-  const judge stays = [&](const std::string& id) { return !removed.contains(id) && works(id); };
+                                         std::set<std::string>& removed, const entryJudge& works) {
+  const auto unlessRemoved = [&](const std::string& cache) {
+    return [&, cache](const std::string& id) { return !removed.contains(id) && works(id, cache); };
+  };
   if (folder.list) {
-    if (auto found = firstOf(*folder.list, ADDED, type, folder.ofUser, stays)) {
+    if (auto found = firstOf(*folder.list, ADDED, type, folder.ofUser, unlessRemoved(""))) {
       return found;
     }
     const auto ids = folder.list->keys.list(REMOVED, type);
     removed.insert(ids.begin(), ids.end());
   }
-  return folder.cache ? firstOf(*folder.cache, CACHED, type, false, stays) : std::nullopt;
+  return folder.cache
+             ? firstOf(*folder.cache, CACHED, type, false, unlessRemoved(folder.cache->path))
+             : std::nullopt;
 }
 
 }  // namespace
 
 std::optional<linkHandler> defaultHandler(const std::vector<associations>& folders,
-                                          const std::string& scheme, const judge& works) {
+                                          const std::string& scheme, const entryJudge& works) {
   const std::string type = "x-scheme-handler/" + scheme;
   for (const associations& folder : folders) {
-    if (auto found = byDefault(folder, type, works)) {
+    if (auto found =
+            byDefault(folder, type, [&](const std::string& id) { return works(id, ""); })) {
       return found;
     }
   }

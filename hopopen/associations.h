@@ -36,10 +36,12 @@ struct linkHandler {
   bool byUser = false;  ///< the file is a list of the user's own
 };
 
-/// The default for a scheme.  `works` says of an entry's id whether a desktop would take it:
-/// those that it would not are passed over.
+/// Says of an entry's id whether a desktop would take it.  For one that a cache names, `cache`
+/// is the path of the cache, beside which the entry must be; otherwise it is empty.
+using entryJudge = std::function<bool(const std::string& id, const std::string& cache)>;
+
+/// The default for a scheme.  Entries that do not work are passed over.
 std::optional<linkHandler> defaultHandler(const std::vector<associations>& folders,
-                                          const std::string& scheme,
-                                          const std::function<bool(const std::string& id)>& works);
+                                          const std::string& scheme, const entryJudge& works);
 
 }  // namespace hopopen

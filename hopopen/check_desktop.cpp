@@ -92,7 +92,7 @@ std::optional<desktopCheck::foundEntry> desktopCheck::find(const std::string& id
         continue;
       }
       const fileText file = readFile(path);
-      return foundEntry{path, place.ofUser, file.error, readDesktopEntry(file.text)};
+      return foundEntry{path, place.folder, place.ofUser, file.error, readDesktopEntry(file.text)};
     }
   }
   return {};
@@ -106,23 +106,23 @@ std::string desktopCheck::pathOf(const std::string& program) const {
   return found ? found->path : "";
 }
 
-bool desktopCheck::works(const std::string& id) {
-  const auto known = m_works.find(id);
-  if (known != m_works.end()) {
-    return known->second;
+bool desktopCheck::works(const std::string& id, const std::string& cache) {
+  const auto [known, fresh] = m_works.try_emplace(id);
+  if (fresh) {
+    const auto entry = find(id);
+    const bool works = entry && entry->error.empty() && entry->read.fault.empty() &&
+                       !entry->read.hidden && !pathOf(entry->read.command.front()).empty() &&
+                       (entry->read.tryExec.empty() || !pathOf(entry->read.tryExec).empty());
+    known->second = works ? entry->folder : "";
   }
-  const auto entry = find(id);
-  const bool result = entry && entry->error.empty() && entry->read.fault.empty() &&
-                      !entry->read.hidden && !pathOf(entry->read.command.front()).empty() &&
-                      (entry->read.tryExec.empty() || !pathOf(entry->read.tryExec).empty());
-  m_works[id] = result;
-  return result;
+  return !known->second.empty() && (cache.empty() || folderOf(cache) == known->second);
 }
 
 finding desktopCheck::handler(const std::string& scheme) {
   const std::string name = "handler " + scheme;
-  const auto found =
-      defaultHandler(m_associations, scheme, [this](const std::string& id) { return works(id); });
+  const auto found = defaultHandler(
+      m_associations, scheme,
+      [this](const std::string& id, const std::string& cache) { return works(id, cache); });
   if (!found) {
     return {state::FAULT, name, "mimeapps.list",
             "no program opens " + scheme + " links; no list and no cache names one that is there",
@@ -178,8 +178,7 @@ finding desktopCheck::ofProgram(const foundEntry& own) const {
 }
 
 finding desktopCheck::ofCache(const foundEntry& own) {
-  const std::string folder = folderOf(own.path);
-  const std::string path = within(folder, "mimeinfo.cache");
+  const std::string path = within(own.folder, "mimeinfo.cache");
   const auto keys = m_reader.keys(path);
   std::vector<std::string> missing;
   for (const std::string& scheme : own.read.schemes) {
@@ -195,7 +194,7 @@ finding desktopCheck::ofCache(const foundEntry& own) {
   return {state::WARNING, "cache", path,
           "does not say that hopopen opens " + enumeration(missing) + " links",
           std::string("Type \"") + (own.ofUser ? "" : "sudo ") + "update-desktop-database " +
-              asWord(folder) + "\"."};
+              asWord(own.folder) + "\"."};
 }
 
 finding desktopCheck::opener() const {

@@ -31,13 +31,14 @@ class desktopCheck {
  private:
   struct foundEntry {
     std::string path;
+    std::string folder;  // of entries, which may have folders of its own
     bool ofUser = false;
     std::string error;
     desktopEntry read;
   };
 
   std::optional<foundEntry> find(const std::string& id);
-  bool works(const std::string& id);
+  bool works(const std::string& id, const std::string& cache);
   std::string pathOf(const std::string& program) const;
   finding ofProgram(const foundEntry& own) const;
   finding ofCache(const foundEntry& own);
@@ -46,7 +47,8 @@ class desktopCheck {
   const programFinder& m_programs;
   placeReader& m_reader;
   std::vector<associations> m_associations;
-  std::map<std::string, bool> m_works;  // of the entries that were looked at
+  // Of the entries that were looked at: the folder of each that works.
+  std::map<std::string, std::string> m_works;
 };
 
 }  // namespace hopopen

@@ -31,10 +31,13 @@ std::string cached(const std::string& ids) {
   return "[MIME Cache]\nx-scheme-handler/vnc=" + ids + "\n";
 }
 
-// "ID by FILE" and " of the user"; entries whose name begins with "x" do not work.
+// "ID by FILE" and " of the user".  Entries whose name begins with "x" do not work, and those
+// whose name begins with "y" are not beside a cache.
 std::string handler(const std::vector<associations>& folders, const std::string& scheme = "vnc") {
   const auto found =
-      defaultHandler(folders, scheme, [](const std::string& id) { return !id.starts_with("x"); });
+      defaultHandler(folders, scheme, [](const std::string& id, const std::string& cache) {
+        return !id.starts_with("x") && (cache.empty() || !id.starts_with("y"));
+      });
   return found ? found->id + " by " + found->file + (found->byUser ? " of the user" : "") : "none";
 }
 
@@ -92,6 +95,14 @@ TEST(DefaultHandler, IsNothingThatTheSameFolderOrOneBeforeRemoves) {
   system.cache = file("system's cache", cached("a;b"));
   EXPECT_EQ("b by system's cache", handler({user, system}));
   EXPECT_EQ("c by system", handler({system, user}));
+}
+
+TEST(DefaultHandler, IsNoEntryOfACacheThatIsElsewhere) {
+  associations folder;
+  folder.cache = file("cache", cached("x;y;a"));
+  EXPECT_EQ("a by cache", handler({folder}));
+  folder.list = file("list", added("y"));
+  EXPECT_EQ("y by list", handler({folder}));
 }
 
 TEST(DefaultHandler, MayBeADefaultThatIsRemovedAsAnAssociation) {

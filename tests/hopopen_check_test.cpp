@@ -159,6 +159,14 @@ TEST_F(Check, FindsThatNoProgramOpensASchemeWithADefinition) {
       machine.told());
 }
 
+TEST_F(Check, OverlooksACacheThatNamesAnEntryWhichAnEarlierFolderReplaces) {
+  addOther();
+  addOther("data");
+  machine.write("share/applications/mimeinfo.cache",
+                "[MIME Cache]\nx-scheme-handler/vnc=other.desktop;hopopen.desktop;\n");
+  EXPECT_EQ("", machine.told());
+}
+
 TEST_F(Check, TakesAnEntryOfAnotherNameThatStartsHopopen) {
   machine.write("share/applications/hoplaunch-vnc.desktop",
                 "[Desktop Entry]\nType=Application\nName=Links\nExec=" +
