@@ -56,8 +56,8 @@ trap 'rm -rf "$away"' EXIT
 move_away() {
   local file
   for file; do
-    [[ ! -e $file ]] || cp -a --parents "$file" "$away" || return
-    rm -f "$file"
+    [[ -e $file ]] || continue
+    mkdir -p "$away$(dirname "$file")" && mv "$file" "$away$file" || return
   done
 }
 bring_back() {
