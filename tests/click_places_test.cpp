@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <fstream>
+#include <iterator>
 #include <map>
 #include <string>
 #include <vector>
@@ -78,6 +80,30 @@ TEST(ClickPlaces, HaveNoneOfTheUserWithoutHome) {
   EXPECT_EQ(Texts{}, places.firefoxProfiles);
   EXPECT_TRUE(std::all_of(places.sandboxed.begin(), places.sandboxed.end(),
                           [](const auto& one) { return one.folder.starts_with('/'); }));
+}
+
+TEST(ClickPlaces, AreInTheManual) {
+  std::ifstream file(SOURCES "/man/hopopen.1");
+  const std::string manual{std::istreambuf_iterator<char>(file), {}};
+  const clickPlaces places = placesWith({{"HOME", "/~"}});
+  Texts all = places.chromiumPolicies;
+  for (const Texts& more :
+       {places.firefoxPolicies, places.chromiumProfiles, places.firefoxProfiles}) {
+    all.insert(all.end(), more.begin(), more.end());
+  }
+  for (const auto& browser : places.sandboxed) {
+    all.push_back(browser.folder);
+  }
+  EXPECT_EQ(29U, all.size());
+  for (std::string place : all) {
+    if (place.starts_with("/~/.local/share/flatpak/app/")) {
+      place = "data/flatpak/app";
+    }
+    const std::string item = ".It Pa " + place.substr(place.starts_with("/~") ? 1 : 0);
+    EXPECT_TRUE(manual.find(item + "\n") != std::string::npos ||
+                manual.find(item + "/*") != std::string::npos)
+        << item;
+  }
 }
 
 }  // namespace
