@@ -50,7 +50,8 @@ findings checkDefinitions(const definitions& known) {
   }
   if (result.empty()) {
     const std::size_t count = known.viewers.size();
-    result.push_back({state::OK, "definition", std::to_string(count) + " viewers",
+    result.push_back({state::OK, "definition",
+                      std::to_string(count) + (count == 1 ? " viewer" : " viewers"),
                       "no definition has a fault", ""});
   }
   return result;

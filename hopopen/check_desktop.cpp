@@ -33,7 +33,9 @@ std::vector<associations> readAssociations(const clickPlaces& places, placeReade
       }
     }
     folder.list = take("mimeapps.list");
-    folder.cache = take("mimeinfo.cache");
+    if (place.hasEntries) {
+      folder.cache = take("mimeinfo.cache");
+    }
     result.push_back(std::move(folder));
   }
   return result;

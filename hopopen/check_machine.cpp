@@ -22,28 +22,25 @@ const char* screenVariable(variableReader get) {
   return nullptr;
 }
 
-std::string installation(const std::vector<std::string>& packages) {
-  if (packages.empty()) {
-    return "Install one; see \"hopopen --list\"";
-  }
-  return "Install the package " + packages.front() + ": \"sudo apt-get install " +
-         packages.front() + '"';
-}
-
-// The packages of the viewers for a scheme, those first that may open every link.
-std::vector<std::string> packagesFor(const std::vector<const definition*>& viewers) {
-  std::vector<std::string> result;
-  for (const bool unguarded : {false, true}) {
-    for (const definition* const viewer : viewers) {
-      for (const std::string& package : viewer->packages) {
-        if (viewer->unguarded.empty() != unguarded &&
-            std::find(result.begin(), result.end(), package) == result.end()) {
-          result.push_back(package);
-        }
-      }
+// Without a full stop, as an alternative may follow.
+std::string installation(const definition& viewer) {
+  std::string result = "Install " + viewer.title;
+  if (!viewer.packages.empty()) {
+    result += ": \"sudo apt-get install";
+    for (const std::string& package : viewer.packages) {
+      result += ' ' + package;
     }
+    result += '"';
   }
   return result;
+}
+
+// The viewer to install: the first by rank, of those that may open every link if there is one.
+const definition& preferred(const std::vector<const definition*>& viewers) {
+  const auto found = std::find_if(viewers.begin(), viewers.end(), [](const definition* viewer) {
+    return viewer->unguarded.empty();
+  });
+  return found == viewers.end() ? *viewers.front() : **found;
 }
 
 std::string described(const definition& viewer) {
@@ -70,7 +67,7 @@ finding ofChosen(const candidates& among, const std::string& scheme, const wante
   }
   return {state::FAULT, name, viewer->file,
           by + ' ' + described(*viewer) + ", which is not installed",
-          installation(viewer->packages) + ", or " + other + '.'};
+          installation(*viewer) + ", or " + other + '.'};
 }
 
 // A viewer that is there, and would open links to trusted machines alone.
@@ -102,8 +99,7 @@ finding checkViewer(const candidates& among, const std::string& scheme) {
     return {state::OK, name, among.find(*viewer)->viewer.path,
             described(*viewer) + " opens " + scheme + " links", ""};
   }
-  const auto viewers = ranked(among.known, scheme);
-  const std::string install = installation(packagesFor(viewers));
+  const std::string install = installation(preferred(ranked(among.known, scheme)));
   if (const definition* const viewer = lowestRank(among, scheme, true)) {
     return ofUnguarded(scheme, *viewer, *among.find(*viewer), install);
   }
@@ -158,7 +154,7 @@ finding checkSemaphores() {
   return {state::WARNING, "semaphores", place,
           left ? "leaves " + std::to_string(*left) + " semaphore sets; hoplaunch needs two"
                : "cannot be asked for semaphore sets; hoplaunch needs two",
-          "See who has them with \"ipcs -s\".  Links that hopopen opens need none."};
+          "See who has them with \"ipcs -s\". Links that hopopen opens need none."};
 }
 
 }  // namespace hopopen

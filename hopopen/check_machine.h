@@ -14,7 +14,7 @@ namespace hopopen {
 /// A screen to show a viewer on.
 finding checkDisplay(variableReader get);
 
-/// The viewer that opens links of the scheme.
+/// The viewer that opens links of the scheme, which some definition must name.
 finding checkViewer(const candidates& among, const std::string& scheme);
 
 /// A terminal, where a viewer for one of the schemes needs one.

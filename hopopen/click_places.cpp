@@ -7,11 +7,9 @@ namespace hopopen {
 
 namespace {
 
-constexpr const char* APPLICATIONS = "/applications";
-
-void add(std::vector<placeOf>& to, const std::string& folder, const char* below, bool ofUser) {
-  if (!folder.empty()) {
-    to.push_back({folder + below, ofUser});
+void addEntries(std::vector<placeOf>& to, const std::string& data, bool ofUser) {
+  if (!data.empty()) {
+    to.push_back({data + "/applications", ofUser, true});
   }
 }
 
@@ -50,14 +48,16 @@ clickPlaces::clickPlaces(variableReader get) {
   }
   const std::string config = userFolder(get, "XDG_CONFIG_HOME", "/.config");
   const std::string data = userFolder(get, "XDG_DATA_HOME", "/.local/share");
-  add(entries, data, APPLICATIONS, true);
+  addEntries(entries, data, true);
   for (const std::string& folder :
        systemFolders(get, "XDG_DATA_DIRS", "/usr/local/share:/usr/share")) {
-    add(entries, folder, APPLICATIONS, false);
+    addEntries(entries, folder, false);
   }
-  add(lists, config, "", true);
+  if (!config.empty()) {
+    lists.push_back({config, true, false});
+  }
   for (const std::string& folder : systemFolders(get, "XDG_CONFIG_DIRS", "/etc/xdg")) {
-    add(lists, folder, "", false);
+    lists.push_back({folder, false, false});
   }
   lists.insert(lists.end(), entries.begin(), entries.end());
 

@@ -9,10 +9,10 @@
 
 namespace hopopen {
 
-/// A folder, and whether it is the user's own.
 struct placeOf {
   std::string folder;
-  bool ofUser = false;
+  bool ofUser = false;      ///< the folder is the user's own
+  bool hasEntries = false;  ///< there may be desktop entries and a cache of them
 };
 
 /// A browser that a snap or a flatpak brings.

@@ -66,7 +66,7 @@ TEST_F(Check, SaysOkInTheOrderOfAClickWhenAllIsWell) {
       "ok notifier: @/bin/notify-send: shows why a link was not opened\n"
       "ok semaphores: /proc/sys/kernel/sem: leaves enough sets for hoplaunch\n"
       "ok file: all files: could be read\n"
-      "ok definition: 1 viewers: no definition has a fault\n"
+      "ok definition: 1 viewer: no definition has a fault\n"
       "ok settings: no file: no settings have a fault\n",
       good.out);
 }
@@ -294,30 +294,44 @@ TEST_F(Check, FindsThatTheChosenViewerIsNotInstalled) {
   EXPECT_EQ(
       "fault viewer vnc: @/share/hoplaunch/viewers/far.toml: the administrator chose Far (far), "
       "which is not installed\n"
-      "  Install the package far-viewer: \"sudo apt-get install far-viewer\", or choose another "
+      "  Install Far: \"sudo apt-get install far-viewer\", or choose another "
       "with \"hopopen --use NAME vnc\".\n"
       "ok definition: 2 viewers: no definition has a fault\n"
       "ok settings: @/etc/hoplaunch/hopopen.toml: no settings have a fault\n",
       machine.told());
 }
 
+TEST_F(Check, FindsThatTheChosenViewerDoesNotOpenTheScheme) {
+  machine.registered({"vnc", "ssh"});
+  machine.define("shell",
+                 "name = \"Shell\"\nschemes = [\"ssh\"]\nprograms = [\"plain\"]\narguments = []\n");
+  machine.set("[use]\nvnc = \"shell\"\n");
+  EXPECT_TRUE(door::contains(
+      machine.told(),
+      "fault viewer vnc: @/share/hoplaunch/viewers/shell.toml: you chose Shell (shell), which does "
+      "not open vnc links\n"
+      "  See \"hopopen --list\", and choose another with \"hopopen --use NAME vnc\".\n"))
+      << machine.told();
+}
+
 TEST_F(Check, WarnsThatNoViewerIsInstalled) {
   std::filesystem::remove(machine.path("bin/plain"));
-  machine.define("plain", std::string(door::PLAIN) + "packages = [\"plain-viewer\"]\n");
+  machine.define("plain", std::string(door::PLAIN) + "packages = [\"plain-viewer\", \"plugin\"]\n");
   EXPECT_EQ(
       "warning viewer vnc: PATH: no viewer for vnc links is installed\n"
-      "  Install the package plain-viewer: \"sudo apt-get install plain-viewer\".\n",
+      "  Install Plain: \"sudo apt-get install plain-viewer plugin\".\n",
       machine.told());
   EXPECT_EQ(0, machine.check().status);
 }
 
 TEST_F(Check, WarnsThatTheOnlyViewerIsForTrustedMachines) {
-  machine.define("plain", std::string(door::PLAIN) +
-                              "unguarded = [\"clipboard\"]\npackages = [\"plain-viewer\"]\n");
+  machine.define("plain",
+                 std::string(door::PLAIN) +
+                     "unguarded = [\"clipboard\"]\npackages = [\"plain-viewer\", \"plugin\"]\n");
   EXPECT_EQ(
       "warning viewer vnc: @/bin/plain: Plain (plain) opens links to machines that you trust "
       "only: it lets through clipboard\n"
-      "  Install the package plain-viewer: \"sudo apt-get install plain-viewer\", or choose it "
+      "  Install Plain: \"sudo apt-get install plain-viewer plugin\", or choose it "
       "all the same with \"hopopen --use plain vnc\".\n",
       machine.told());
 }
@@ -328,7 +342,7 @@ TEST_F(Check, WarnsThatAViewerNeedsATerminal) {
   machine.define("plain", std::string(door::PLAIN) + "terminal = true\n");
   EXPECT_EQ(
       "warning viewer vnc: PATH: no viewer for vnc links is installed\n"
-      "  Install one; see \"hopopen --list\".\n"
+      "  Install Plain.\n"
       "warning terminal: PATH: has neither xdg-terminal-exec nor x-terminal-emulator, and Plain "
       "(plain) needs one\n"
       "  Install a terminal, such as the package xterm: \"sudo apt-get install xterm\".\n",
@@ -364,7 +378,7 @@ TEST_F(Check, WarnsThatFewerThanTenSemaphoreSetsAreLeft) {
   EXPECT_EQ("", machine.told({}, [] { leaveSets("10"); }));
   EXPECT_EQ(
       "warning semaphores: /proc/sys/kernel/sem: leaves 9 semaphore sets; hoplaunch needs two\n"
-      "  See who has them with \"ipcs -s\".  Links that hopopen opens need none.\n",
+      "  See who has them with \"ipcs -s\". Links that hopopen opens need none.\n",
       machine.told({}, [] { leaveSets("9"); }));
 }
 
