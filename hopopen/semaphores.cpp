@@ -11,11 +11,8 @@ namespace {
 
 constexpr int OF_ONE_SET = 6;  // semaphores in the set that hoplaunch draws
 
-// The fourth argument of `semctl`, which its callers define.
+// The fourth argument of `semctl`, which its callers define, as far as it is used here.
 union semaphoreArgument {
-  int value;
-  semid_ds* details;
-  unsigned short* array;
   seminfo* info;
 };
 
