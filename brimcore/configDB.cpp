@@ -4,10 +4,11 @@
 
 #include "../utilities/startup.h"
 #include "../utilities/trace_flags.h"
-#include "asserts.h"
 #include "conversion.h"
+#include "events.h"
 #include "language.h"
 #include "lasting.h"
+#include "trace.h"
 
 namespace {
 

@@ -1,10 +1,12 @@
 #include "configRef.h"
 
-#include "asserts.h"
 #include "conversion.h"
+#include "events.h"
 #include "items.h"
 #include "lasting.h"
+#include "refcount.h"
 #include "system.h"
+#include "threading.h"
 
 // The C library's report of a failed `assert`, in every build type.
 extern "C" [[noreturn]] void __assert_fail(const char* assertion, const char* file,

@@ -1,7 +1,8 @@
 #include "items.h"
 
 #include "../utilities/startup.h"
-#include "uri.h"
+#include "refcount.h"
+#include "uri.h"  // IWYU pragma: keep
 
 namespace {
 

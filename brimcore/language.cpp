@@ -2,6 +2,10 @@
 
 #include "language.h"
 
+#include <cstddef>
+#include <list>
+
+#include "configRef.h"
 #include "events.h"
 #include "items.h"
 #include "language_tables.h"

@@ -1,11 +1,17 @@
 // Declaring localised strings.
 
+#include <list>
+#include <map>
+#include <string>
 #include <utility>
+#include <vector>
 
-#include "asserts.h"
+#include "assertion.h"
 #include "events.h"
+#include "language.h"
 #include "language_tables.h"
 #include "lasting.h"
+#include "stringcomp.h"
 
 namespace {
 

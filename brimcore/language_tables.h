@@ -1,4 +1,4 @@
-// The process-wide tables behind the localised strings, each created on first use
+// The process-wide tables of the localised strings, each created on first use
 // and never destroyed.
 #pragma once
 

@@ -1,8 +1,10 @@
 // The handler that logs reports, with dates as the configuration says.
 
 #include <ostream>
+#include <string>
 #include <utility>
 
+#include "configRef.h"
 #include "datetime.h"
 #include "events.h"
 #include "items.h"

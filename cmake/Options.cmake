@@ -10,6 +10,7 @@ option(HOPLAUNCH_INSTALL "Install, and prepare what is installed" ${PROJECT_IS_T
 option(HOPLAUNCH_STATIC "Link the C library into hoplaunch, too" ${PROJECT_IS_TOP_LEVEL})
 option(HOPLAUNCH_HARDENING "Harden release builds" ${PROJECT_IS_TOP_LEVEL})
 option(HOPLAUNCH_LONG_TESTS "Run all tests with gigabytes of text, which take ten minutes" OFF)
+option(HOPLAUNCH_SEPARATE_TESTS "Build a program of each test source" OFF)
 option(HOPLAUNCH_SHARED "Build the shared library, too" ON)
 option(HOPLAUNCH_PACKAGE "Prepare Debian packages; ./package does" OFF)
 option(HOPLAUNCH_BENCHMARKS "Build what bench/run measures" OFF)

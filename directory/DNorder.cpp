@@ -1,15 +1,18 @@
 // The orderings of distinguished names.
 
 #include <algorithm>
-#include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <memory>
+#include <string>
+#include <string_view>
 
 #include "../utilities/ascii.h"
 #include "DistName.h"
-#include "asserts.h"
+#include "assertion.h"
 #include "conversion.h"
 #include "segments.h"
+#include "stringcomp.h"
 
 namespace {
 
@@ -18,8 +21,8 @@ namespace {
 int compareText(const std::string& a, const std::string& b) {
   const std::size_t n = std::min(a.size(), b.size());
   for (std::size_t i = 0; i < n; i++) {
-    const auto left = static_cast<signed char>(lower(a[i]));
-    const auto right = static_cast<signed char>(lower(b[i]));
+    const auto left = static_cast<signed char>(internal::lower(a[i]));
+    const auto right = static_cast<signed char>(internal::lower(b[i]));
     if (left != right) {
       return left < right ? -1 : 1;
     }
@@ -47,7 +50,7 @@ void DistName::makeSortable() const {
   for (std::size_t end = name.size(); !name.empty();) {
     const std::size_t start = internal::segmentStart(name, end);
     const std::string_view current = internal::trim(name.substr(start, end - start));
-    out = std::transform(current.begin(), current.end(), out, lower);
+    out = std::transform(current.begin(), current.end(), out, internal::lower);
     if (start == 0) {
       break;
     }

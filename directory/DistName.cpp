@@ -6,11 +6,13 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <string_view>
 #include <vector>
 
 #include "../utilities/ascii.h"
-#include "asserts.h"
+#include "assertion.h"
 #include "conversion.h"
+#include "events.h"
 #include "segments.h"
 
 namespace {
@@ -195,7 +197,7 @@ std::string pathValue(std::string_view value) {
 }
 
 bool domainComponent(std::string_view key) {
-  return key.size() == 2 && lower(key[0]) == 'd' && lower(key[1]) == 'c';
+  return key.size() == 2 && internal::lower(key[0]) == 'd' && internal::lower(key[1]) == 'c';
 }
 
 }  // namespace
@@ -292,7 +294,7 @@ std::string DistName::unescape(const std::string& text) {
   std::string result;
   result.reserve(text.size());
   const auto digit = [&text](std::size_t i) {
-    return i < text.size() ? hexDigit(static_cast<signed char>(text[i])) : -1;
+    return i < text.size() ? internal::hexValue(text[i]) : -1;
   };
   for (std::size_t i = 0; i < text.size(); i++) {
     if (text[i] != '\\') {

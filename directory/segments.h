@@ -45,7 +45,7 @@ inline std::size_t segmentStart(std::string_view text, std::size_t end) {
 }
 
 inline std::string_view trimFront(std::string_view text) {
-  while (!text.empty() && isSpace(text.front())) {
+  while (!text.empty() && internal::isSpace(text.front())) {
     text.remove_prefix(1);
   }
   return text;
@@ -54,7 +54,7 @@ inline std::string_view trimFront(std::string_view text) {
 /// Keeps one blank after a backslash, which escapes it.
 inline std::string_view trimBack(std::string_view text) {
   std::size_t end = text.size();
-  while (end > 0 && isSpace(text[end - 1])) {
+  while (end > 0 && internal::isSpace(text[end - 1])) {
     end--;
   }
   if (end > 0 && end < text.size() && text[end - 1] == '\\') {

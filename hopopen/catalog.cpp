@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstdint>
 #include <set>
+#include <system_error>
 #include <utility>
 
 namespace hopopen {

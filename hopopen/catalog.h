@@ -33,7 +33,7 @@ class catalog {
  private:
   std::string_view line(std::size_t start) const;
 
-  std::string m_text;                // behind the head
+  std::string m_text;                // after the head
   std::vector<std::size_t> m_lines;  // where they start; sorted by what they say
 };
 

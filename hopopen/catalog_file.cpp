@@ -3,12 +3,16 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <system_error>
+#include <vector>
 
+#include "definition.h"
 #include "file.h"
+#include "stamp.h"
 
 namespace hopopen {
 

@@ -2,52 +2,38 @@
 // Nothing here depends on the locale.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
+#include "../utilities/ascii.h"  // IWYU pragma: export
+
 namespace hopopen {
 
-constexpr bool isUpper(char c) {
-  return c >= 'A' && c <= 'Z';
-}
-constexpr bool isLower(char c) {
-  return c >= 'a' && c <= 'z';
-}
-constexpr bool isDigit(char c) {
-  return c >= '0' && c <= '9';
-}
-constexpr bool isAlpha(char c) {
-  return isUpper(c) || isLower(c);
-}
-constexpr bool isAlnum(char c) {
-  return isAlpha(c) || isDigit(c);
-}
-constexpr bool isHex(char c) {
-  return isDigit(c) || (c >= 'A' && c <= 'F') || (c >= 'a' && c <= 'f');
-}
+using internal::HEX_DIGITS;
+using internal::hexValue;
+using internal::isBlank;
+using internal::isControl;
+using internal::isDigit;
+using internal::isHexDigit;
+using internal::isLetter;
+using internal::isLetterOrDigit;
+using internal::isLower;
+using internal::isPrintable;
+using internal::lower;
+
 /// A letter, a digit or an underscore.
 constexpr bool isWord(char c) {
-  return isAlnum(c) || c == '_';
+  return isLetterOrDigit(c) || c == '_';
 }
-/// The control characters of ASCII, DEL included.
-constexpr bool isControl(char c) {
-  return (c >= 0 && c < ' ') || c == '\x7F';
-}
-constexpr bool isPrintable(char c) {
-  return c >= ' ' && c <= '~';
-}
-/// What stands for itself in every part of a URI (RFC 3986, section 2.3).
+/// What means itself in every part of a URI (RFC 3986, section 2.3).
 constexpr bool isUnreserved(char c) {
-  return isAlnum(c) || c == '-' || c == '.' || c == '_' || c == '~';
+  return isLetterOrDigit(c) || c == '-' || c == '.' || c == '_' || c == '~';
 }
 /// What a URI may be made of (RFC 3986, section 2).
 constexpr bool isOfURI(char c) {
   return isUnreserved(c) ||
          std::string_view("%:/?#[]@!$&'()*+,;=").find(c) != std::string_view::npos;
-}
-
-constexpr char lower(char c) {
-  return isUpper(c) ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
 inline std::string lower(std::string_view text) {
@@ -58,7 +44,7 @@ inline std::string lower(std::string_view text) {
   return result;
 }
 
-/// True when both are equal but for the case of ASCII letters.
+/// True when both are equal except for the case of ASCII letters.
 constexpr bool sameLetters(std::string_view a, std::string_view b) {
   if (a.size() != b.size()) {
     return false;

@@ -1,6 +1,7 @@
 #include "choose.h"
 
 #include <algorithm>
+#include <cstddef>
 
 #include "enumeration.h"
 #include "shown.h"

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "definition.h"
 #include "definitions.h"
 #include "preferences.h"
 #include "programs.h"
@@ -35,8 +36,8 @@ struct choice {
 };
 
 /// Chooses the viewer: the one named `option`, if there is one; the one that the
-/// settings name; or the one of the lowest rank that is installed.  A viewer that cannot be
-/// told to guard the user comes by its rank for trusted hosts alone.
+/// settings name; or the one of the lowest rank that is installed.  A viewer that has no option to
+/// guard the user is chosen by rank for trusted hosts alone.
 verdict choose(const candidates& among, const occasion& what,
                const std::optional<std::string>& option, choice& into);
 

@@ -1,6 +1,16 @@
 #include "decide.h"
 
+#include <cstddef>
+#include <functional>
+#include <utility>
+
+#include "definition.h"
+#include "definitions.h"
 #include "enumeration.h"
+#include "fault.h"
+#include "host.h"
+#include "preferences.h"
+#include "programs.h"
 #include "shown.h"
 
 namespace hopopen {

@@ -1,4 +1,4 @@
-// Deciding what comes of a link.  Nothing is opened or started here.
+// Deciding what happens with a link.  Nothing is opened or started here.
 #pragma once
 
 #include <optional>
@@ -21,7 +21,7 @@ struct opening {
   std::optional<filling> filled;  ///< what the viewer is given
   verdict why;                    ///< the refusal, if there is one; its message names the link
   /// Viewers of which the outline is known, and more is needed.  Unless it is empty, nothing
-  /// is decided yet: these are to be read whole, and then it is to be decided again.
+  /// is decided yet: read these whole, and decide again.
   std::vector<std::string> unread;
 };
 

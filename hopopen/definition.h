@@ -39,7 +39,7 @@ struct definition {
   std::vector<std::string> schemes;
   std::vector<std::string> programs;   ///< tried in this order
   std::int64_t rank = 50;              ///< the lowest is preferred
-  std::vector<std::string> unguarded;  ///< what the viewer cannot be told to protect
+  std::vector<std::string> unguarded;  ///< what the viewer has no option to protect
   bool terminal = false;               ///< runs inside a terminal
   std::vector<std::string> packages;
   std::vector<element> arguments;

@@ -2,13 +2,19 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
+#include <cstdint>
 #include <initializer_list>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "characters.h"
 #include "meaning.h"
 #include "regexpr.h"
 #include "shown.h"
+#include "template.h"
+#include "toml.h"
 #include "toml_read.h"
 
 namespace hopopen {
@@ -189,15 +195,15 @@ textTemplate reader::text(const toml::node& value, std::initializer_list<placeho
   }
   const auto result = readTemplate(*source);
   if (!result) {
-    complain(value, "a brace stands alone or is around a name that is not known here");
+    complain(value, "a brace is alone, or is around a name that is not known here");
     return {};
   }
   for (const placeholder one : forbidden) {
     if (uses(*result, one)) {
       complain(value, one == placeholder::PASSWORD
-                          ? "a password may stand in the environment only, not in an argument and "
+                          ? "a password may be in the environment only, not in an argument and "
                             "not in a terminal"
-                          : "{value} may stand in the arguments of a parameter only");
+                          : "{value} may be in the arguments of a parameter only");
     }
   }
   return *result;

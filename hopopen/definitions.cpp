@@ -1,14 +1,16 @@
 #include "definitions.h"
 
 #include <algorithm>
+#include <optional>
 #include <set>
 #include <string_view>
+#include <utility>
 
 #include "characters.h"
 #include "definition_reader.h"
 #include "file.h"
 #include "paths.h"
-#include "shown.h"
+#include "stamp.h"
 
 namespace hopopen {
 

@@ -22,7 +22,7 @@ struct fileText {
   std::string error;   ///< empty when all is well; else printable ASCII without a full stop
 };
 
-/// Reads a whole regular file of at most LONGEST_FILE bytes.  Whatever else stands at the
+/// Reads a whole regular file of at most LONGEST_FILE bytes.  Whatever else is at the
 /// path, such as a pipe or a terminal, is an error, and nothing is waited for.
 ///
 ///     readFile("/etc/shadow").error   // "cannot be read: Permission denied"
@@ -32,7 +32,7 @@ fileText readFile(const std::string& path);
 /// if there is no such folder; else as above.
 std::vector<std::string> namesIn(const std::string& folder, std::string& error);
 
-/// What tells the file at the path from others; nothing when there is none.
+/// What distinguishes the file at the path from others; nothing when there is none.
 std::optional<stamp> stampOf(const std::string& path);
 
 }  // namespace hopopen

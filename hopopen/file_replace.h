@@ -17,7 +17,7 @@ bool makeFolders(const std::string& path);
 /// The path at the end of the symbolic links, also when nothing is there yet.
 std::optional<std::string> followed(std::string path);
 
-/// A lock that other processes wait for, on a file beside the one that it protects.  It is
+/// A lock that other processes wait for, on a file next to the one that it protects.  It is
 /// given up when it is destroyed, and by whatever ends the process.  The file stays.
 class fileLock {
  public:
@@ -37,7 +37,7 @@ enum class replacement : std::uint8_t {
   UNSYNCED  ///< the new file is there, but a power failure may bring back the old one
 };
 
-/// Writes a new file beside the one at `path`, and renames it over that one.
+/// Writes a new file next to the one at `path`, and renames it over that one.
 /// REQUIRES: the caller holds a lock for the file.
 replacement replaceFile(const std::string& path, const std::string& text);
 

@@ -1,10 +1,14 @@
 #include "fill.h"
 
+#include <cstddef>
+
 #include "credentials.h"
 #include "meaning.h"
+#include "parameters.h"
 #include "placeholder_values.h"
 #include "regexpr.h"
 #include "shown.h"
+#include "template.h"
 
 namespace hopopen {
 

@@ -1,9 +1,12 @@
 #include "host.h"
 
 #include <arpa/inet.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
 
 #include <algorithm>
 #include <cstring>
+#include <string_view>
 
 #include "characters.h"
 #include "percent.h"
@@ -44,7 +47,7 @@ std::optional<hostFault> readLabel(std::string_view name, std::size_t start, std
 
 bool looksLikeNumber(std::string_view label) {
   if (label.size() >= 2 && label[0] == '0' && lower(label[1]) == 'x') {
-    return std::all_of(label.begin() + 2, label.end(), isHex);
+    return std::all_of(label.begin() + 2, label.end(), isHexDigit);
   }
   return std::all_of(label.begin(), label.end(), isDigit);
 }
@@ -93,14 +96,14 @@ std::optional<hostFault> readZone(const piece& zone) {
     const char c = zone.text[i];
     if (!isWord(c) && c != '.' && c != '-') {
       return hostFault{zone.start + i,
-                       "The zone behind the address has a character that it cannot have."};
+                       "The zone after the address has a character that it cannot have."};
     }
     if (i == LONGEST_ZONE) {
-      return hostFault{zone.start + i, "The zone behind the address is too long."};
+      return hostFault{zone.start + i, "The zone after the address is too long."};
     }
   }
   if (zone.text.empty()) {
-    return hostFault{zone.start, "The zone behind the address is empty."};
+    return hostFault{zone.start, "The zone after the address is empty."};
   }
   return {};
 }

@@ -39,7 +39,7 @@ struct hostFault {
   const char* message;
 };
 
-/// Reads a host as it stands in a link: percent-encoded, or an IPv6 address in brackets
+/// Reads a host as it is in a link: percent-encoded, or an IPv6 address in brackets
 /// (RFC 3986, section 3.2.2; RFC 6874).
 std::optional<hostFault> readHost(const piece& text, host& into);
 

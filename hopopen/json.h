@@ -1,7 +1,7 @@
 // JSON in pure ASCII (RFC 8259), one line.
 #pragma once
 
-#include <nlohmann/json.hpp>
+#include <nlohmann/json.hpp>  // IWYU pragma: export
 #include <string>
 #include <string_view>
 #include <vector>

@@ -1,7 +1,6 @@
 #include "link.h"
 
 #include <algorithm>
-#include <array>
 #include <string_view>
 
 #include "characters.h"
@@ -44,7 +43,7 @@ verdict checkBytes(std::string_view text) {
     }
     if (text[i] == '%') {
       for (std::size_t digit = i + 1; digit <= i + 2; digit++) {
-        if (digit >= text.size() || !isHex(text[digit])) {
+        if (digit >= text.size() || !isHexDigit(text[digit])) {
           return syntax(std::min(digit, text.size()),
                         "A \"%\" in the link is not followed by two hexadecimal digits. Check the "
                         "link.");
@@ -104,8 +103,8 @@ verdict readSchemeName(std::string_view text, std::string& into) {
       "The link does not begin with a scheme, as in \"vnc://host\". Check the link.";
   std::size_t end = 0;
   while (end < text.size() &&
-         (isAlpha(text[end]) || (end > 0 && (isDigit(text[end]) || text[end] == '+' ||
-                                             text[end] == '-' || text[end] == '.')))) {
+         (isLetter(text[end]) || (end > 0 && (isDigit(text[end]) || text[end] == '+' ||
+                                              text[end] == '-' || text[end] == '.')))) {
     end++;
   }
   constexpr std::string_view mark = "://";

@@ -2,8 +2,8 @@
 // draft on ssh URIs.  Nothing is looked up; what the pieces mean to a viewer is decided
 // elsewhere.
 //
-// Whatever a stranger can put into a link is held against a short list of what is allowed,
-// and all else is refused, so that a piece can be handed to any program.
+// Whatever a stranger can put into a link is compared with a short list of what is allowed,
+// and everything else is refused, so that any program can be given a piece.
 #pragma once
 
 #include <cstddef>
@@ -31,7 +31,7 @@ struct link {
   bool fragment = false;              ///< whether there is one that is not empty
 };
 
-/// The first steps: takes in the text, and reads its scheme.
+/// The first steps: keeps the text, and reads its scheme.
 verdict readScheme(const std::string& text, link& into);
 
 /// All other steps.

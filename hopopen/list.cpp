@@ -1,7 +1,15 @@
 #include "list.h"
 
+#include <functional>
+#include <optional>
+#include <vector>
+
+#include "definition.h"
+#include "definitions.h"
 #include "enumeration.h"
 #include "json.h"
+#include "preferences.h"
+#include "programs.h"
 #include "shown.h"
 
 namespace hopopen {

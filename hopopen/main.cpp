@@ -3,10 +3,13 @@
 #include <cstdlib>
 #include <iostream>
 #include <new>
+#include <optional>
 #include <string>
 
 #include "catalog_file.h"
 #include "check.h"
+#include "definitions.h"
+#include "fault.h"
 #include "folders.h"
 #include "launch_log.h"
 #include "list.h"
@@ -14,6 +17,7 @@
 #include "options.h"
 #include "out_of_memory.h"
 #include "output_signals.h"
+#include "preferences.h"
 #include "refusal.h"
 #include "say.h"
 #include "surroundings.h"

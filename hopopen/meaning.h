@@ -7,12 +7,12 @@
 namespace hopopen {
 
 enum class meaning : std::uint8_t {
-  VIEW_ONLY,   ///< the other machine is to be looked at, not controlled
+  VIEW_ONLY,   ///< look at the other machine, without controlling it
   PROTECTION,  ///< asks for a tunnel, a security type, or a check of who answers
   USER,        ///< gives the user name
   PASSWORD,    ///< gives the password
-  WISH,        ///< how the picture is to be; dropped where a viewer cannot be told
-  NONE         ///< nothing that a viewer is told
+  WISH,        ///< asks for a kind of picture; dropped if a viewer has no option for it
+  NONE         ///< nothing that a viewer needs
 };
 
 /// What the parameter means in a link of that scheme (RFC 7869, section 2.1, and the IETF
@@ -27,7 +27,7 @@ enum class answer : std::uint8_t { YES, NO, UNCLEAR };
 answer readAnswer(std::string_view value);
 
 /// True when a parameter that asks for protection asks for none: its value is empty, or says
-/// that there is to be none.
+/// "none".
 bool asksForNothing(std::string_view name, std::string_view value);
 
 }  // namespace hopopen

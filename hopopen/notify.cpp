@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <ctime>
 #include <exception>
+#include <optional>
 #include <string_view>
 
 #include "output_signals.h"
@@ -100,7 +101,7 @@ void leaveStreams() {
   }
 }
 
-// In a process of its own: tells by the first program that shows the message.  One that runs
+// In a process of its own: shows it by the first program that shows the message.  One that runs
 // out of memory ends without a word, as its parent has said it all.
 [[noreturn]] void tellAside(const std::vector<program>& notifiers,
                             const std::string& message) noexcept {

@@ -1,13 +1,19 @@
 #include "open_link.h"
 
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "catalog_file.h"
+#include "choose.h"
 #include "conversion.h"
 #include "datetime.h"
 #include "decide.h"
 #include "definitions.h"
+#include "fill.h"
 #include "launch_log.h"
+#include "link.h"
+#include "programs.h"
 #include "refusal.h"
 #include "say.h"
 #include "shown.h"
@@ -35,7 +41,7 @@ void logStart(const opening& decided, const launchLog& log) {
   }
 }
 
-// Decides, and reads as many definitions as that takes.
+// Decides, and reads as many definitions as that needs.
 opening decideOn(const options& asked, surroundings& around) {
   opening result = decide(asked.link, asked.viewer, around.all());
   while (!result.unread.empty()) {

@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include "shown.h"
 
@@ -13,7 +14,7 @@ namespace {
 constexpr int WRONG_COMMAND_LINE = 1;
 constexpr char SHIELD = '\x01';
 
-// The parser gives a meaning to words in brackets and to some others, and takes the next word
+// The parser gives a meaning to words in brackets and to some others, and uses the next word
 // for an empty value.  A last character that it does not know keeps a word as it is.
 std::string shielded(std::string word) {
   if (word.empty() || word.front() != '-' || std::strchr("]=", word.back()) != nullptr ||

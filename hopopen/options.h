@@ -1,6 +1,7 @@
 // The command line of hopopen.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -28,8 +29,8 @@ struct ending {
   int status;
 };
 
-/// Reads the command line, the program's name first.  An ending when nothing else is to be
-/// done: help was asked for, or the command line is wrong.
+/// Reads the command line, the program's name first.  An ending when there is nothing else to
+/// do: help was asked for, or the command line is wrong.
 std::optional<ending> readOptions(int count, const char* const* arguments, options& into);
 
 }  // namespace hopopen

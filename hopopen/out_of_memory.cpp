@@ -65,7 +65,7 @@ int refuseWithoutMemory(const options& asked) {
              programFinder(std::getenv("PATH")));
     }
   } catch (const std::bad_alloc&) {
-    // Then only the line tells of it.
+    // Then only the line says it.
   }
   return exitStatus(code::START);
 }

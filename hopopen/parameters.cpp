@@ -1,5 +1,7 @@
 #include "parameters.h"
 
+#include <optional>
+#include <string_view>
 #include <utility>
 
 #include "characters.h"
@@ -20,7 +22,7 @@ verdict readName(const piece& encoded, code why, std::string& into) {
   into = decode(encoded.text);
   for (std::size_t i = 0; i < into.size(); i++) {
     const bool allowed =
-        i == 0 ? isAlpha(into[i]) : isWord(into[i]) || into[i] == '.' || into[i] == '-';
+        i == 0 ? isLetter(into[i]) : isWord(into[i]) || into[i] == '.' || into[i] == '-';
     if (!allowed || i == LONGEST_PARAMETER) {
       return at(why, origin(encoded, i),
                 "A parameter of the link has a name that is too long or has a character that "

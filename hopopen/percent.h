@@ -7,11 +7,11 @@
 
 namespace hopopen {
 
-/// The bytes that percent-encoding stands for, decoded once.  A "%" that two hexadecimal
+/// The bytes that percent-encoding means, decoded once.  A "%" that two hexadecimal
 /// digits do not follow stays as it is.
 std::string decode(std::string_view text);
 
-/// How many bytes of the text stand for its first decoded one: 3 or 1.
+/// How many bytes of the text encode its first decoded one: 3 or 1.
 std::size_t encodedWidth(std::string_view text);
 
 /// The text with each byte that is not unreserved as "%" and two digits.

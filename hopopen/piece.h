@@ -1,9 +1,8 @@
-// A piece of a link: a part of its text that stays aware of where it stands, so that a
+// A piece of a link: a part of its text that knows where it is, so that a
 // fault can be pointed at, also after percent-decoding.
 #pragma once
 
 #include <cstddef>
-#include <string>
 #include <string_view>
 
 namespace hopopen {

@@ -1,9 +1,11 @@
 #include "placeholder_values.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <utility>
 #include <variant>
 
+#include "host.h"
 #include "percent.h"
 
 namespace hopopen {

@@ -1,4 +1,4 @@
-// What the placeholders of a definition stand for in one link: its checked pieces, and
+// What the placeholders of a definition mean in one link: its checked pieces, and
 // nothing else.
 #pragma once
 

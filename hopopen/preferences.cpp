@@ -1,8 +1,12 @@
 #include "preferences.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <map>
+#include <utility>
 
 #include "file.h"
+#include "trusted.h"
 
 namespace hopopen {
 

@@ -1,6 +1,7 @@
 // What a user and the administrators want, taken together.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -12,7 +13,7 @@
 
 namespace hopopen {
 
-/// Who said which viewer is to be used.
+/// Who chose the viewer.
 enum class chooser : std::uint8_t { OPTION, USER, ADMINISTRATOR, RANK };
 
 struct wanted {

@@ -15,7 +15,7 @@ struct program {
   std::string path;  ///< the file that is executed
 };
 
-/// A viewer that is there, and what it takes to start it.
+/// A viewer that is there, and what is needed to start it.
 struct installed {
   program viewer;                      ///< `path` is without symbolic links
   std::optional<program> terminal;     ///< what it runs in, if it needs a terminal

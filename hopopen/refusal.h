@@ -2,6 +2,7 @@
 // link that is at fault.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>

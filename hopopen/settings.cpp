@@ -1,9 +1,11 @@
 #include "settings.h"
 
+#include <optional>
 #include <string_view>
 
 #include "characters.h"
 #include "shown.h"
+#include "toml.h"
 #include "toml_read.h"
 
 namespace hopopen {

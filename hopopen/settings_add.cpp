@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <map>
+#include <optional>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -10,6 +12,8 @@
 #include "settings.h"
 #include "text_edit.h"
 #include "text_lines.h"
+#include "toml.h"
+#include "trusted.h"
 
 namespace hopopen {
 

@@ -15,7 +15,7 @@ struct change {
   /// From a scheme to the viewer that opens it, or to nothing when the choice is forgotten.
   std::map<std::string, std::optional<std::string>> use = {};
   std::vector<trustedHost> distrust = {};  ///< taken out first, wherever they are
-  std::vector<trustedHost> trust = {};     ///< added, but for those that are there already
+  std::vector<trustedHost> trust = {};     ///< added, except for those that are there already
 };
 
 /// True when the list has that host.

@@ -1,5 +1,6 @@
 #include "settings_edit.h"
 
+#include <map>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -8,8 +9,10 @@
 #include "settings.h"
 #include "settings_add.h"
 #include "settings_remove.h"
+#include "toml.h"
 #include "toml_read.h"
 #include "toml_text.h"
+#include "trusted.h"
 
 namespace hopopen {
 

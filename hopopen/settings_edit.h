@@ -19,8 +19,8 @@ namespace hopopen {
 ///     edited("# mine\n", {.use = {{"vnc", "krdc"}}})   // # mine\n\n[use]\nvnc = "krdc"\n
 ///
 /// Nothing when the result would not say what it should, or anything else would be lost: the
-/// result is read again and compared before it is given out.  That comes of a text with a
-/// fault, of a scheme or viewer that a settings file cannot have, and of any mistake here.
+/// result is read again and compared before it is given out.  The reason is a text with a
+/// fault, a scheme or viewer that a settings file cannot have, or any mistake here.
 std::optional<std::string> edited(const std::string& text, const change& what);
 
 }  // namespace hopopen

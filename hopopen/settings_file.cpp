@@ -52,10 +52,10 @@ std::string replace(const std::string& path, const std::string& text) {
   return {};
 }
 
-// What is to be done about a file.
+// What to do about a file.
 struct plan {
-  std::string error = {};                // what hinders it
-  std::optional<std::string> text = {};  // what is to be written, if anything is
+  std::string error = {};                // what prevents it
+  std::optional<std::string> text = {};  // what to write, if anything
 };
 
 // `path` is what messages call the file.

@@ -9,6 +9,8 @@
 
 #include "text_edit.h"
 #include "text_lines.h"
+#include "toml.h"
+#include "trusted.h"
 
 namespace hopopen {
 

@@ -14,11 +14,10 @@ namespace {
 constexpr std::string_view MASK = "***";
 
 void appendEscaped(std::string& out, char c) {
-  constexpr std::string_view digits = "0123456789ABCDEF";
   const auto byte = static_cast<unsigned char>(c);
   out += "\\x";
-  out += digits[byte / 16];
-  out += digits[byte % 16];
+  out += HEX_DIGITS[byte / 16];
+  out += HEX_DIGITS[byte % 16];
 }
 
 // Some bytes of a link: those from `begin` to before `end`.

@@ -8,7 +8,7 @@
 
 namespace hopopen {
 
-/// The link with "***" in the place of every password, whatever else is wrong with it:
+/// The link with "***" in place of every password, whatever else is wrong with it:
 ///
 /// - what is between the first colon after the scheme's (and "//") and the last "@" before
 ///   the next "/", "?" or "#";

@@ -1,4 +1,4 @@
-// What tells a file from all others, and from itself after a change.
+// What distinguishes a file from all others, and from itself after a change.
 #pragma once
 
 #include <cstdint>

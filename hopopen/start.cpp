@@ -5,10 +5,15 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <optional>
 #include <string_view>
 
+#include "choose.h"
+#include "definition.h"
 #include "enumeration.h"
+#include "fill.h"
 #include "output_signals.h"
+#include "programs.h"
 #include "shown.h"
 
 namespace hopopen {

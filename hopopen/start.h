@@ -1,7 +1,11 @@
 // Becoming the viewer.
 #pragma once
 
+#include <string>
+#include <vector>
+
 #include "decide.h"
+#include "refusal.h"
 
 namespace hopopen {
 

@@ -2,9 +2,12 @@
 #pragma once
 
 #include <cstdlib>
+#include <functional>
+#include <optional>
 
 #include "catalog.h"
 #include "choose.h"
+#include "definition.h"
 #include "definitions.h"
 #include "folders.h"
 #include "preferences.h"

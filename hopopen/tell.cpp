@@ -1,7 +1,21 @@
 #include "tell.h"
 
+#include <cstddef>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "choose.h"
 #include "conversion.h"
+#include "definition.h"
 #include "enumeration.h"
+#include "fill.h"
+#include "host.h"
+#include "link.h"
+#include "parameters.h"
+#include "preferences.h"
+#include "programs.h"
+#include "refusal.h"
 #include "shown.h"
 
 namespace hopopen {

@@ -1,6 +1,18 @@
 #include "tell_json.h"
 
+#include <cstddef>
+#include <optional>
+#include <vector>
+
+#include "choose.h"
+#include "definition.h"
+#include "fill.h"
+#include "host.h"
 #include "json.h"
+#include "link.h"
+#include "parameters.h"
+#include "programs.h"
+#include "refusal.h"
 #include "shown.h"
 
 namespace hopopen {

@@ -30,11 +30,10 @@ using textTemplate = std::vector<std::variant<std::string, placeholder>>;
 /// Words that are passed together or not at all.
 using element = std::vector<textTemplate>;
 
-/// Reads a template.  Nothing when it has a brace that stands alone or a placeholder that
-/// nobody knows.
+/// Reads a template.  Nothing when it has a lone brace or an unknown placeholder.
 std::optional<textTemplate> readTemplate(std::string_view text);
 
-/// True when the placeholder stands in the template.
+/// True when the template has the placeholder.
 bool uses(const textTemplate& text, placeholder what);
 
 }  // namespace hopopen

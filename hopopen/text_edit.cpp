@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "characters.h"
 #include "text_lines.h"
 
 namespace hopopen {

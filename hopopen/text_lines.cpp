@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <string_view>
 
+#include "characters.h"
+
 namespace hopopen {
 
 std::size_t textStart(const std::string& text) {

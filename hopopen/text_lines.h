@@ -6,11 +6,6 @@
 
 namespace hopopen {
 
-/// True for a space or a tab.
-constexpr bool isBlank(char c) {
-  return c == ' ' || c == '\t';
-}
-
 /// Where the text begins: after a byte order mark, if there is one.
 std::size_t textStart(const std::string& text);
 /// Where the line of a byte begins.

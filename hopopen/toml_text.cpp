@@ -95,14 +95,13 @@ std::optional<std::size_t> commaAfter(const std::string& text, std::size_t at) {
 }
 
 std::string quotedText(std::string_view text) {
-  constexpr std::string_view digits = "0123456789ABCDEF";
   std::string result = "\"";
   for (const char c : text) {
     if (isControl(c)) {
       const auto byte = static_cast<unsigned char>(c);
       result += "\\u00";
-      result += digits[byte / 16];
-      result += digits[byte % 16];
+      result += HEX_DIGITS[byte / 16];
+      result += HEX_DIGITS[byte % 16];
     } else {
       result += c == '"' || c == '\\' ? "\\" : "";
       result += c;

@@ -1,11 +1,16 @@
 #include "wishes.h"
 
-#include <algorithm>
+#include <cstddef>
+#include <map>
+#include <optional>
+#include <vector>
 
 #include "characters.h"
+#include "definition.h"
 #include "settings_change.h"
 #include "settings_file.h"
 #include "shown.h"
+#include "trusted.h"
 
 namespace hopopen {
 

@@ -2,7 +2,7 @@
 //
 // A name is a text of segments, leaf first and root last, separated by commas:
 // "CN=John,OU=Users,DC=example,DC=com".  A segment is a key, "=" and a value.  A
-// backslash escapes the character behind it.  Malformed names are never an error;
+// backslash escapes the character after it.  Malformed names are never an error;
 // a missing "=" or comma simply ends a scan.
 //
 // A `DistName` is a value.  It caches the form that it is compared by, filled on
@@ -13,7 +13,6 @@
 #include <cstddef>
 #include <memory>
 #include <string>
-#include <string_view>
 
 #include "stringcomp.h"
 
@@ -47,11 +46,11 @@ class DistName {
 
   /// An empty name.
   DistName() = default;
-  /// The name `dn`; null stands for an empty one.
+  /// The name `dn`; null means an empty one.
   explicit DistName(const char* dn);
   /// The first `length` bytes of `dn`, none when it is negative or `dn` is null.
   DistName(const char* dn, int length);
-  /// The name that `text` stands for in a style.  An unknown style reports
+  /// The name that `text` means in a style.  An unknown style reports
   /// `EC_UNKNOWN_VALUE` and keeps the text.
   ///
   ///     DistName("a.b", DistName::DOMAIN)   // DC=a,DC=b
@@ -101,7 +100,7 @@ class DistName {
   static std::string parent(const std::string& dn);
   DistName parent() const { return DistName(parent(m_string), SIMPLE); }
 
-  /// The text before the first "=", as it stands; empty without one.
+  /// The text before the first "=", as it is; empty without one.
   static std::string firstKey(const std::string& dn);
   std::string firstKey() const { return firstKey(m_string); }
 

@@ -40,7 +40,7 @@ class assocList : public std::map<std::string, std::string, caseInsensitive> {
   /// The readings of `entries`.
   ///
   /// - An entry with an "=" is split at the first one: the key before it, the
-  ///   value behind it, which may be empty.
+  ///   value after it, which may be empty.
   /// - An entry without an "=" is a value; its key is the decimal text of a
   ///   counter of such entries, which starts at 0.
   /// - A later entry replaces the value of an earlier one with the same key.
@@ -76,7 +76,7 @@ class assocList : public std::map<std::string, std::string, caseInsensitive> {
 
   /// The entries whose key starts with none of the prefixes (`exclude` true) or
   /// with at least one (`exclude` false).  `prefixList` is a null-terminated
-  /// array; null stands for an empty one.
+  /// array; null means an empty one.
   assocList filter(const char* const* prefixList, bool exclude) const;
 
   /// Maps each value that is not empty back to its key.  Where keys share a

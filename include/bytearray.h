@@ -36,7 +36,7 @@ class ByteArray {
   /// - Radix 16 reads the leading run of hexadecimal digits, either case.  In a
   ///   run of odd length the first digit is a byte of its own.
   /// - Radix 64 reads the leading run of the base64 alphabet and every "="
-  ///   directly behind it.  Together they must be a multiple of four long, with
+  ///   directly after it.  Together they must be a multiple of four long, with
   ///   at most two "=".
   /// - Radix 0 detects: the text must be even in length and hold only base64
   ///   characters and "="; if all are hexadecimal digits it is radix 16, else 64.

@@ -30,6 +30,7 @@
 
 #include "DistName.h"
 #include "countedMap.h"
+#include "refcount.h"
 #include "stringcomp.h"
 #include "threading.h"
 

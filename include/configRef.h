@@ -5,7 +5,7 @@
 // which works until the first read publishes the database; a later registration
 // is reported and ignored, and the reference still reads.  (Before there is thread
 // data, a read gives the default and publishes nothing.)  Every read looks the
-// item up afresh in the calling thread's version of the database (configDB.h), so
+// item up again in the calling thread's version of the database (configDB.h), so
 // `threadedConfigDB::refresh()` changes what all references return.  A reference
 // holds nothing but the name.  Like the database, references are for one thread of a process
 // only.

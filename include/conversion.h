@@ -20,7 +20,7 @@
 
 // --- Numbers ---------------------------------------------------------------
 
-/// Reads an unsigned decimal number at `text` and moves `text` behind it.
+/// Reads an unsigned decimal number at `text` and moves `text` past it.
 /// Returns -1, with `text` unmoved, when the first character is not a digit, when
 /// the number is above 2147483647, and for a null pointer.
 ///
@@ -169,8 +169,8 @@ std::string quote(const std::string& text);
 ///     CSVescape("a,b")   // "a,b"
 std::string CSVescape(const std::string& text);
 
-/// Reads one comma-separated field at `ptr` and moves `ptr` behind it and its
-/// comma.  A field without its closing quote runs to the end of the text; behind the
+/// Reads one comma-separated field at `ptr` and moves `ptr` past it and its
+/// comma.  A field without its closing quote runs to the end of the text; after the
 /// closing quote one character that is no comma is skipped.  A null or empty text gives
 /// an empty field.
 ///

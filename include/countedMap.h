@@ -7,7 +7,7 @@
 // reference that is equal to it.
 //
 // `countedMap` is the object, `countedMapRef` the handle to it.  Who may read and
-// write when is told in refcount.h.  A value type `V` has a constructor
+// write when: refcount.h says it.  A value type `V` has a constructor
 // `(std::string value, std::string source, bool, bool)`, of which the dummy is
 // built with two empty texts and false, and a static `className()`.
 //
@@ -21,6 +21,7 @@
 #include <map>
 #include <string>
 
+#include "assertion.h"
 #include "lasting.h"
 #include "refcount.h"
 

@@ -18,7 +18,7 @@
 
 #pragma GCC visibility push(default)
 
-/// Time-zone codes beside plain offsets in minutes, for `DateTime::now`.
+/// Time-zone codes in addition to plain offsets in minutes, for `DateTime::now`.
 constexpr int LOCAL_TIME = -9999;     ///< the offset of `gettimeofday`: none, so UTC, with glibc
 constexpr int PRECISE_TIME = -9998;   ///< the clock as it is
 constexpr int BAD_TIMEZONE = -99999;  ///< marks a zone that is not to be used
@@ -56,15 +56,15 @@ struct gregorianDate {
   /// The calendar fields of an instant.  An invalid one gives `mseconds` -1.
   explicit gregorianDate(const DateTime& time);
 
-  /// Reads a stamp such as "Nov  5 11:07:34" at `text` and moves `text` behind
-  /// it.  The stamp has no year; the leap year 1972 stands in, so that Feb 29 is
+  /// Reads a stamp such as "Nov  5 11:07:34" at `text` and moves `text` past
+  /// it.  The stamp has no year; the leap year 1972 is used, so that Feb 29 is
   /// accepted.
   ///
   /// - The month is one of the English three-letter names, case-sensitive.
   ///   Without one, and for null, `text` is not moved, `month` is 13 and `mseconds` -1.
   /// - The other fields have at most two digits, each followed by any one
-  ///   character that is no digit and, but behind the day, no white space; blanks
-  ///   may stand before the day.
+  ///   character that is no digit and, but after the day, no white space; blanks
+  ///   may come before the day.
   /// - `mseconds` is 0 when day < 32, hour, minute and second < 60, and else -1.
   ///   (The hour is bounded by 60 on purpose.)
   explicit gregorianDate(const char*& text);
@@ -85,7 +85,7 @@ struct gregorianDate {
   std::string format(const std::string& pattern) const;
 };
 
-/// Writes `year/month/day@hour:minute:second.microseconds`, unpadded but for the
+/// Writes `year/month/day@hour:minute:second.microseconds`, unpadded except for the
 /// microseconds, for example `2026/11/15@11:7:34.042517`, whatever flags and locale the
 /// stream has.
 std::ostream& operator<<(std::ostream& out, const gregorianDate& date);
@@ -107,7 +107,7 @@ class DateTime {
   /// - Fields are read in the order year (up to 4 digits), month, day, hour,
   ///   minute, second (up to 2 each), fraction (up to 6); one that is missing
   ///   keeps its value of 1970-01-01 00:00:00.
-  /// - Behind a field one separator is skipped: any character but a digit and
+  /// - After a field one separator is skipped: any character but a digit and
   ///   white space.  Reading ends where a field does not start with a digit, so
   ///   a blank ends it.
   /// - Nothing is range-checked; the seconds wrap in 32 bits.

@@ -1,20 +1,29 @@
-// Event reports and their handlers.
+// Event reports and their handlers, in three parts.
 //
-// *The life of a report.*  Code that meets a failure constructs a report, usually
-// as a temporary; it may add parameters; the report is offered once to the
-// handlers, at the latest by its own destructor (that of its class: a new class of
-// reports calls `report` in it); then it is gone.  So a caller
-// that only constructs a report has reported it.  Reports live on the stack of
-// the thread that raised them and are not copied.
+// *1. Severities, audiences and codes* say how bad an event is, who should see it, and what
+// happened, as far as the library has words for it.
 //
-// *The handlers.*  Each thread has a map of handlers by priority (threads that
-// have none share the start-up map).  A report is offered in ascending priority;
-// a handler that serves some of the report's audiences clears them, and the
-// first that answers true ends the walk.  A handler enters the map of the thread
-// that constructs it and leaves it when it is destroyed; the map does not own it.
+// *2. Reports.*  Code that meets a failure constructs a report, usually as a temporary; it
+// may add parameters; the report is offered once to the handlers, at the latest by its own
+// destructor (that of its class: a new class of reports calls `report` in it); then it is
+// gone.  So a caller that only constructs a report has reported it.  Reports live on the
+// stack of the thread that raised them and are not copied.
 //
-// *What handlers may do.*  A report never ends the program, nor does it hang: this goes
-// beyond what was promised at first.
+// The operation is written as it is, line feeds and control bytes included, so one that has
+// text from strangers can make lines that look like other reports.
+//
+// *3. Handlers* decide what happens with reports.  Each thread has a map of handlers by
+// priority (threads that have none share the start-up map).  A report is offered in
+// ascending priority; a handler that serves some of the report's audiences clears them, and
+// the first that answers true ends the walk.  A handler enters the map of the thread that
+// constructs it and leaves it when it is destroyed; the map does not own it.
+//
+// One handler is always there: the storing handler at priority 10, for all audiences.  It
+// claims every report before any handler with a larger number; a handler that is to see
+// reports needs a priority below 10.
+//
+// A report never ends the program, nor does it hang: this goes beyond what was promised at
+// first.
 //
 // - What `handle` throws counts as not claimed, and the walk goes on.
 // - A report raised inside `handle` skips the handlers that are handling one already, as
@@ -23,16 +32,9 @@
 //   that is destroyed is not called any more; a new one sees the next report, not the
 //   one that is under way.
 //
-// The operation is written as it is, line feeds and control bytes included, so one that has
-// text from strangers can make lines that look like other reports.
-//
-// One handler is always there: the storing handler at priority 10, for all
-// audiences.  It claims every report before any handler with a larger number; a
-// handler that is to see reports must stand below 10.
-//
 // Reports and handlers may be used before `main`, in a forked child and at exit.
-// Once the thread's own map is gone at exit, reports go to the start-up map.  Two
-// things are the caller's to see to: a `stderrHandler` or `loggingHandler` that
+// Once the thread's own map is gone at exit, reports go to the start-up map.  The caller
+// ensures two things: a `stderrHandler` or `loggingHandler` that
 // serves a report after the sections are gone at exit aborts, and one that serves a
 // report raised inside the section it writes under, but not by itself, waits forever.
 //
@@ -43,7 +45,6 @@
 #include <cstdint>
 #include <iosfwd>
 #include <map>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -54,7 +55,7 @@
 
 class language;
 
-// --- Severities, audiences and common codes --------------------------------
+// --- 1. Severities, audiences and codes ------------------------------------
 
 /// How bad an event is; handlers compare severities as numbers.
 enum eventSeverity : int { SUCCESS = 0, WARNING = 1, FAILURE = 2, SEVERE = 3, FATAL = 4 };
@@ -115,7 +116,7 @@ std::string text(eventAudience audience);
 /// The text of a code, "<unknown eventCommon>" for any other value.
 const char* text(eventCommon code);
 
-// --- Reports ---------------------------------------------------------------
+// --- 2. Reports ------------------------------------------------------------
 
 /// A report of one event.
 class eventReport {
@@ -222,7 +223,7 @@ class OSevent : public eventReport {
   std::string codeToText(int code) const override;
 };
 
-// --- Handlers --------------------------------------------------------------
+// --- 3. Handlers -----------------------------------------------------------
 
 class eventHandler;
 
@@ -255,7 +256,7 @@ class ThreadedEventHandlerList : private ThreadedDatatype {
   static EventHandlerMap& startUpMap();
 };
 
-/// Decides what becomes of reports.
+/// Decides what happens with reports.
 ///
 /// Constructing a handler registers it.  A derived class must be able to handle
 /// reports from then on, so it works out whatever might itself raise a report
@@ -342,8 +343,8 @@ class storingHandler : public eventHandler {
   std::string str() const;
 
   /// The process's own storing handler: priority 10, all audiences, from
-  /// `WARNING` up; never destroyed.  Asking for it sees to it that it stands in
-  /// the calling thread's current map, once.
+  /// `WARNING` up; never destroyed.  Asking for it ensures that it is in the calling
+  /// thread's current map, once.
   static storingHandler& theInstance();
 
  private:

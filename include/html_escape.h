@@ -110,7 +110,7 @@ std::string HTMLescape(const char* text, unsigned int length, bool nbsp);
 std::string HTMLescape(const std::string& text, bool nbsp);
 
 /// Reads one pair of a form-encoded text (application/x-www-form-urlencoded) at
-/// `cursor` and moves `cursor` behind it; null once the text is used up.
+/// `cursor` and moves `cursor` past it; null once the text is used up.
 ///
 /// - "&" and the end of the text end a pair; without "=" its value is empty.
 /// - "+" stands for a blank, "%" and two hexadecimal digits for a byte.

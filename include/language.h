@@ -1,11 +1,11 @@
 // Localised strings.
 //
-// User-visible texts stand in named vectors and are addressed by vector name and
+// User-visible texts are in named vectors and are addressed by vector name and
 // index.  A module declares its texts as static `languageString` objects with the
 // text in the default language; `languageString::finalise()`, which the first
 // read of the configuration calls, groups them into vectors and gives each its
 // index.  A `language` may have vectors of its own; for what it lacks, the
-// default language and then the declared texts stand in.
+// default language and then the declared texts are used.
 //
 // Languages and strings are registered in tables that live as long as the
 // process.  One that is destroyed, such as a static object of a library that is unloaded,
@@ -15,7 +15,6 @@
 // What is kept here is for one thread of a process only.
 #pragma once
 
-#include <cstddef>
 #include <map>
 #include <string>
 #include <utility>
@@ -48,7 +47,7 @@ class language {
   /// The language `name`, or `Default()` when there is none.
   static language& find(const std::string& name);
   /// The language that the item `defaultLanguage` names, else the first by name,
-  /// else the stand-by language "BAD".
+  /// else the reserve language "BAD".
   static language& Default();
   /// All languages in the order of their names.
   static std::vector<std::pair<std::string, language*>> list();
@@ -69,7 +68,7 @@ class language {
 
   /// The language's own vectors by name, for a derived class to fill.
   std::map<std::string, std::vector<std::string>, caseInsensitive>& phrases() { return phrasesMap; }
-  /// Sets the language code (RFC 5646); an empty one stands for "en".
+  /// Sets the language code (RFC 5646); an empty one means "en".
   void setCode(const std::string& newCode) { m_code = newCode; }
 
  private:
@@ -80,7 +79,7 @@ class language {
   std::map<std::string, std::vector<std::string>, caseInsensitive> phrasesMap;
 };
 
-/// The language "BAD" that stands in while none is registered.
+/// The language "BAD" that is used while none is registered.
 class badLanguage : public language {
  private:
   friend class language;

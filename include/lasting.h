@@ -34,9 +34,7 @@ class lasting {
   /// Holds what `make()` returns: for a class whose constructors are private.
   template <std::invocable Make>
   requires std::same_as<std::invoke_result_t<Make>, T>
-  explicit lasting(Make&& make) {
-    ::new (static_cast<void*>(m_object)) T(std::forward<Make>(make)());
-  }
+  explicit lasting(Make make) { ::new (static_cast<void*>(m_object)) T(make()); }
   lasting(const lasting&) = delete;
   lasting& operator=(const lasting&) = delete;
 

@@ -5,7 +5,7 @@
 
 #include <cstddef>
 
-#include "asserts.h"
+#include "assertion.h"
 
 #pragma GCC visibility push(default)
 

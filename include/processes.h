@@ -1,6 +1,6 @@
 // Threads and orderly shutdown.
 //
-// A `Thread` is a body of work, `execute`, that runs beside its creator.  A
+// A `Thread` is a body of work, `execute`, that runs while its creator does.  A
 // full-weight thread is a child process made by `fork`; it shares the critical
 // sections with its parent and nothing else.  Light-weight threads are part of
 // the interface but not of this build: asking for one reports `EC_NOT_IMPL`.
@@ -8,12 +8,12 @@
 // `waitFor`.
 //
 // Shutdown is a flag that goes from false to true once (`Thread::shutDown`), and
-// a list of notifiers that are told once (`shutdownNotified::callShutdowns`).
-// An `exitWaitThread` watches the flag and tells the notifiers.
+// a list of notifiers that are called once (`shutdownNotified::callShutdowns`).
+// An `exitWaitThread` watches the flag and calls the notifiers.
 //
 // Threads may be created before `main` and in a forked child.  A child ends through
 // `exit`: it runs what its parent registered with `atexit`, destroys its copies of the
-// static objects, and writes out its copies of what stood in the parent's buffers.
+// static objects, and writes out its copies of what was in the parent's buffers.
 //
 // What is kept here is for one thread of a process only.
 #pragma once
@@ -83,7 +83,7 @@ class Thread {
   bool m_fullWeight;
 };
 
-/// Watches for the shutdown, once a second without drift, and then tells the
+/// Watches for the shutdown, once a second without drift, and then calls the
 /// notifiers.
 class exitWaitThread : public Thread {
  public:
@@ -95,7 +95,7 @@ class exitWaitThread : public Thread {
   void write(std::ostream& out) const override;
 };
 
-/// Base of an object that wants to be told of the shutdown.
+/// Base of an object that wants to know of the shutdown.
 class shutdownNotified {
  public:
   /// Enters the list of notifiers; a copy enters it too.
@@ -109,12 +109,12 @@ class shutdownNotified {
   /// Called once at shutdown.
   virtual void shutdown() = 0;
 
-  /// Tells every notifier alive, in the order of their construction.  Runs at
+  /// Calls every notifier alive, in the order of their construction.  Runs at
   /// most once per process; a notifier may construct and destroy others.
   static void callShutdowns();
 
  private:
-  std::uint32_t m_cookie;  // tells a live notifier from the remains of one
+  std::uint32_t m_cookie;  // differs between a live notifier and the remains of one
 };
 
 /// Streams as the process id, "/" and the thread id, for example 4711/-1.

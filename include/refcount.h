@@ -6,7 +6,7 @@
 // changes it, and publishes it, which makes the previous canonical instance
 // obsolete: whoever still holds that sees it unchanged.  Publication with `check`
 // succeeds only when the clone was made from what is still canonical, so of two
-// writers that race exactly one wins, and the other is told.
+// writers that race exactly one wins, and the other learns that it lost.
 //
 // *Ownership.*  An instance counts the handles that hold it and the clones made
 // from it that are not published yet; whoever takes the count to zero destroys
@@ -31,9 +31,8 @@
 #include <cstdint>
 #include <typeinfo>
 
-#include "asserts.h"
+#include "assertion.h"
 #include "lasting.h"
-#include "pointers.h"
 #include "threading.h"
 
 #pragma GCC visibility push(default)
@@ -148,7 +147,7 @@ class reference : public ThreadedDataObject {
   /// Holds the instance of `canonical`, or with `writable` a private clone of it.
   /// Null when there is none, or it does not clone.
   reference& set(bool writable, const reference& canonical);
-  /// Puts the private instance held here, or null, in the place of `canonical`'s.
+  /// Puts the private instance held here, or null, in place of `canonical`'s.
   /// With `check` only when this holds a copy of what is there.  Returns whether
   /// it did.
   bool setCanonical(reference& canonical, bool check);

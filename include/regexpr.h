@@ -77,7 +77,7 @@ class RegExpr {
 
   /// True when the expression matches at the offset `start` of `text`; "^" and "$"
   /// still stand for the ends of the whole text.  Takes time in proportion to the
-  /// length of `text`, where a search may take its square.  An offset behind the text's
+  /// length of `text`, where a search may take its square.  An offset after the text's
   /// end gives false.
   ///
   ///     RegExpr("b", true).matchsAt("abc", 1)   // true

@@ -15,7 +15,7 @@ class SystemEnv {
   /// The one instance, created on first use and never destroyed.
   static SystemEnv& instance();
 
-  /// The folder that the installation's files stand under; empty when unknown.
+  /// The folder that the installation's files are under; empty when unknown.
   const std::string& ServerRoot() const { return m_ServerRoot; }
 
  private:
@@ -24,7 +24,7 @@ class SystemEnv {
   std::string m_ServerRoot;
 };
 
-/// What the program tells the library about its host.
+/// What the program says to the library about its host.
 struct InterfaceFinder {
   /// The host's fully qualified domain name, from which `configRef::RootDN`
   /// builds the root of the directory.  A program may define this function

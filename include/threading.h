@@ -38,7 +38,7 @@
 // loaded before the `ThreadData` is built, and never unloaded; a process has one copy of the
 // library.
 //
-// Everything here may be used before `main`, in a forked child and at exit, but for
+// Everything here may be used before `main`, in a forked child and at exit, except for
 // `ThreadData::instance`, which after the end refers to what was destroyed.
 #pragma once
 
@@ -210,8 +210,8 @@ void semaphoreForgo();
 /// error, or 0 where the system gave what cannot be used; else it is 0.
 bool semaphoreTry(int& error);
 
-/// Ends the process by the signal `sig` as if there were no handler, without leaving the set
-/// behind; while the set is being made the signal waits.  May be a handler itself, or be
+/// Ends the process by the signal `sig` as if there were no handler, and removes the set
+/// first; while the set is being made the signal waits.  May be a handler itself, or be
 /// called in one: `std::signal(SIGTERM, semaphoreEndBy)`.
 void semaphoreEndBy(int sig);
 

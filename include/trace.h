@@ -26,7 +26,7 @@
 class traceFlag {
  public:
   /// Registers a flag under `name` with a level to start from.  A name that is
-  /// taken gets "-1", "-2" and so on behind it, the first that is free.  An empty
+  /// taken gets "-1", "-2" and so on after it, the first that is free.  An empty
   /// name is not registered.
   traceFlag(const std::string& name, int level);
   traceFlag(const traceFlag&) = delete;

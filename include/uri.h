@@ -18,7 +18,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "assoclist.h"
@@ -29,7 +28,7 @@
 
 class RegExpr;
 
-/// How a viewer takes the value of an option.
+/// How a viewer is given the value of an option.
 enum argsStyle : int {
   AS_EQUALS = 0,   ///< in one argument: -name=value
   AS_SEPARATE = 1  ///< in two: -name value
@@ -44,15 +43,15 @@ argsStyle args_style(const std::string& name);
 enum uriStop : int {
   US_COMPLETE = 0,   ///< nothing: the text is a URI
   US_SCHEME = 1,     ///< the scheme
-  US_SEPARATOR = 2,  ///< the "://" behind the scheme
-  US_DELIMITER = 3,  ///< the "/" behind the addresses
+  US_SEPARATOR = 2,  ///< the "://" after the scheme
+  US_DELIMITER = 3,  ///< the "/" after the addresses
   US_ADDRESS = 4,    ///< an address
   US_TICKET = 5,     ///< the ticket
   US_PARAMETER = 6   ///< the "=" of a parameter
 };
 
-/// What the grammar wants there, to be put behind "expected", for example
-/// "\"/\" behind the addresses".  "nothing more" for a complete URI, and
+/// What the grammar wants there, to be put after "expected", for example
+/// "an address".  "nothing more" for a complete URI, and
 /// "<invalid uriStop>".
 const char* text(uriStop stop);
 
@@ -78,7 +77,7 @@ class URI {
  public:
   /// An empty URI, not okay.
   URI() = default;
-  /// Parses `text`; `okay` tells whether that worked.
+  /// Parses `text`; `okay` says whether that worked.
   explicit URI(const std::string& text);
   /// Copies the ticket, the key id, the addresses and the okay flag, but neither
   /// the scheme nor the parameters: a copy is good for whom to call, not how.
@@ -106,7 +105,7 @@ class URI {
   /// The scheme as written.
   const std::string& scheme() const { return m_scheme; }
 
-  /// The text form, with the parameters behind the ticket and percent-encoded.
+  /// The text form, with the parameters after the ticket and percent-encoded.
   std::string format() const;
 
   /// Frees the argument vector.
@@ -118,16 +117,16 @@ class URI {
   std::string hexString() const { return ticket.format(16); }
   /// Appends an address, which is not tested, and drops the argument vector.
   void add(const std::string& address);
-  /// Appends addresses.  A `port` of 0 or more replaces what stands behind the
+  /// Appends addresses.  A `port` of 0 or more replaces what is after the
   /// last ":" of each, the inside of a bracketed address not excepted.  A cached
   /// argument vector stays as it is.
   void add(const std::vector<std::string>& extra, int port);
   /// Stores one parameter, replacing one of the same name.
   void addParam(const std::string& name, const std::string& value);
-  /// Sets the key id; -1 stands for none.
+  /// Sets the key id; -1 means none.
   void setKeyId(int id) { keyId = id; }
 
-  /// The number of arguments that one option takes in a style, 1 or 2.
+  /// The number of arguments that one option needs in a style, 1 or 2.
   /// REQUIRES: `style` is one of the enumeration.
   unsigned int valuesPerOption(argsStyle style) const;
 
@@ -137,7 +136,7 @@ class URI {
   /// - VNC viewers also get the options of the item `VNC_OPTIONS`, which a
   ///   parameter of the same name replaces; a ticket becomes the option "ticket".
   /// - At most `maxHosts` addresses are passed, all if it is 0.
-  /// - With `portArg`, the text behind the last ":" of the first address is
+  /// - With `portArg`, the text after the last ":" of the first address is
   ///   passed as the value of that option, and addresses lose theirs.
   /// - The vector is built by the first call and kept until `clear`; later calls
   ///   only replace the command name.

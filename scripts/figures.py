@@ -48,10 +48,12 @@ def table(head, rows):
 
 
 def commit():
-    """What is measured: the last commit, and whether files differ from it."""
-    said = subprocess.run(["git", "describe", "--always", "--dirty", "--abbrev=10"],
-                          capture_output=True, text=True, check=False)
-    return said.stdout.strip()
+    """What is measured: the last commit, and whether files but documents differ from it."""
+    last = subprocess.run(["git", "rev-parse", "--short=10", "HEAD"], capture_output=True,
+                          text=True, check=False).stdout.strip()
+    same = subprocess.run(["git", "diff", "--quiet", "HEAD", "--", ".", ":!docs", ":!*.md"],
+                          check=False).returncode == 0
+    return last if same else f"{last}-dirty"
 
 
 def keep(name, command, **results):
@@ -195,12 +197,13 @@ def listed(form):
 
 # --- The picture of the layers ---------------------------------------------------
 
+# From the top down.
 FOLDERS = {
     "hopopen": "what a click starts",
     "tools": "hoplaunch and hopexplain",
-    "brimcore": "configuration, links of hoplaunch, languages",
+    "brimcore": "configuration, items, languages, the log of reports",
     "directory": "distinguished names",
-    "utilities": "text, dates, reports, counts, processes",
+    "utilities": "URIs, text, dates, reports, flags, counts, processes",
 }
 
 
@@ -218,22 +221,25 @@ def folder_of_headers():
 
 
 def arrows():
-    """Which folder uses which, by what their sources include."""
+    """Which folder uses which, by what their sources and headers include."""
     owners = folder_of_headers()
+    sources = [(folder, file) for folder in FOLDERS for file in pathlib.Path(folder).rglob("*")
+               if file.suffix in (".cpp", ".h")]
+    sources += [(owners[file.name], file) for file in pathlib.Path("include").glob("*.h")]
     found = set()
-    for folder in FOLDERS:
-        for source in sorted(pathlib.Path(folder).rglob("*")):
-            if source.suffix in (".cpp", ".h"):
-                text = source.read_text(encoding="utf-8")
-                names = re.findall(r'^#include "(?:.*/)?([^"/]+)"', text, re.MULTILINE)
-                found |= {(folder, owners[name]) for name in names if name in owners}
+    for folder, file in sources:
+        text = file.read_text(encoding="utf-8")
+        names = re.findall(r'^#include "(?:.*/)?([^"/]+)"', text, re.MULTILINE)
+        found |= {(folder, owners[name]) for name in names if name in owners}
     return sorted((one, other) for one, other in found if one != other)
 
 
 def picture():
     lines = ["```mermaid", "flowchart TB"]
     lines += [f'  {name}["{name}/: {text}"]' for name, text in FOLDERS.items()]
-    lines += [f"  {one} --> {other}" for one, other in arrows()]
+    order = list(FOLDERS)
+    lines += [f"  {one} {'-->' if order.index(one) < order.index(other) else '-.->'} {other}"
+              for one, other in arrows()]
     return "\n".join(lines) + "\n```\n"
 
 

@@ -103,6 +103,16 @@ silent() {
 # has_line PATTERN TEXT: a line of the text matches the extended regular expression.
 has_line() { grep -qE -- "$1" <<<"$2"; }
 
+# expected_outside ROOT: what the programs of tests/outside/ print, with that root after "DC=".
+# They have the items and flags of the library, as docs/items.tsv lists them, and one each.
+expected_outside() {
+  local items flags
+  items=$({ of_library item && echo greeting; } | LC_ALL=C sort -f | xargs)
+  flags=$({ of_library flag && echo outside; } | LC_ALL=C sort | xargs)
+  sed "s/ROOT/$1/; s/ITEMS/$items/; s/FLAGS/$flags/" tests/outside/expected.txt
+}
+of_library() { sed -n "s/^$1\t\([^\t]*\)\t[^\t]*\tlibrary\t.*/\1/p" docs/items.tsv; }
+
 # wait_for_jobs ID...: counts each job of this shell by how it ends.
 wait_for_jobs() {
   local job

@@ -228,6 +228,7 @@ def build(folder, tree, flags, *more):
     copy_to(tree)
     run("cmake", "-S", tree, "-B", folder, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Debug",
         "-DCMAKE_EXPORT_COMPILE_COMMANDS=ON", "-DHOPLAUNCH_SHARED=OFF",
+        "-DHOPLAUNCH_SEPARATE_TESTS=ON",
         f"-DCMAKE_CXX_FLAGS_DEBUG={flags}", *more, stdout=subprocess.DEVNULL)
     run("ninja", "-C", folder, stdout=subprocess.DEVNULL)
 

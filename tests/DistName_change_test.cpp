@@ -16,6 +16,8 @@
 #include "stringcomp.h"
 #include "threading.h"
 
+namespace DistName_change_test {
+
 namespace {
 
 // The private step of `sortable`.
@@ -515,3 +517,5 @@ TEST(DistNameConfiguration, RegistersTheLengthOfShortNames) {
 }
 
 }  // namespace
+
+}  // namespace DistName_change_test

@@ -12,6 +12,8 @@
 #include "DistName.h"
 #include "conversion.h"
 
+namespace DistName_property_test {
+
 namespace {
 
 DistName name(const std::string& text) {
@@ -320,3 +322,5 @@ TEST(DistNameProperties, AnyBytesAreTakenWithoutHarm) {
 }
 
 }  // namespace
+
+}  // namespace DistName_property_test

@@ -12,6 +12,8 @@
 #include "events.h"
 #include "threading.h"
 
+namespace DistName_test {
+
 namespace {
 
 // Made before the library's own initialisers can have run.
@@ -457,3 +459,5 @@ TEST(DistNameCanonicalName, EscapesSlashesAndUnescapesTheRest) {
 }
 
 }  // namespace
+
+}  // namespace DistName_test

@@ -1,13 +1,10 @@
 # The tests of the front door: of its units, and of the program as its users run it.
-foreach(source ${door_sources})
-  cmake_path(GET source STEM name)
-  target_link_libraries(${name} PRIVATE hoplaunch_opening test_runners)
-  add_dependencies(${name} hopopen hoplaunch recording_viewer)
-endforeach()
-wraps(file_test fstat read)
-foreach(name settings_fault_test settings_file_test)
-  wraps(${name} mkdir open flock read write fsync fchmod close rename unlink stat lstat fstat
-    readlink)
-endforeach()
-target_link_libraries(patterns_test PRIVATE hoplaunch_driver)
-wraps(patterns_test regcomp)
+set(opening LINKS hoplaunch_opening hoplaunch_driver test_programs)
+test_program(opening_test TOGETHER ${opening} TESTS
+  associations browser_policy catalog click_places desktop_entry file host key_file link_entry
+  patterns settings settings_edit settings_random shown template toml WRAPS fstat read regcomp)
+set(file_calls mkdir open flock read write fsync fchmod close rename unlink stat lstat fstat
+  readlink)
+test_program(settings_fault_test ${opening} TESTS settings_fault WRAPS ${file_calls})
+test_program(settings_file_test ${opening} TESTS settings_file WRAPS ${file_calls})
+test_program(hopopen_test TOGETHER RUNNERS TESTS ${hopopen_tests} links)

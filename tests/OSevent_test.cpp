@@ -11,6 +11,8 @@
 #include "event_probe.h"
 #include "events.h"
 
+namespace OSevent_test {
+
 namespace {
 
 // What the C library's reentrant error-message routine is made to answer.
@@ -174,3 +176,5 @@ TEST(OSevent, TakesTheErrorNumberEvenAsTheFirstReportOfTheProcess) {
 }
 
 }  // namespace
+
+}  // namespace OSevent_test

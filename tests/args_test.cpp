@@ -12,6 +12,8 @@
 #include "config_override.h"
 #include "uri.h"
 
+namespace args_test {
+
 namespace {
 
 using textList = std::vector<std::string>;
@@ -524,3 +526,5 @@ TEST(URIargsDeathTest, AbortsWithoutAWordWhereNoOneShowsReports) {
 }
 
 }  // namespace
+
+}  // namespace args_test

@@ -18,6 +18,8 @@
 #include "kept_traces.h"
 #include "threading.h"
 
+namespace asserts_test {
+
 namespace {
 
 template <class Report>
@@ -271,3 +273,5 @@ TEST(ASSERT, ReportsOnceAndNeverReturns) {
 }
 
 }  // namespace
+
+}  // namespace asserts_test

@@ -7,12 +7,8 @@
 #include <string>
 #include <vector>
 
+namespace hopopen::associations_test {
 namespace {
-
-using hopopen::associationFile;
-using hopopen::associations;
-using hopopen::defaultHandler;
-using hopopen::keyFile;
 
 associationFile file(const std::string& path, const std::string& text) {
   return {path, keyFile(text)};
@@ -112,3 +108,4 @@ TEST(DefaultHandler, MayBeADefaultThatIsRemovedAsAnAssociation) {
 }
 
 }  // namespace
+}  // namespace hopopen::associations_test

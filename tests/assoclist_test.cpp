@@ -10,6 +10,8 @@
 #include <utility>
 #include <vector>
 
+namespace assoclist_test {
+
 using std::string_literals::operator""s;
 
 namespace {
@@ -400,3 +402,5 @@ TEST(AssocListWrite, WritesBracesAndEntries) {
     EXPECT_EQ(inserted.str(), c.expected);
   }
 }
+
+}  // namespace assoclist_test

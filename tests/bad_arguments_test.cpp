@@ -10,6 +10,8 @@
 #include "random.h"
 #include "uri.h"
 
+namespace bad_arguments_test {
+
 namespace {
 
 constexpr const char* NOTHING = nullptr;
@@ -75,3 +77,5 @@ TEST(GregorianDate, OfNullIsMalformed) {
 }
 
 }  // namespace
+
+}  // namespace bad_arguments_test

@@ -9,15 +9,8 @@
 #include "firefox_policy.h"
 #include "json_read.h"
 
+namespace hopopen::browser_policy_test {
 namespace {
-
-using hopopen::chromiumKeeps;
-using hopopen::chromiumPolicy;
-using hopopen::firefoxForbids;
-using hopopen::firefoxKeeps;
-using hopopen::firefoxSwitchesOff;
-using hopopen::jsonData;
-using hopopen::readJson;
 
 jsonData read(const std::string& text) {
   auto value = readJson(text);
@@ -189,3 +182,4 @@ TEST(JsonOfOthers, MayBeAsDeepAndAsLongAsAFileCanBe) {
 }
 
 }  // namespace
+}  // namespace hopopen::browser_policy_test

@@ -6,6 +6,8 @@
 
 #include "bytearray.h"
 
+namespace bytearray_encoding_test {
+
 namespace {
 
 // Every byte value once, in ascending order.
@@ -424,3 +426,5 @@ TEST(ByteArrayOMBRformat, IsEmptyWithoutAPrefix) {
 }
 
 }  // namespace
+
+}  // namespace bytearray_encoding_test

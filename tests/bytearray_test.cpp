@@ -6,6 +6,8 @@
 #include <string>
 #include <utility>
 
+namespace bytearray_test {
+
 namespace {
 
 // The bytes as space-separated decimal numbers, for comparisons that do not rest
@@ -226,3 +228,5 @@ TEST(ByteArrayComparison, LooksAtTheSizeNotAtTheRoom) {
 }
 
 }  // namespace
+
+}  // namespace bytearray_test

@@ -15,7 +15,7 @@
 #include "catalog_file.h"
 #include "definitions.h"
 
-namespace hopopen {
+namespace hopopen::catalog_test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -235,4 +235,4 @@ TEST_F(CatalogFile, LosesAViewerWhoseFileIsBrokenHiddenOrGoneBeforeItIsRead) {
 }
 
 }  // namespace
-}  // namespace hopopen
+}  // namespace hopopen::catalog_test

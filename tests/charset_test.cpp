@@ -7,6 +7,8 @@
 
 #include "conversion.h"
 
+namespace charset_test {
+
 using std::string_literals::operator""s;
 
 namespace {
@@ -266,3 +268,5 @@ TEST(ConvertUTF8toCS, ConvertsWholeTexts) {
     }
   }
 }
+
+}  // namespace charset_test

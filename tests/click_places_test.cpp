@@ -11,10 +11,8 @@
 #include <string>
 #include <vector>
 
+namespace hopopen::click_places_test {
 namespace {
-
-using hopopen::clickPlaces;
-using hopopen::placeOf;
 
 using Texts = std::vector<std::string>;
 
@@ -107,3 +105,4 @@ TEST(ClickPlaces, AreInTheManual) {
 }
 
 }  // namespace
+}  // namespace hopopen::click_places_test

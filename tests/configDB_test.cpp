@@ -17,6 +17,8 @@
 #include "threading.h"
 #include "trace.h"
 
+namespace configDB_test {
+
 namespace {
 
 using texts = std::vector<std::string>;
@@ -544,3 +546,5 @@ TEST_F(ConfigDB, StaysInOnePieceThroughManyEdits) {
 }
 
 }  // namespace
+
+}  // namespace configDB_test

@@ -10,6 +10,8 @@
 #include "threading.h"
 #include "trace.h"
 
+namespace configItem_test {
+
 namespace {
 
 using texts = std::vector<std::string>;
@@ -170,3 +172,5 @@ TEST_F(ConfigItemSource, IsReportedWhenItChangesWhileTheFlagIsOn) {
 }
 
 }  // namespace
+
+}  // namespace configItem_test

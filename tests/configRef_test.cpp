@@ -11,6 +11,7 @@
 
 #include "configDB.h"
 #include "fresh_process.h"
+#include "registered.h"
 #include "report_recorder.h"
 #include "system.h"
 #include "threading.h"
@@ -212,24 +213,13 @@ TEST_F(ConfigRef, RegistersWhatItsClassSays) {
 }
 
 TEST_F(ConfigRef, FindsTheItemsOfTheLibrary) {
-  const struct {
-    const char* key;
-    texts values, defaults;
-  } rows[] = {
-      {"PROGRAMS", {"VNC=vncviewer", "SSH=putty"}, {}},
-      {"programs", {"VNC=vncviewer", "SSH=putty"}, {}},
-      {"URI_SCHEME", {"VNC"}, {"VNC"}},
-      {"VNC_OPTIONS", {"-autoreconnect=0"}, {}},
-      {"MaxShortName", {"16"}, {"16"}},
-      {"LogDateFormat", {"[%f %i %d %H:%M:%S %Y] "}, {"[%f %i %d %H:%M:%S %Y] "}},
-      {"LogTimeZone", {"localtime"}, {"localtime"}},
-      {"defaultLanguage", {"English"}, {"English"}},
-  };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.key);
-    EXPECT_TRUE(has(row.key));
-    EXPECT_EQ(item(row.key).all(), row.values);
-    EXPECT_EQ(item(row.key).getDefaults(), row.defaults);
+  std::vector<registered::item> rows = registered::items();
+  rows.push_back({"programs", {"VNC=vncviewer", "SSH=putty"}, {}});
+  for (const registered::item& row : rows) {
+    SCOPED_TRACE(row.name);
+    EXPECT_TRUE(has(row.name));
+    EXPECT_EQ(item(row.name).all(), row.values);
+    EXPECT_EQ(item(row.name).getDefaults(), row.defaults);
   }
 }
 

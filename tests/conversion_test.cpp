@@ -11,6 +11,8 @@
 #include <string>
 #include <type_traits>
 
+namespace conversion_test {
+
 using std::string_literals::operator""s;
 
 TEST(Decimal2Int, ReadsANumberAndMovesBehindIt) {
@@ -338,3 +340,5 @@ TEST(ByteBuffers, HoldTwoBytesWithTheMostSignificantFirst) {
     EXPECT_EQ(getU16(buffer + 1), c.value);
   }
 }
+
+}  // namespace conversion_test

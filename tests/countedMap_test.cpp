@@ -15,6 +15,8 @@
 #include "stringcomp.h"
 #include "very_end.h"
 
+namespace countedMap_test {
+
 namespace {
 
 /// A value that shows how it was built.
@@ -367,3 +369,5 @@ TEST_F(CountedMap, SharesTheMapAmongCopiesOfAHandle) {
 }
 
 }  // namespace
+
+}  // namespace countedMap_test

@@ -11,6 +11,8 @@
 #include "datetime.h"
 #include "datetime_probe.h"
 
+namespace datetime_arithmetic_test {
+
 namespace {
 
 // Read before the library's own initialisers can have run.
@@ -481,3 +483,5 @@ TEST(DateTimeNTP, LosesAFewMicrosecondsOnTheWayThere) {
 }
 
 }  // namespace
+
+}  // namespace datetime_arithmetic_test

@@ -12,6 +12,8 @@
 #include "datetime.h"
 #include "datetime_probe.h"
 
+namespace datetime_calendar_test {
+
 namespace {
 
 constexpr int DAYS = 49711;  // from 1970-01-01 to 2106-02-07
@@ -165,3 +167,5 @@ TEST(Calendar, ReadsTheCompactTextsOfManyInstants) {
 }
 
 }  // namespace
+
+}  // namespace datetime_calendar_test

@@ -16,6 +16,8 @@
 #include "event_probe.h"
 #include "events.h"
 
+namespace datetime_clock_test {
+
 namespace {
 
 /// What the clock says next, in turn; the last one stays.
@@ -371,3 +373,5 @@ TEST(DateTimeWait, IsNotCutShortBySignals) {
 }
 
 }  // namespace
+
+}  // namespace datetime_clock_test

@@ -8,6 +8,8 @@
 #include "datetime.h"
 #include "datetime_probe.h"
 
+namespace datetime_format_test {
+
 namespace {
 
 // Sunday 2026-11-15 11:07:34.042517.
@@ -216,3 +218,5 @@ TEST(GregorianDateStream, LeavesABlankAsTheFillCharacter) {
 }
 
 }  // namespace
+
+}  // namespace datetime_format_test

@@ -6,6 +6,8 @@
 #include "datetime.h"
 #include "datetime_probe.h"
 
+namespace datetime_parse_test {
+
 namespace {
 
 struct textCase {
@@ -291,3 +293,5 @@ TEST(SyslogStamp, ReadsWhatTheStyleWrites) {
 }
 
 }  // namespace
+
+}  // namespace datetime_parse_test

@@ -3,6 +3,8 @@
 
 #include "fresh_process.h"
 
+namespace demo_viewer_test {
+
 namespace {
 
 TEST(DemoViewer, WritesEachElementOfItsArgumentVectorQuotedOnALine) {
@@ -16,3 +18,5 @@ TEST(DemoViewer, WritesEachElementOfItsArgumentVectorQuotedOnALine) {
 }
 
 }  // namespace
+
+}  // namespace demo_viewer_test

@@ -12,6 +12,8 @@
 
 #include "toml.h"
 
+namespace desktop_entry_test {
+
 namespace {
 
 using Entry = std::map<std::string, std::string>;
@@ -77,3 +79,5 @@ TEST(DesktopEntry, KeepsItsEarlierNamesWithoutOfferingThem) {
 }
 
 }  // namespace
+
+}  // namespace desktop_entry_test

@@ -9,6 +9,8 @@
 #include "random.h"
 #include "uri.h"
 
+namespace edges_arguments_test {
+
 TEST(BadArguments, ADieWithoutSidesIsAnAssertion) {
   PRNG generator;
   EXPECT_EXIT(
@@ -88,3 +90,5 @@ TEST(BadArguments, NothingIsFoundBeyondTheEndOfAName) {
   EXPECT_EQ(name.find('a', std::string::npos), std::string::npos);
   EXPECT_EQ(name.find(std::string("a"), 100), std::string::npos);
 }
+
+}  // namespace edges_arguments_test

@@ -13,6 +13,8 @@
 
 #include "datetime.h"
 
+namespace edges_fractions_test {
+
 #ifdef __SIZEOF_INT128__
 
 namespace {
@@ -300,3 +302,5 @@ TEST(Fraction, ThatIsTinyChangesNothing) {
 }
 
 #endif
+
+}  // namespace edges_fractions_test

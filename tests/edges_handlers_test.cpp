@@ -10,6 +10,8 @@
 
 #include "events.h"
 
+namespace edges_handlers_test {
+
 namespace {
 
 // Does what it is told with each report, after it noted the report's description.
@@ -330,3 +332,5 @@ TEST(RegisteringHandler, ThatReplacesAHandlerAtTheSamePlaceSeesTheNextReport) {
   raise("two");
   EXPECT_EQ(notes, (Notes{"a one", "a two", "new two"}));
 }
+
+}  // namespace edges_handlers_test

@@ -24,6 +24,8 @@
 #include "stringcomp.h"
 #include "uri.h"
 
+namespace edges_locale_test {
+
 namespace {
 
 // Makes a locale and chooses it; false when the system cannot make it.
@@ -232,3 +234,5 @@ TEST(StreamFlags, ChangeNoMessage) {
   out << bareEvent(FAILURE, AUD_DEVEL, 10000, "some words", "open");
   EXPECT_EQ(out.str(), "Failure: bare/10000 \"some words\" | open");
 }
+
+}  // namespace edges_locale_test

@@ -16,9 +16,7 @@
 #include "events.h"
 #include "threading.h"
 
-// The call that makes a process the one that removes the set.  It is null where the
-// library has none.
-__attribute__((weak)) void semaphoreAdopt();
+namespace edges_sections_test {
 
 namespace {
 
@@ -169,7 +167,6 @@ TEST(SectionsOfAnAssertion, WithoutASetAbortAsBefore) {
 }
 
 TEST(AdoptedSections, AreRemovedByTheOneThatAdopts) {
-  ASSERT_TRUE(semaphoreAdopt != nullptr) << "the library has no such call";
   const int set = madeSet();
   const Child child = inChild([set](const Report& report) {
     report.put(set);
@@ -191,7 +188,6 @@ TEST(AdoptedSections, ThatNobodyAdoptsAreTheCreators) {
 }
 
 TEST(AdoptedSections, OutliveTheCreatorThatDetaches) {
-  ASSERT_TRUE(semaphoreAdopt != nullptr) << "the library has no such call";
   // The creator ends by _exit, as in daemon(3); its child adopts, works and ends.
   const Child creator = inChild([](const Report& report) {
     report.put(madeSet());
@@ -217,7 +213,6 @@ TEST(AdoptedSections, OutliveTheCreatorThatDetaches) {
 }
 
 TEST(AdoptedSections, AreRemovedByAnAssertionOfTheOneThatAdopts) {
-  ASSERT_TRUE(semaphoreAdopt != nullptr) << "the library has no such call";
   const int set = madeSet();
   const Child child = inChild([set](const Report& report) {
     report.put(set);
@@ -229,7 +224,6 @@ TEST(AdoptedSections, AreRemovedByAnAssertionOfTheOneThatAdopts) {
 }
 
 TEST(AdoptedSections, ByTheCreatorItselfChangeNothing) {
-  ASSERT_TRUE(semaphoreAdopt != nullptr) << "the library has no such call";
   const Child child = inChild([](const Report& report) {
     const int set = madeSet();
     semaphoreAdopt();
@@ -239,3 +233,5 @@ TEST(AdoptedSections, ByTheCreatorItselfChangeNothing) {
   ASSERT_GT(child.set, 0);
   EXPECT_FALSE(exists(child.set));
 }
+
+}  // namespace edges_sections_test

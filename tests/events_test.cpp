@@ -14,6 +14,8 @@
 #include "event_probe.h"
 #include "test_language.h"
 
+namespace events_test {
+
 namespace {
 
 template <class Report>
@@ -534,3 +536,5 @@ TEST(eventReport, WorksBeforeMain) {
 }
 
 }  // namespace
+
+}  // namespace events_test

@@ -11,6 +11,8 @@
 #include <string>
 #include <vector>
 
+namespace example_programs_test {
+
 namespace {
 
 std::string contents(const std::string& path) {
@@ -120,3 +122,5 @@ TEST(Tutorial, ShowsTheSessionsOfItsExample) {
 }
 
 }  // namespace
+
+}  // namespace example_programs_test

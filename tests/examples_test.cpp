@@ -9,6 +9,8 @@
 #include "html_escape.h"
 #include "uri.h"
 
+namespace examples_test {
+
 TEST(HeaderExamples, OfEscapingHold) {
   EXPECT_EQ(URIescape("a b"), "a%20b");
   EXPECT_EQ(URIunEscape("%41%4G%4"), "A%4G");
@@ -54,3 +56,5 @@ TEST(URIargs, FreesItsStringsAlsoBehindANullCommand) {
   EXPECT_STREQ(uri.args("viewer", 1, AS_EQUALS, nullptr)[0], "viewer");
   uri.args(nullptr, 1, AS_EQUALS, nullptr);
 }
+
+}  // namespace examples_test

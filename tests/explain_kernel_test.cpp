@@ -21,6 +21,8 @@
 #include "find_program.h"
 #include "fresh_process.h"
 
+namespace explain_kernel_test {
+
 namespace {
 
 using namespace std::string_literals;
@@ -398,3 +400,5 @@ TEST(Search, SkipsAFolderOf4096BytesAndLooksIntoTheCurrentOne) {
 }
 
 }  // namespace
+
+}  // namespace explain_kernel_test

@@ -20,6 +20,8 @@
 
 #include "fresh_process.h"
 
+namespace explain_log_test {
+
 namespace {
 
 constexpr uid_t nobody = 65534;
@@ -238,3 +240,5 @@ TEST(LogFault, IsThatOfAnotherUsersFileInASharedFolder) {
 }
 
 }  // namespace
+
+}  // namespace explain_log_test

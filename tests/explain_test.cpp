@@ -22,6 +22,8 @@
 #include "shell_word.h"
 #include "threading.h"
 
+namespace explain_test {
+
 namespace {
 
 using namespace std::string_literals;
@@ -505,11 +507,11 @@ TEST(ExplainText, HasACaretUnderWhatDoesNotParse) {
                 end);
   EXPECT_EQ(asText(launch.of("vnc:h/")),
             "URI         \"vnc:h/\"\n"
-            "                 ^ expected \"://\" behind the scheme\n" +
+            "                 ^ expected \"://\" after the scheme\n" +
                 end);
   EXPECT_EQ(asText(launch.of("vnc://h")),
             "URI         \"vnc://h\"\n"
-            "                    ^ expected \"/\" behind the addresses\n" +
+            "                    ^ expected \"/\" after the addresses\n" +
                 end);
   EXPECT_EQ(asText(launch.of("vnc://a,-b/")),
             "URI         \"vnc://a,-b/\"\n"
@@ -523,7 +525,7 @@ TEST(ExplainText, HasACaretUnderWhatDoesNotParse) {
                 end);
   EXPECT_EQ(asText(launch.of("vnc://h/?a")),
             "URI         \"vnc://h/?a\"\n"
-            "                       ^ expected \"=\" behind the name of a parameter\n" +
+            "                       ^ expected \"=\" after the name of a parameter\n" +
                 end);
 }
 
@@ -537,12 +539,12 @@ TEST(ExplainText, PutsTheCaretUnderTheDecodedTextAndCountsEscapes) {
             "launch      no: the URI does not parse\n");
   EXPECT_EQ(asText(launch.of("vnc://h\x01\"\\")),
             "URI         \"vnc://h\\001\\\"\\\\\"\n"
-            "                            ^ expected \"/\" behind the addresses\n"
+            "                            ^ expected \"/\" after the addresses\n"
             "launch      no: the URI does not parse\n");
   EXPECT_EQ(asText(launch.of("vnc%00://h/")),
             "URI         \"vnc%00://h/\"\n"
             "decoded     \"vnc\\000://h/\"\n"
-            "                ^ expected \"://\" behind the scheme\n"
+            "                ^ expected \"://\" after the scheme\n"
             "launch      no: the URI does not parse\n");
 }
 
@@ -553,10 +555,10 @@ TEST(ExplainText, CutsALongTextAroundTheCaret) {
   // 48 bytes in front of the caret, and 24 from there, are shown.
   EXPECT_EQ(asText(launch.of("vnc://" + std::string(42, 'a'))),
             "URI         \"vnc://" + std::string(42, 'a') + "\"\n" + std::string(61, ' ') +
-                "^ expected \"/\" behind the addresses\n" + end);
+                "^ expected \"/\" after the addresses\n" + end);
   EXPECT_EQ(asText(launch.of("vnc://" + std::string(43, 'a'))),
             "URI         ...\"nc://" + std::string(43, 'a') + "\"\n" + std::string(64, ' ') +
-                "^ expected \"/\" behind the addresses\n" + end);
+                "^ expected \"/\" after the addresses\n" + end);
   EXPECT_EQ(asText(launch.of("1" + a24)),
             "URI         \"1" + std::string(23, 'a') + "\"...\n" +
                 "             ^ expected a scheme, which begins with a letter\n" + end);
@@ -597,7 +599,7 @@ TEST(ExplainJSON, HasTheSameKeysForEveryLaunch) {
             "  \"uriBytes\": \"766e633a2f2f6822\",\n"
             "  \"decoded\": \"vnc://h\\\"\",\n"
             "  \"parses\": false,\n"
-            "  \"error\": {\"offset\": 8, \"expected\": \"\\\"/\\\" behind the addresses\"},\n"
+            "  \"error\": {\"offset\": 8, \"expected\": \"\\\"/\\\" after the addresses\"},\n"
             "  \"scheme\": null,\n"
             "  \"addresses\": [],\n"
             "  \"keyId\": null,\n"
@@ -759,3 +761,5 @@ TEST(ExplainJSON, HasTheExactBytesOfTheURIAndTheArguments) {
 }
 
 }  // namespace
+
+}  // namespace explain_test

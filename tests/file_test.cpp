@@ -14,6 +14,8 @@
 #include <fstream>
 #include <string>
 
+namespace file_test {
+
 namespace {
 
 using hopopen::fileText;
@@ -178,3 +180,5 @@ TEST_F(File, LeavesNoDescriptorOpen) {
   close(after);
   EXPECT_EQ(after, before);
 }
+
+}  // namespace file_test

@@ -8,6 +8,8 @@
 #include "assoclist.h"
 #include "html_escape.h"
 
+namespace form_encoding_test {
+
 namespace {
 
 using pairList = std::vector<std::pair<std::string, std::string>>;
@@ -213,3 +215,5 @@ TEST(parseArguments, FailsAtTheFirstMalformedPairAndKeepsThoseBefore) {
 }
 
 }  // namespace
+
+}  // namespace form_encoding_test

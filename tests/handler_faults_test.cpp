@@ -11,6 +11,8 @@
 #include "asserts.h"
 #include "events.h"
 
+namespace handler_faults_test {
+
 namespace {
 
 std::string calls;  // the names of handlers, in the order in which they were called
@@ -285,3 +287,5 @@ TEST(Handlers, AreNotCalledOnceTakenOutOfTheMapByHand) {
 }
 
 }  // namespace
+
+}  // namespace handler_faults_test

@@ -23,6 +23,8 @@
 #include "threading.h"
 #include "trace.h"
 
+namespace handler_output_test {
+
 namespace {
 
 // One operation on a critical section, and how much was written before it.
@@ -449,3 +451,5 @@ TEST(storingHandler, KeepsTheTraceOfAnAssertion) {
 }
 
 }  // namespace
+
+}  // namespace handler_output_test

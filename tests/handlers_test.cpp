@@ -18,6 +18,8 @@
 #include "fixed_clock.h"
 #include "threading.h"
 
+namespace handlers_test {
+
 namespace {
 
 static_assert(!std::is_copy_constructible_v<storingHandler>);
@@ -471,3 +473,5 @@ TEST(eventHandler, OfTheStartUpMapMayEndWhileTheThreadHasItsOwn) {
 }
 
 }  // namespace
+
+}  // namespace handlers_test

@@ -16,6 +16,8 @@
 #include "launcher_cases.h"
 #include "launcher_runner.h"
 
+namespace hopexplain_test {
+
 namespace {
 
 using launcher::Case;
@@ -383,3 +385,5 @@ TEST(Hopexplain, SaysThatTheShellExecutesWhatIsNoProgram) {
 }
 
 }  // namespace
+
+}  // namespace hopexplain_test

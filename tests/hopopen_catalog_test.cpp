@@ -5,6 +5,8 @@
 
 #include "hopopen_runner.h"
 
+namespace hopopen_catalog_test {
+
 namespace {
 
 using door::Json;
@@ -108,3 +110,5 @@ TEST(HopopenCatalog, OfNonsenseDoesNoHarm) {
 }
 
 }  // namespace
+
+}  // namespace hopopen_catalog_test

@@ -9,6 +9,8 @@
 #include "checked_machine.h"
 #include "own_root.h"
 
+namespace hopopen_check_browsers_test {
+
 namespace {
 
 using door::CheckedMachine;
@@ -214,3 +216,5 @@ TEST_F(CheckOfBrowsers, FindsAllCausesTogether) {
 }
 
 }  // namespace
+
+}  // namespace hopopen_check_browsers_test

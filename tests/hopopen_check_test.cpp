@@ -12,6 +12,8 @@
 #include "checked_machine.h"
 #include "own_root.h"
 
+namespace hopopen_check_test {
+
 namespace {
 
 using door::CheckedMachine;
@@ -21,7 +23,7 @@ using door::Outcome;
 using door::Strings;
 using door::Variables;
 
-class Check : public testing::Test {
+class CheckOfClicks : public testing::Test {
  protected:
   void SetUp() override {
     if (machine.check().status == NO_ROOT_OF_ITS_OWN) {
@@ -46,7 +48,7 @@ const char* const NO_HANDLER =
     "fault handler vnc: mimeapps.list: no program opens vnc links; no list and no cache names one "
     "that is there\n";
 
-TEST_F(Check, SaysOkInTheOrderOfAClickWhenAllIsWell) {
+TEST_F(CheckOfClicks, SaysOkInTheOrderOfAClickWhenAllIsWell) {
   const Outcome good = machine.check();
   EXPECT_EQ(0, good.status);
   EXPECT_EQ("", good.err);
@@ -71,7 +73,7 @@ TEST_F(Check, SaysOkInTheOrderOfAClickWhenAllIsWell) {
       good.out);
 }
 
-TEST_F(Check, IsAnObjectWithFaultsAndChecksInJson) {
+TEST_F(CheckOfClicks, IsAnObjectWithFaultsAndChecksInJson) {
   machine.define("faulty", "colour = 1\n" + std::string(door::PLAIN));
   const Outcome told = machine.check({"--format=json"});
   EXPECT_EQ(4, told.status);
@@ -93,7 +95,7 @@ TEST_F(Check, IsAnObjectWithFaultsAndChecksInJson) {
 
 // --- handler ---------------------------------------------------------------
 
-TEST_F(Check, FindsThatAnotherEntryComesFirstInACache) {
+TEST_F(CheckOfClicks, FindsThatAnotherEntryComesFirstInACache) {
   addOther();
   machine.write("share/applications/mimeinfo.cache",
                 "[MIME Cache]\nx-scheme-handler/vnc=other.desktop;hopopen.desktop;\n");
@@ -104,7 +106,7 @@ TEST_F(Check, FindsThatAnotherEntryComesFirstInACache) {
   EXPECT_EQ(4, machine.check().status);
 }
 
-TEST_F(Check, FindsThatASystemsListNamesAnother) {
+TEST_F(CheckOfClicks, FindsThatASystemsListNamesAnother) {
   addOther();
   machine.write("etc/mimeapps.list",
                 "[Default Applications]\nx-scheme-handler/vnc=other.desktop\n");
@@ -114,7 +116,7 @@ TEST_F(Check, FindsThatASystemsListNamesAnother) {
             machine.told());
 }
 
-TEST_F(Check, FindsThatADesktopsListNamesAnother) {
+TEST_F(CheckOfClicks, FindsThatADesktopsListNamesAnother) {
   addOther();
   machine.write("etc/kde-mimeapps.list",
                 "[Default Applications]\nx-scheme-handler/vnc=other.desktop;\n");
@@ -125,7 +127,7 @@ TEST_F(Check, FindsThatADesktopsListNamesAnother) {
             machine.told({{"XDG_CURRENT_DESKTOP", "X-Own:KDE"}}));
 }
 
-TEST_F(Check, WarnsThatTheUsersOwnListNamesAnother) {
+TEST_F(CheckOfClicks, WarnsThatTheUsersOwnListNamesAnother) {
   addOther();
   machine.write("config/mimeapps.list",
                 "[Default Applications]\nx-scheme-handler/vnc=other.desktop\n");
@@ -137,7 +139,7 @@ TEST_F(Check, WarnsThatTheUsersOwnListNamesAnother) {
   EXPECT_EQ(0, machine.check().status);
 }
 
-TEST_F(Check, LetsTheUsersListComeBeforeTheSystems) {
+TEST_F(CheckOfClicks, LetsTheUsersListComeBeforeTheSystems) {
   addOther();
   machine.write("etc/mimeapps.list",
                 "[Default Applications]\nx-scheme-handler/vnc=other.desktop\n");
@@ -147,7 +149,7 @@ TEST_F(Check, LetsTheUsersListComeBeforeTheSystems) {
             machine.told());
 }
 
-TEST_F(Check, FindsThatNoProgramOpensASchemeWithADefinition) {
+TEST_F(CheckOfClicks, FindsThatNoProgramOpensASchemeWithADefinition) {
   machine.define("shell",
                  "name = \"Shell\"\nschemes = [\"ssh\"]\nprograms = [\"plain\"]\narguments = []\n");
   EXPECT_EQ(
@@ -159,7 +161,7 @@ TEST_F(Check, FindsThatNoProgramOpensASchemeWithADefinition) {
       machine.told());
 }
 
-TEST_F(Check, OverlooksACacheThatNamesAnEntryWhichAnEarlierFolderReplaces) {
+TEST_F(CheckOfClicks, OverlooksACacheThatNamesAnEntryWhichAnEarlierFolderReplaces) {
   addOther();
   addOther("data");
   machine.write("share/applications/mimeinfo.cache",
@@ -167,7 +169,7 @@ TEST_F(Check, OverlooksACacheThatNamesAnEntryWhichAnEarlierFolderReplaces) {
   EXPECT_EQ("", machine.told());
 }
 
-TEST_F(Check, TakesAnEntryOfAnotherNameThatStartsHopopen) {
+TEST_F(CheckOfClicks, TakesAnEntryOfAnotherNameThatStartsHopopen) {
   machine.write("share/applications/hoplaunch-vnc.desktop",
                 "[Desktop Entry]\nType=Application\nName=Links\nExec=" +
                     machine.path("bin/hopopen") + " -- %u\n");
@@ -179,7 +181,7 @@ TEST_F(Check, TakesAnEntryOfAnotherNameThatStartsHopopen) {
 
 // --- entry -----------------------------------------------------------------
 
-TEST_F(Check, FindsThatThereIsNoEntry) {
+TEST_F(CheckOfClicks, FindsThatThereIsNoEntry) {
   std::filesystem::remove(machine.path("share/applications/hopopen.desktop"));
   EXPECT_EQ(std::string(NO_HANDLER) + CHOOSE +
                 "fault entry: hopopen.desktop: is in no folder of desktop entries\n" + REINSTALL +
@@ -187,7 +189,7 @@ TEST_F(Check, FindsThatThereIsNoEntry) {
             machine.told());
 }
 
-TEST_F(Check, FindsThatTheEntryIsNotValid) {
+TEST_F(CheckOfClicks, FindsThatTheEntryIsNotValid) {
   machine.write("share/applications/hopopen.desktop",
                 "[Desktop Entry]\nType=Application\nName=Links\nExec=" +
                     machine.path("bin/hopopen") + " --\n");
@@ -198,7 +200,7 @@ TEST_F(Check, FindsThatTheEntryIsNotValid) {
             machine.told());
 }
 
-TEST_F(Check, FindsThatAnEntryOfTheUserHidesIt) {
+TEST_F(CheckOfClicks, FindsThatAnEntryOfTheUserHidesIt) {
   machine.write("data/applications/hopopen.desktop", "[Desktop Entry]\nHidden=true\n");
   EXPECT_EQ(std::string(NO_HANDLER) + CHOOSE +
                 "fault entry: @/data/applications/hopopen.desktop: is hidden: it says Hidden=true\n"
@@ -209,7 +211,7 @@ TEST_F(Check, FindsThatAnEntryOfTheUserHidesIt) {
 
 // --- tryexec ---------------------------------------------------------------
 
-TEST_F(Check, FindsThatTheProgramIsNotThere) {
+TEST_F(CheckOfClicks, FindsThatTheProgramIsNotThere) {
   std::filesystem::remove(machine.path("bin/hopopen"));
   EXPECT_EQ(std::string(NO_HANDLER) + CHOOSE +
                 "fault tryexec: @/bin/hopopen: is not there, so desktops overlook the entry\n" +
@@ -217,7 +219,7 @@ TEST_F(Check, FindsThatTheProgramIsNotThere) {
             machine.told());
 }
 
-TEST_F(Check, WarnsThatAnotherHopopenComesFirst) {
+TEST_F(CheckOfClicks, WarnsThatAnotherHopopenComesFirst) {
   machine.program("hopopen", "first");
   EXPECT_EQ(
       "warning tryexec: @/first/hopopen: comes first in PATH, but a click starts @/bin/hopopen\n"
@@ -225,7 +227,7 @@ TEST_F(Check, WarnsThatAnotherHopopenComesFirst) {
       machine.told({{"PATH", machine.path("first") + ":" + machine.path("bin")}}));
 }
 
-TEST_F(Check, TakesALinkToTheSameHopopenForTheSame) {
+TEST_F(CheckOfClicks, TakesALinkToTheSameHopopenForTheSame) {
   std::filesystem::create_directories(machine.path("first"));
   std::filesystem::create_symlink(machine.path("bin/hopopen"), machine.path("first/hopopen"));
   EXPECT_EQ("", machine.told({{"PATH", machine.path("first") + ":" + machine.path("bin")}}));
@@ -233,7 +235,7 @@ TEST_F(Check, TakesALinkToTheSameHopopenForTheSame) {
 
 // --- cache -----------------------------------------------------------------
 
-TEST_F(Check, WarnsThatTheCacheDoesNotNameTheSchemes) {
+TEST_F(CheckOfClicks, WarnsThatTheCacheDoesNotNameTheSchemes) {
   machine.write("share/applications/mimeinfo.cache", "[MIME Cache]\n");
   EXPECT_EQ(std::string(NO_HANDLER) + CHOOSE +
                 "warning cache: @/share/applications/mimeinfo.cache: does not say that hopopen "
@@ -242,7 +244,7 @@ TEST_F(Check, WarnsThatTheCacheDoesNotNameTheSchemes) {
             machine.told());
 }
 
-TEST_F(Check, WarnsThatThereIsNoCacheThoughAListNamesHopopen) {
+TEST_F(CheckOfClicks, WarnsThatThereIsNoCacheThoughAListNamesHopopen) {
   std::filesystem::remove(machine.path("share/applications/mimeinfo.cache"));
   machine.write("config/mimeapps.list",
                 "[Default Applications]\nx-scheme-handler/vnc=hopopen.desktop\n");
@@ -256,7 +258,7 @@ TEST_F(Check, WarnsThatThereIsNoCacheThoughAListNamesHopopen) {
 
 // --- opener ----------------------------------------------------------------
 
-TEST_F(Check, WarnsThatThereIsNoOpener) {
+TEST_F(CheckOfClicks, WarnsThatThereIsNoOpener) {
   std::filesystem::remove(machine.path("bin/xdg-open"));
   EXPECT_EQ(
       "warning opener: PATH: has neither xdg-open nor gio\n"
@@ -268,7 +270,7 @@ TEST_F(Check, WarnsThatThereIsNoOpener) {
 
 // --- display, viewer, terminal, notifier, semaphores -------------------------
 
-TEST_F(Check, WarnsThatThereIsNoDisplay) {
+TEST_F(CheckOfClicks, WarnsThatThereIsNoDisplay) {
   EXPECT_EQ(
       "warning display: DISPLAY: is not set, and neither is WAYLAND_DISPLAY\n"
       "  Type the command in a terminal on the desktop.\n",
@@ -277,7 +279,7 @@ TEST_F(Check, WarnsThatThereIsNoDisplay) {
             machine.told({{"WAYLAND_DISPLAY", "wayland-0"}}));
 }
 
-TEST_F(Check, FindsThatTheChosenViewerIsNotKnown) {
+TEST_F(CheckOfClicks, FindsThatTheChosenViewerIsNotKnown) {
   machine.set("[use]\nvnc = \"nothing\"\n");
   EXPECT_EQ(
       "fault viewer vnc: nothing: you chose this viewer, but it is not known\n"
@@ -286,7 +288,7 @@ TEST_F(Check, FindsThatTheChosenViewerIsNotKnown) {
       machine.told());
 }
 
-TEST_F(Check, FindsThatTheChosenViewerIsNotInstalled) {
+TEST_F(CheckOfClicks, FindsThatTheChosenViewerIsNotInstalled) {
   machine.define("far",
                  "name = \"Far\"\nschemes = [\"vnc\"]\nprograms = [\"far\"]\n"
                  "packages = [\"far-viewer\"]\narguments = []\n");
@@ -301,7 +303,7 @@ TEST_F(Check, FindsThatTheChosenViewerIsNotInstalled) {
       machine.told());
 }
 
-TEST_F(Check, FindsThatTheChosenViewerDoesNotOpenTheScheme) {
+TEST_F(CheckOfClicks, FindsThatTheChosenViewerDoesNotOpenTheScheme) {
   machine.registered({"vnc", "ssh"});
   machine.define("shell",
                  "name = \"Shell\"\nschemes = [\"ssh\"]\nprograms = [\"plain\"]\narguments = []\n");
@@ -314,7 +316,7 @@ TEST_F(Check, FindsThatTheChosenViewerDoesNotOpenTheScheme) {
       << machine.told();
 }
 
-TEST_F(Check, WarnsThatNoViewerIsInstalled) {
+TEST_F(CheckOfClicks, WarnsThatNoViewerIsInstalled) {
   std::filesystem::remove(machine.path("bin/plain"));
   machine.define("plain", std::string(door::PLAIN) + "packages = [\"plain-viewer\", \"plugin\"]\n");
   EXPECT_EQ(
@@ -324,7 +326,7 @@ TEST_F(Check, WarnsThatNoViewerIsInstalled) {
   EXPECT_EQ(0, machine.check().status);
 }
 
-TEST_F(Check, WarnsThatTheOnlyViewerIsForTrustedMachines) {
+TEST_F(CheckOfClicks, WarnsThatTheOnlyViewerIsForTrustedMachines) {
   machine.define("plain",
                  std::string(door::PLAIN) +
                      "unguarded = [\"clipboard\"]\npackages = [\"plain-viewer\", \"plugin\"]\n");
@@ -336,7 +338,7 @@ TEST_F(Check, WarnsThatTheOnlyViewerIsForTrustedMachines) {
       machine.told());
 }
 
-TEST_F(Check, WarnsThatAViewerNeedsATerminal) {
+TEST_F(CheckOfClicks, WarnsThatAViewerNeedsATerminal) {
   std::filesystem::remove(machine.path("bin/x-terminal-emulator"));
   EXPECT_EQ("ok terminal: PATH: has no terminal, and no viewer waits for one\n", machine.told());
   machine.define("plain", std::string(door::PLAIN) + "terminal = true\n");
@@ -349,7 +351,7 @@ TEST_F(Check, WarnsThatAViewerNeedsATerminal) {
       machine.told());
 }
 
-TEST_F(Check, WarnsThatNothingShowsMessages) {
+TEST_F(CheckOfClicks, WarnsThatNothingShowsMessages) {
   std::filesystem::remove(machine.path("bin/notify-send"));
   EXPECT_EQ(
       "warning notifier: PATH: has none of notify-send, zenity, kdialog and xmessage\n"
@@ -371,7 +373,7 @@ void leaveSets(const char* number) {
   }
 }
 
-TEST_F(Check, WarnsThatFewerThanTenSemaphoreSetsAreLeft) {
+TEST_F(CheckOfClicks, WarnsThatFewerThanTenSemaphoreSetsAreLeft) {
   if (machine.check({}, {}, [] { leaveSets("10"); }).status == NO_ROOT_OF_ITS_OWN) {
     GTEST_SKIP() << "the limit cannot be changed";
   }
@@ -384,7 +386,7 @@ TEST_F(Check, WarnsThatFewerThanTenSemaphoreSetsAreLeft) {
 
 // --- definition, settings ----------------------------------------------------
 
-TEST_F(Check, FindsAFaultOfADefinition) {
+TEST_F(CheckOfClicks, FindsAFaultOfADefinition) {
   machine.define("faulty", "colour = 1\n" + std::string(door::PLAIN));
   EXPECT_TRUE(
       machine.told().starts_with("fault definition: @/share/hoplaunch/viewers/faulty.toml:1:1: "))
@@ -392,7 +394,7 @@ TEST_F(Check, FindsAFaultOfADefinition) {
   EXPECT_TRUE(machine.told().ends_with("\n  Correct the file, or remove it.\n"));
 }
 
-TEST_F(Check, FindsAFaultOfTheSettings) {
+TEST_F(CheckOfClicks, FindsAFaultOfTheSettings) {
   machine.set("[use]\nvnc = 1\n");
   EXPECT_TRUE(machine.told().starts_with("fault settings: @/config/hoplaunch/hopopen.toml:2:7: "))
       << machine.told();
@@ -401,7 +403,7 @@ TEST_F(Check, FindsAFaultOfTheSettings) {
 
 // --- all of it -----------------------------------------------------------------
 
-TEST_F(Check, ChangesNothing) {
+TEST_F(CheckOfClicks, ChangesNothing) {
   machine.write("config/mimeapps.list", "[Default Applications]\n");
   machine.write("config/chromium/Default/Preferences", "{}");
   const auto all = [&] {
@@ -419,7 +421,7 @@ TEST_F(Check, ChangesNothing) {
   EXPECT_FALSE(machine.has("home/.cache"));
 }
 
-TEST_F(Check, ShowsNamesOfFilesAndWhatTheySayWithoutControlCharacters) {
+TEST_F(CheckOfClicks, ShowsNamesOfFilesAndWhatTheySayWithoutControlCharacters) {
   addOther();
   const std::string bytes = "other\x1B[1m\xC3\xA4.desktop";
   std::filesystem::rename(machine.path("share/applications/other.desktop"),
@@ -433,3 +435,5 @@ TEST_F(Check, ShowsNamesOfFilesAndWhatTheySayWithoutControlCharacters) {
 }
 
 }  // namespace
+
+}  // namespace hopopen_check_test

@@ -5,6 +5,8 @@
 
 #include "hopopen_runner.h"
 
+namespace hopopen_choice_test {
+
 namespace {
 
 using door::Json;
@@ -292,3 +294,5 @@ TEST(Restriction, NamesTheInstalledViewersThatCouldKeepIt) {
 }
 
 }  // namespace
+
+}  // namespace hopopen_choice_test

@@ -2,6 +2,8 @@
 
 #include "hopopen_runner.h"
 
+namespace hopopen_commandline_test {
+
 namespace {
 
 using door::Json;
@@ -273,3 +275,5 @@ TEST(CommandLine, StartsNothingForAWish) {
 }
 
 }  // namespace
+
+}  // namespace hopopen_commandline_test

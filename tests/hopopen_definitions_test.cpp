@@ -5,6 +5,8 @@
 
 #include "hopopen_runner.h"
 
+namespace hopopen_definitions_test {
+
 namespace {
 
 using door::Call;
@@ -337,3 +339,5 @@ TEST(Check, TellsTheFaultsOfAllSettings) {
 }
 
 }  // namespace
+
+}  // namespace hopopen_definitions_test

@@ -10,6 +10,8 @@
 #include "blocking_logs.h"
 #include "hopopen_runner.h"
 
+namespace hopopen_edges_test {
+
 namespace {
 
 using door::Machine;
@@ -219,3 +221,5 @@ TEST(OpeningMemory, ThatRunsOutIsQuietWhenAsked) {
 }
 
 }  // namespace
+
+}  // namespace hopopen_edges_test

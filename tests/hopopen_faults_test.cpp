@@ -3,6 +3,8 @@
 
 #include "hopopen_runner.h"
 
+namespace hopopen_faults_test {
+
 namespace {
 
 using door::Json;
@@ -292,3 +294,5 @@ TEST(FaultsOfDefinitions, AreShownWithoutControlCharacters) {
 }
 
 }  // namespace
+
+}  // namespace hopopen_faults_test

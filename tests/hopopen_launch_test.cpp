@@ -4,6 +4,8 @@
 
 #include "hopopen_runner.h"
 
+namespace hopopen_launch_test {
+
 namespace {
 
 using door::Machine;
@@ -371,3 +373,5 @@ TEST(Launch, InATerminalThatTheKernelDoesNotExecuteIsRefused) {
 }
 
 }  // namespace
+
+}  // namespace hopopen_launch_test

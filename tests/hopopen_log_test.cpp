@@ -6,6 +6,8 @@
 
 #include "hopopen_runner.h"
 
+namespace hopopen_log_test {
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -278,3 +280,5 @@ TEST(Click, IsTheSameWhateverIsInTheFilesOfAList) {
 }
 
 }  // namespace
+
+}  // namespace hopopen_log_test

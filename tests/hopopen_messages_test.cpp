@@ -2,6 +2,8 @@
 
 #include "hopopen_runner.h"
 
+namespace hopopen_messages_test {
+
 namespace {
 
 using door::Json;
@@ -315,3 +317,5 @@ TEST(Passwords, AreNotCutInTheMiddle) {
 }
 
 }  // namespace
+
+}  // namespace hopopen_messages_test

@@ -4,6 +4,8 @@
 
 #include "hopopen_runner.h"
 
+namespace hopopen_notification_test {
+
 namespace {
 
 using door::Call;
@@ -325,3 +327,5 @@ TEST(Notification, IsByNoProgramOfAFolderThatIsEmptyOrRelative) {
 }
 
 }  // namespace
+
+}  // namespace hopopen_notification_test

@@ -2,6 +2,8 @@
 
 #include "hopopen_runner.h"
 
+namespace hopopen_programs_test {
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -288,3 +290,5 @@ TEST(List, HidesControlCharactersOfNames) {
 }
 
 }  // namespace
+
+}  // namespace hopopen_programs_test

@@ -10,6 +10,8 @@
 
 #include "hopopen_runner.h"
 
+namespace hopopen_security_test {
+
 namespace {
 
 using door::Machine;
@@ -387,3 +389,5 @@ TEST(StrangersWords, NeverBeginWithADash) {
 }
 
 }  // namespace
+
+}  // namespace hopopen_security_test

@@ -10,6 +10,8 @@
 
 #include "hopopen_runner.h"
 
+namespace hopopen_settings_test {
+
 namespace {
 
 using door::Machine;
@@ -121,3 +123,5 @@ TEST(ChangesOfSettings, LeaveTheOldFileOrTheNewOneWhereverTheProgramIsKilled) {
   }
   EXPECT_GT(kills, 20);
 }
+
+}  // namespace hopopen_settings_test

@@ -2,6 +2,8 @@
 
 #include "hopopen_runner.h"
 
+namespace hopopen_trust_test {
+
 namespace {
 
 using door::Json;
@@ -257,3 +259,5 @@ TEST(Settings, WithAFaultAreShownWithoutControlCharacters) {
 }
 
 }  // namespace
+
+}  // namespace hopopen_trust_test

@@ -2,6 +2,8 @@
 
 #include "hopopen_runner.h"
 
+namespace hopopen_wishes_test {
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -361,3 +363,5 @@ TEST(Wishes, OfTwoHundredAtOnceAreAllFulfilled) {
 }
 
 }  // namespace
+
+}  // namespace hopopen_wishes_test

@@ -8,7 +8,7 @@
 
 #include "trusted.h"
 
-namespace hopopen {
+namespace hopopen::host_test {
 namespace {
 
 // The host that is read, as it is passed on, or the offset of the fault.
@@ -169,4 +169,4 @@ TEST(Trusted, IsKeptAsHostsArePassedOn) {
 }
 
 }  // namespace
-}  // namespace hopopen
+}  // namespace hopopen::host_test

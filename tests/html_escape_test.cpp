@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <string>
 
+namespace html_escape_test {
+
 namespace {
 
 using escapeFunction = std::string (*)(const std::string&);
@@ -511,3 +513,5 @@ TEST(HTMLescape, DoesNotPairABlankWithOneBehindTheLength) {
 }
 
 }  // namespace
+
+}  // namespace html_escape_test

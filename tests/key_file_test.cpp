@@ -7,9 +7,8 @@
 #include <string>
 #include <vector>
 
+namespace hopopen::key_file_test {
 namespace {
-
-using hopopen::keyFile;
 
 TEST(KeyFile, HasTheLastValueOfAKeyInAGroup) {
   const keyFile keys("[A]\nk=1\n[B]\nk=2\n[A]\nk=3\n");
@@ -40,3 +39,4 @@ TEST(KeyFile, IsEmptyForATextWithoutGroups) {
 }
 
 }  // namespace
+}  // namespace hopopen::key_file_test

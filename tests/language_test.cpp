@@ -19,6 +19,8 @@
 #include "test_language.h"
 #include "threading.h"
 
+namespace language_test {
+
 namespace {
 
 static_assert(!std::is_copy_constructible_v<language>);
@@ -528,3 +530,5 @@ TEST(languageString, IsTakenInByASecondFinalise) {
 }
 
 }  // namespace
+
+}  // namespace language_test

@@ -16,6 +16,8 @@
 #include "launcher_runner.h"
 #include "system_sets.h"
 
+namespace launcher_ending_test {
+
 namespace {
 
 using launcher::Outcome;
@@ -344,3 +346,5 @@ TEST(ExplanationOutput, ThatNobodyTakesDoesNotEndItByASignal) {
 }
 
 }  // namespace
+
+}  // namespace launcher_ending_test

@@ -13,6 +13,8 @@
 
 #include "launcher_runner.h"
 
+namespace launcher_environment_test {
+
 namespace {
 
 using launcher::Outcome;
@@ -228,3 +230,5 @@ TEST(ViewerProcess, HasTheFileCreationMaskAndFolderOfTheLauncher) {
 }
 
 }  // namespace
+
+}  // namespace launcher_environment_test

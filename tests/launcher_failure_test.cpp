@@ -16,6 +16,8 @@
 
 #include "launcher_runner.h"
 
+namespace launcher_failure_test {
+
 namespace {
 
 using launcher::Outcome;
@@ -424,3 +426,5 @@ TEST(LauncherInput, TenThousandParametersArePassedInTheirOrder) {
 }
 
 }  // namespace
+
+}  // namespace launcher_failure_test

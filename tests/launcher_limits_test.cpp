@@ -9,6 +9,8 @@
 
 #include "launcher_runner.h"
 
+namespace launcher_limits_test {
+
 namespace {
 
 using launcher::Outcome;
@@ -78,3 +80,5 @@ TEST(TheLauncher, ShowsTheBytesOfAKeywordWithoutAValueAsTheyAre) {
 }
 
 }  // namespace
+
+}  // namespace launcher_limits_test

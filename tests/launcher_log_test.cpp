@@ -5,6 +5,8 @@
 #include "blocking_logs.h"
 #include "launcher_runner.h"
 
+namespace launcher_log_test {
+
 namespace {
 
 using launcher::Outcome;
@@ -85,3 +87,5 @@ TEST(LauncherLog, ThatWouldWaitDoesNotDelayAFailure) {
 }
 
 }  // namespace
+
+}  // namespace launcher_log_test

@@ -8,6 +8,8 @@
 #include "launcher_runner.h"
 #include "system_sets.h"
 
+namespace launcher_memory_test {
+
 namespace {
 
 using launcher::Outcome;
@@ -128,3 +130,5 @@ TEST(ExplanationMemory, ThatRunsOutIsSaid) {
 }
 
 }  // namespace
+
+}  // namespace launcher_memory_test

@@ -17,6 +17,8 @@
 #include "launcher_runner.h"
 #include "system_sets.h"
 
+namespace launcher_semaphore_test {
+
 namespace {
 
 using launcher::Outcome;
@@ -130,3 +132,5 @@ TEST(LauncherSemaphores, DoNotGatherInFourLoopsOfFiftyLaunches) {
 }
 
 }  // namespace
+
+}  // namespace launcher_semaphore_test

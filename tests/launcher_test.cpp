@@ -11,6 +11,8 @@
 #include "launcher_cases.h"
 #include "launcher_runner.h"
 
+namespace launcher_test {
+
 namespace {
 
 using launcher::Case;
@@ -130,3 +132,5 @@ TEST(LauncherProgram, MayBeAShellScriptWithoutAFirstLine) {
 }
 
 }  // namespace
+
+}  // namespace launcher_test

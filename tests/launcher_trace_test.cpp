@@ -7,6 +7,8 @@
 
 #include "launcher_runner.h"
 
+namespace launcher_trace_test {
+
 namespace {
 
 using launcher::Outcome;
@@ -79,3 +81,5 @@ TEST(LauncherTrace, IsOffWithoutItsFlag) {
 }
 
 }  // namespace
+
+}  // namespace launcher_trace_test

@@ -9,6 +9,8 @@
 #include "report_recorder.h"
 #include "threading.h"
 
+namespace leaving_tables_test {
+
 namespace {
 
 int objects = 0;
@@ -165,3 +167,5 @@ TEST(LanguageString, LeavesItsTextBehindForWhoHasIt) {
 }
 
 }  // namespace
+
+}  // namespace leaving_tables_test

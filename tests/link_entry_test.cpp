@@ -7,10 +7,8 @@
 
 #include "desktop_entry.h"
 
+namespace hopopen::link_entry_test {
 namespace {
-
-using hopopen::desktopEntry;
-using hopopen::readDesktopEntry;
 
 std::string entry(const std::string& lines) {
   return "[Desktop Entry]\nType=Application\nName=N\n" + lines;
@@ -76,3 +74,4 @@ TEST(LinkEntry, StartsHopopenWhereverTheCommandNamesIt) {
 }
 
 }  // namespace
+}  // namespace hopopen::link_entry_test

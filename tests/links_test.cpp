@@ -18,6 +18,8 @@
 #include "launcher_runner.h"
 #include "links_rows.h"
 
+namespace links_test {
+
 namespace {
 
 using door::Json;
@@ -284,3 +286,5 @@ TEST(LinksTable, IsReadAsItsHeadSays) {
 }
 
 }  // namespace
+
+}  // namespace links_test

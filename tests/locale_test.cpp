@@ -21,6 +21,8 @@
 #include "regexpr.h"
 #include "uri.h"
 
+namespace locale_test {
+
 namespace {
 
 // A locale that is made in a folder of its own, and is the program's from then on.
@@ -149,7 +151,13 @@ TEST_P(InTheLocale, TextsOfErrorNumbersAreEnglish) {
 INSTANTIATE_TEST_SUITE_P(Each, InTheLocale,
                          testing::Values(place{"tr_TR", "UTF-8"}, place{"tr_TR", "ISO-8859-9"},
                                          place{"de_DE", "ISO-8859-1"}, place{"de_DE", "UTF-8"},
-                                         place{"et_EE", "UTF-8"}, place{"ja_JP", "EUC-JP"}));
+                                         place{"et_EE", "UTF-8"}, place{"ja_JP", "EUC-JP"}),
+                         [](const auto& test) {
+                           std::string name =
+                               test.param.language + std::string(1, '_') + test.param.charset;
+                           std::replace(name.begin(), name.end(), '-', '_');
+                           return name;
+                         });
 
 // Groups digits by one and by two, as no real locale does.
 class groups : public std::numpunct<char> {
@@ -247,3 +255,5 @@ TEST(Message, IsTheSameWhateverTheStream) {
 }
 
 }  // namespace
+
+}  // namespace locale_test

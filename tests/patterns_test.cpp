@@ -14,6 +14,8 @@
 #include "plan.h"
 #include "threading.h"
 
+namespace patterns_test {
+
 namespace {
 
 std::multiset<std::string> patterns;  // that were compiled
@@ -149,3 +151,5 @@ arguments = [["{value}"]]
 }
 
 }  // namespace
+
+}  // namespace patterns_test

@@ -11,6 +11,8 @@
 #include "report_recorder.h"
 #include "threading.h"
 
+namespace pointers_test {
+
 namespace {
 
 /// Counts how objects of the class are given back.
@@ -158,3 +160,5 @@ TEST(TautoPtr, AssertsThatThereIsAnObject) {
 }
 
 }  // namespace
+
+}  // namespace pointers_test

@@ -15,6 +15,8 @@
 #include "processes.h"
 #include "telling_handler.h"
 
+namespace processes_fault_test {
+
 extern "C" {
 pid_t __real_fork();
 pid_t __real_waitpid(pid_t child, int* status, int options);
@@ -246,3 +248,5 @@ TEST(ExitWaitThread, DoesNotSleepWhenShuttingDownAlready) {
   EXPECT_EQ(end.output, "told\ndone 1\n");
   EXPECT_EQ(end.ending, "exit 0");
 }
+
+}  // namespace processes_fault_test

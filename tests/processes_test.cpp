@@ -23,6 +23,8 @@
 #include "telling_handler.h"
 #include "threading.h"
 
+namespace processes_test {
+
 namespace {
 
 void tell(const char* text) {
@@ -500,3 +502,5 @@ TEST(ExitWaitThread, IsNotImplementedAsALightWeightThread) {
             "commonEvent 6, severity 2, audience 31: light-weight threads | Thread::createT()\n"
             "created 0\n");
 }
+
+}  // namespace processes_test

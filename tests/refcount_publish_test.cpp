@@ -8,6 +8,8 @@
 #include "counted_box.h"
 #include "refcount.h"
 
+namespace refcount_publish_test {
+
 namespace {
 
 using lines = std::vector<std::string>;
@@ -384,3 +386,5 @@ TEST_F(TypedReference, KeepsOneCanonicalInstanceForEachType) {
 }
 
 }  // namespace
+
+}  // namespace refcount_publish_test

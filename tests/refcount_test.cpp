@@ -15,6 +15,8 @@
 #include "counted_box.h"
 #include "report_recorder.h"
 
+namespace refcount_test {
+
 namespace {
 
 using lines = std::vector<std::string>;
@@ -643,3 +645,5 @@ TEST(Reference, LeavesSharedInstancesAliveWhenTheSectionIsGone) {
 }
 
 }  // namespace
+
+}  // namespace refcount_test

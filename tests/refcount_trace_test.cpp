@@ -14,6 +14,8 @@
 #include "refcount.h"
 #include "trace.h"
 
+namespace refcount_trace_test {
+
 namespace {
 
 /// Takes the trace output, and watches in which section it is written.
@@ -287,3 +289,5 @@ TEST(RefcountFlag, DoesNotAbortOnObjectsThatOutliveTheSections) {
 }
 
 }  // namespace
+
+}  // namespace refcount_trace_test

@@ -9,6 +9,8 @@
 #include <string>
 #include <type_traits>
 
+namespace regexpr_test {
+
 using std::string_literals::operator""s;
 
 // The calls of the C library's regular expressions go through these.
@@ -481,3 +483,5 @@ TEST(RegExprWildcard2RE, MakesExpressionsThatMatchAsTheWildcardSays) {
     EXPECT_EQ(expression.matchs(c.subject), c.found);
   }
 }
+
+}  // namespace regexpr_test

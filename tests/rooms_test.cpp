@@ -15,6 +15,8 @@
 #include <string>
 #include <vector>
 
+namespace rooms_test {
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -187,4 +189,26 @@ TEST(Rooms, LetToolsKnowNothingOfTheFrontDoor) {
   }
 }
 
+// Whoever needs a handle to a shared object, or a pointer, does not compile reports and stack
+// traces for its assertions.
+TEST(Headers, BringTheAssertionAlone) {
+  EXPECT_TRUE(includesOf("include/assertion.h").empty());
+  std::vector<std::string> open = {"pointers.h", "refcount.h", "countedMap.h"};
+  std::set<std::string> reached;
+  while (!open.empty()) {
+    const std::string name = open.back();
+    open.pop_back();
+    if (reached.insert(name).second) {
+      const std::vector<std::string> more = includesOf(fs::path("include") / name);
+      open.insert(open.end(), more.begin(), more.end());
+    }
+  }
+  EXPECT_TRUE(reached.contains("assertion.h"));
+  for (const char* const heavy : {"asserts.h", "events.h", "stack.h"}) {
+    EXPECT_FALSE(reached.contains(heavy)) << heavy;
+  }
+}
+
 }  // namespace
+
+}  // namespace rooms_test

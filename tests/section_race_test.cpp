@@ -15,6 +15,8 @@
 #include "semaphore_sets.h"
 #include "threading.h"
 
+namespace section_race_test {
+
 namespace {
 
 // What parent and children share.
@@ -236,3 +238,5 @@ TEST(SectionRace, AChildThatHoldsASectionLeavesTheOthersFree) {
   EXPECT_EQ(end.errors, "");
   EXPECT_EQ(end.ending, "exit 0");
 }
+
+}  // namespace section_race_test

@@ -15,6 +15,8 @@
 
 #include "launcher_runner.h"
 
+namespace security_test {
+
 namespace {
 
 using launcher::Outcome;
@@ -479,3 +481,5 @@ TEST(AURI, OfAnySizeThatTheKernelAllowsIsEitherPassedOnOrRefused) {
 }
 
 }  // namespace
+
+}  // namespace security_test

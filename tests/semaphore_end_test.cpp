@@ -19,6 +19,8 @@
 #include "telling_handler.h"
 #include "threading.h"
 
+namespace semaphore_end_test {
+
 namespace {
 
 // The set that a child told of on standard output as its first line, "set 123".
@@ -270,3 +272,5 @@ TEST(SemaphoreTry, LeavesNoSet) {
 }
 
 }  // namespace
+
+}  // namespace semaphore_end_test

@@ -18,6 +18,8 @@
 #include "telling_handler.h"
 #include "threading.h"
 
+namespace semaphore_fault_test {
+
 extern "C" {
 int __real_semget(key_t key, int count, int flags);
 int __real_semctl(int set, int number, int command, ...);
@@ -505,3 +507,5 @@ TEST(SemaphoreFailure, OfTheOwnersBoundIsAnOrdinaryAssertion) {
   EXPECT_EQ(line.back(), '\n') << end.output;
   EXPECT_EQ(end.ending, "signal 6");
 }
+
+}  // namespace semaphore_fault_test

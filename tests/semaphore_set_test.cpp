@@ -16,6 +16,8 @@
 #include "threading.h"
 #include "very_end.h"
 
+namespace semaphore_set_test {
+
 TEST(SemaphoreSet, KeepsItsId) {
   const processEnd end = runFreshChild([] {
     const int set = semaphoreSet(false);
@@ -403,3 +405,5 @@ TEST(SemaphoreRelease, LeavesNoSetWhereTheKernelsFirstIdIsZero) {
   EXPECT_EQ(end.errors, "");
   EXPECT_EQ(end.ending, "exit 0");
 }
+
+}  // namespace semaphore_set_test

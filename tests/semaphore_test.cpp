@@ -13,6 +13,8 @@
 #include "semaphore_sets.h"
 #include "threading.h"
 
+namespace semaphore_test {
+
 namespace {
 
 template <class T>
@@ -301,3 +303,5 @@ TEST(CriticalSection, AbortsForWhatIsNoSection) {
     EXPECT_EQ(end.ending, "signal 6");
   }
 }
+
+}  // namespace semaphore_test

@@ -11,6 +11,8 @@
 
 #include "trusted.h"
 
+namespace settings_edit_test {
+
 namespace {
 
 using hopopen::change;
@@ -419,3 +421,5 @@ TEST(Edit, RefusesATextWithAFault) {
   EXPECT_EQ(distrusted("trust.hosts = [1, 'a']\n", {"a"}), "(nothing)");
   EXPECT_EQ(made("use = 1\n", {}), "(nothing)");
 }
+
+}  // namespace settings_edit_test

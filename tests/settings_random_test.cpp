@@ -14,6 +14,8 @@
 #include "settings.h"
 #include "settings_edit.h"
 
+namespace settings_random_test {
+
 namespace {
 
 using hopopen::change;
@@ -185,3 +187,5 @@ TEST(RandomChanges, KeepTheLineEnds) {
     }
   }
 }
+
+}  // namespace settings_random_test

@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+namespace settings_test {
+
 namespace {
 
 using hopopen::faults;
@@ -183,3 +185,5 @@ TEST(Settings, AddTheirFaultsToThoseOfOthers) {
   EXPECT_EQ(found[0].lineOfText(), "other:9:9: bad");
   EXPECT_EQ(found[1].lineOfText(), "f:1:7: \"use\" must be a table");
 }
+
+}  // namespace settings_test

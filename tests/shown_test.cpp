@@ -6,7 +6,7 @@
 
 #include <string>
 
-namespace hopopen {
+namespace hopopen::shown_test {
 namespace {
 
 TEST(Masked, HidesThePasswordOfTheUserInformation) {
@@ -94,4 +94,4 @@ TEST(Secret, IsAParameterOfOneOfThreeNames) {
 }
 
 }  // namespace
-}  // namespace hopopen
+}  // namespace hopopen::shown_test

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "registered.h"
 #include "trace.h"
 
 namespace {
@@ -19,9 +20,7 @@ TEST(StartUpFlags, AreAllRegisteredAndOff) {
     EXPECT_FALSE(flag->active()) << name;
     found.emplace_back(name, static_cast<int>(flag->level()));
   }
-  const std::vector<std::pair<std::string, int>> expected{
-      {"configDB", 0}, {"refcount", 0}, {"reportStack", 0}, {"reportThread", 0}};
-  EXPECT_EQ(expected, found);
+  EXPECT_EQ(registered::flagsOff(), found);
 }
 
 TEST(StartUpFlags, OfTheLauncherIsNotTheLibrarys) {

@@ -12,6 +12,7 @@
 
 #include "configDB.h"
 #include "configRef.h"
+#include "registered.h"
 #include "threading.h"
 
 namespace {
@@ -54,26 +55,12 @@ TEST(StartUp, AllItemsHaveTheirDefaults) {
   ASSERT_EQ("own", ownItem.value(false));
   const configDB database(RT_READ);
   ASSERT_FALSE(database.null());
-  EXPECT_EQ((Strings{"defaultLanguage", "LogDateFormat", "LogTimeZone", "MaxShortName", "PROGRAMS",
-                     "startup_test.item", "URI_SCHEME", "VNC_OPTIONS"}),
-            names(database));
-  struct {
-    const char* name;
-    Strings values;
-    Strings defaults;
-  } const cases[] = {
-      {"PROGRAMS", {"VNC=vncviewer", "SSH=putty"}, {}},
-      {"VNC_OPTIONS", {"-autoreconnect=0"}, {}},
-      {"URI_SCHEME", {"VNC"}, {"VNC"}},
-      {"MaxShortName", {"16"}, {"16"}},
-      {"LogDateFormat", {"[%f %i %d %H:%M:%S %Y] "}, {"[%f %i %d %H:%M:%S %Y] "}},
-      {"LogTimeZone", {"localtime"}, {"localtime"}},
-      {"defaultLanguage", {"English"}, {"English"}},
-      {"programs", {"VNC=vncviewer", "SSH=putty"}, {}},
-      {"DEFAULTLANGUAGE", {"English"}, {"English"}},
-      {"dummy", {}, {}},
-      {"", {}, {}},
-  };
+  EXPECT_EQ(registered::itemNames({"startup_test.item"}), names(database));
+  std::vector<registered::item> cases = registered::items();
+  cases.push_back({"programs", {"VNC=vncviewer", "SSH=putty"}, {}});
+  cases.push_back({"DEFAULTLANGUAGE", {"English"}, {"English"}});
+  cases.push_back({"dummy", {}, {}});
+  cases.push_back({"", {}, {}});
   const configDB* const handles[] = {&database, &threadedConfigDB::local()};
   for (const configDB* handle : handles) {
     for (const auto& one : cases) {

@@ -9,6 +9,8 @@
 #include <type_traits>
 #include <vector>
 
+namespace stringcomp_test {
+
 using std::string_literals::operator""s;
 
 namespace {
@@ -274,3 +276,5 @@ TEST(StrCompRef, OrdersAsTheComparatorThatItRefersTo) {
   EXPECT_TRUE(reversed("b", "a"));
   EXPECT_TRUE(copy("b", "a"));
 }
+
+}  // namespace stringcomp_test

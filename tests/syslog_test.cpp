@@ -10,6 +10,8 @@
 #include "events.h"
 #include "trace.h"
 
+namespace syslog_test {
+
 namespace {
 
 struct record {
@@ -133,3 +135,5 @@ TEST(systemLogHandler, IsNotReachedByWhatTheStoringHandlerClaims) {
 }
 
 }  // namespace
+
+}  // namespace syslog_test

@@ -8,6 +8,8 @@
 #include "DistName.h"
 #include "configRef.h"
 
+namespace system_test {
+
 namespace {
 
 // Asked for by a static initialiser.
@@ -38,3 +40,5 @@ TEST(InterfaceFinder, HasNoNameForTheHostByDefault) {
   // Domain style turns an empty host name into this.
   EXPECT_EQ(configRef::RootDN().str(), "DC=");
 }
+
+}  // namespace system_test

@@ -6,7 +6,7 @@
 
 #include <string>
 
-namespace hopopen {
+namespace hopopen::template_test {
 namespace {
 
 // The template written out again: placeholders as their numbers in "<>".
@@ -57,4 +57,4 @@ TEST(Template, TellsWhatItUses) {
 }
 
 }  // namespace
-}  // namespace hopopen
+}  // namespace hopopen::template_test

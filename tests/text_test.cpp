@@ -15,6 +15,8 @@
 
 #include "conversion.h"
 
+namespace text_test {
+
 using std::string_literals::operator""s;
 
 namespace {
@@ -480,3 +482,5 @@ TEST(StringsOutput, WritesQuotedElementsInBraces) {
     EXPECT_EQ(out.str(), c.expected);
   }
 }
+
+}  // namespace text_test

@@ -13,6 +13,8 @@
 #include "threading.h"
 #include "very_end.h"
 
+namespace threading_test {
+
 namespace {
 
 void tell(const char* name, int value) {
@@ -326,3 +328,5 @@ TEST(ThreadData, IsACopyOfItsOwnInAForkedChild) {
   EXPECT_EQ(end.output, std::string(createAll) + "[first, nobody, second, third\n" + destroyAll +
                             "] exit 0\n" + "first, nobody, second, third\n" + destroyAll);
 }
+
+}  // namespace threading_test

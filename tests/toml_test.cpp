@@ -10,6 +10,8 @@
 
 #include "settings.h"
 
+namespace toml_test {
+
 namespace {
 
 // "LINE:COLUMN: what", or "good".
@@ -113,3 +115,5 @@ TEST(Toml, OfSettingsHasItsFaultTold) {
   ASSERT_EQ(found.size(), 1U);
   EXPECT_EQ(found[0].lineOfText(), "f:2:64: a key has more than 32 parts");
 }
+
+}  // namespace toml_test

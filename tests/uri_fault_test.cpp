@@ -10,6 +10,8 @@
 #include "assertion_witness.h"
 #include "uri.h"
 
+namespace uri_fault_test {
+
 namespace {
 
 struct compilation {
@@ -122,3 +124,5 @@ TEST(URIexpressionsDeathTest, AbortWhenTheMachineExpressionDoesNotCompile) {
 }
 
 }  // namespace
+
+}  // namespace uri_fault_test

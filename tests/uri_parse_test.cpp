@@ -7,6 +7,8 @@
 
 #include "uri.h"
 
+namespace uri_parse_test {
+
 namespace {
 
 struct stopCase {
@@ -231,14 +233,16 @@ TEST(URIparse, KeepsWhatItReadUntilItStopped) {
 TEST(URIstopText, SaysWhatTheGrammarWants) {
   EXPECT_STREQ(text(US_COMPLETE), "nothing more");
   EXPECT_STREQ(text(US_SCHEME), "a scheme, which begins with a letter");
-  EXPECT_STREQ(text(US_SEPARATOR), "\"://\" behind the scheme");
-  EXPECT_STREQ(text(US_DELIMITER), "\"/\" behind the addresses");
+  EXPECT_STREQ(text(US_SEPARATOR), "\"://\" after the scheme");
+  EXPECT_STREQ(text(US_DELIMITER), "\"/\" after the addresses");
   EXPECT_STREQ(text(US_ADDRESS),
                "an address, which begins with a letter or digit or ends in brackets");
   EXPECT_STREQ(text(US_TICKET), "a ticket in base64, whose length is a multiple of four");
-  EXPECT_STREQ(text(US_PARAMETER), "\"=\" behind the name of a parameter");
+  EXPECT_STREQ(text(US_PARAMETER), "\"=\" after the name of a parameter");
   EXPECT_STREQ(text(static_cast<uriStop>(7)), "<invalid uriStop>");
   EXPECT_STREQ(text(static_cast<uriStop>(-1)), "<invalid uriStop>");
 }
 
 }  // namespace
+
+}  // namespace uri_parse_test

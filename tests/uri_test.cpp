@@ -9,6 +9,8 @@
 #include <utility>
 #include <vector>
 
+namespace uri_test {
+
 namespace {
 
 using pairList = std::vector<std::pair<std::string, std::string>>;
@@ -212,7 +214,7 @@ TEST(URIparse, NeedsASlashBehindTheAddresses) {
 
 TEST(URIparse, ReadsKeyIdsAndTickets) {
   const struct {
-    const char* rest;  // behind the addresses
+    const char* rest;  // after the addresses
     std::int32_t keyId;
     const char* ticket;
   } cases[] = {
@@ -473,3 +475,5 @@ TEST(decimalInt, ReadsDigitsUpToTheFirstOtherCharacter) {
 }
 
 }  // namespace
+
+}  // namespace uri_test

@@ -11,6 +11,8 @@
 #include "config_override.h"
 #include "uri.h"
 
+namespace uri_value_test {
+
 namespace {
 
 using pairList = std::vector<std::pair<std::string, std::string>>;
@@ -416,3 +418,5 @@ TEST(URIaddParam, StoresOneParameter) {
 }
 
 }  // namespace
+
+}  // namespace uri_value_test

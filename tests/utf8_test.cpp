@@ -13,6 +13,8 @@
 
 #include "conversion.h"
 
+namespace utf8_test {
+
 using std::string_literals::operator""s;
 
 namespace {
@@ -406,3 +408,5 @@ TEST(UTF8Size, CountsCharactersAndMalformedBytes) {
     EXPECT_EQ(UTF8size(c.text), c.expected);
   }
 }
+
+}  // namespace utf8_test

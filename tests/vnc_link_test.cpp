@@ -8,6 +8,8 @@
 
 #include "launcher_runner.h"
 
+namespace vnc_link_test {
+
 namespace {
 
 using launcher::Outcome;
@@ -19,6 +21,7 @@ Outcome open(Workshop& shop, const std::string& link) {
 }
 
 struct Case {
+  const char* name;
   const char* link;
   Strings viewer;
 };
@@ -37,21 +40,29 @@ TEST_P(VncLink, StartsTheViewerWithTheAddressAndWhatIsHarmless) {
 INSTANTIATE_TEST_SUITE_P(
     All, VncLink,
     testing::Values(
-        Case{"vnc://h/", {"vncviewer", "-ReconnectOnError=0", "h"}},
-        Case{"vnc://h:5901/?shared=1&ViewOnly=0",
+        Case{"TheHostAlone", "vnc://h/", {"vncviewer", "-ReconnectOnError=0", "h"}},
+        Case{"APort",
+             "vnc://h:5901/?shared=1&ViewOnly=0",
              {"vncviewer", "-ReconnectOnError=0", "-shared=1", "-ViewOnly=0", "h:5901"}},
-        Case{"vnc://h/?fullscreen=1&autoselect=0&qualitylevel=9&compresslevel=0",
+        Case{"OtherOptions",
+             "vnc://h/?fullscreen=1&autoselect=0&qualitylevel=9&compresslevel=0",
              {"vncviewer", "-ReconnectOnError=0", "-autoselect=0", "-compresslevel=0",
               "-fullscreen=1", "-qualitylevel=9", "h"}},
-        Case{"vnc://[fe80::1]:5901/", {"vncviewer", "-ReconnectOnError=0", "[fe80::1]:5901"}},
-        Case{"vnc://h/?via=-oProxyCommand=any%20command",
+        Case{"AnAddressOfVersion6",
+             "vnc://[fe80::1]:5901/",
+             {"vncviewer", "-ReconnectOnError=0", "[fe80::1]:5901"}},
+        Case{"NoWayThroughACommand",
+             "vnc://h/?via=-oProxyCommand=any%20command",
              {"vncviewer", "-ReconnectOnError=0", "h"}},
-        Case{"vnc://h/?-via=x&PasswordFile=/etc/passwd&shared=12&shared%0A=1&shared=1%2520-via=x",
+        Case{"NothingThatLooksLikeAnOption",
+             "vnc://h/?-via=x&PasswordFile=/etc/passwd&shared=12&shared%0A=1&shared=1%2520-via=x",
              {"vncviewer", "-ReconnectOnError=0", "h"}},
-        Case{"vnc://h/?-ReconnectOnError=1&reconnectonerror=1",
+        Case{"NoTimeOfReconnecting",
+             "vnc://h/?-ReconnectOnError=1&reconnectonerror=1",
              {"vncviewer", "-ReconnectOnError=0", "h"}},
-        Case{"vnc://h/QUJD", {"vncviewer", "-ReconnectOnError=0", "h"}},
-        Case{"vnc://a,b/", {"vncviewer", "-ReconnectOnError=0", "a"}}));
+        Case{"NoTicket", "vnc://h/QUJD", {"vncviewer", "-ReconnectOnError=0", "h"}},
+        Case{"NoComma", "vnc://a,b/", {"vncviewer", "-ReconnectOnError=0", "a"}}),
+    [](const auto& test) { return std::string(test.param.name); });
 
 class HostileVncLink : public testing::TestWithParam<const char*> {};
 
@@ -70,3 +81,5 @@ INSTANTIATE_TEST_SUITE_P(All, HostileVncLink,
                                          "vnc://h%C3%A9/", "vnc://*[::1]/"));
 
 }  // namespace
+
+}  // namespace vnc_link_test

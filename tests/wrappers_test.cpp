@@ -9,6 +9,8 @@
 
 #include "launcher_runner.h"
 
+namespace wrappers_test {
+
 namespace {
 
 using launcher::Outcome;
@@ -203,3 +205,5 @@ TEST(Wrapper, LeavesTheLocaleOfTheProgramAlone) {
 }
 
 }  // namespace
+
+}  // namespace wrappers_test

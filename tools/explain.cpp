@@ -6,6 +6,7 @@
 #include "configDB.h"
 #include "conversion.h"
 #include "explain_log.h"
+#include "refcount.h"
 #include "shell_word.h"
 #include "stringcomp.h"
 

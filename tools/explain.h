@@ -26,7 +26,7 @@ struct explanation {
   std::string given;     ///< the URI as given
   assocList options;     ///< every keyword option
   assocList rest;        ///< those that name neither an item nor a trace flag
-  launchPlan plan;       ///< what comes of them
+  launchPlan plan;       ///< what follows from them
   foundProgram found;    ///< the file of the plan's program
   std::string noSet;     ///< why there is no semaphore set, which ends a launch at once
   std::string logError;  ///< why the log would have no lines, or not all; else empty

@@ -1,13 +1,14 @@
 #include "explain_elf.h"
 
 #include <elf.h>
-#include <sys/stat.h>
 #include <sys/utsname.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <cstring>
+#include <string>
 #include <string_view>
 #include <vector>
 

@@ -1,10 +1,14 @@
 #include "explain_json.h"
 
 #include <cstdint>
+#include <string_view>
 #include <vector>
 
+#include "../utilities/ascii.h"
 #include "assoclist.h"
 #include "conversion.h"
+#include "find_program.h"
+#include "plan.h"
 #include "uri.h"
 
 namespace {
@@ -51,12 +55,11 @@ std::string json(const std::string& text) {
 
 // The bytes of a text, two digits each.
 std::string bytes(const std::string& text) {
-  constexpr const char* digits = "0123456789abcdef";
   std::string out = "\"";
   for (const char c : text) {
     const auto byte = static_cast<unsigned char>(c);
-    out += digits[byte / 16];
-    out += digits[byte % 16];
+    out += internal::LOWER_HEX_DIGITS[byte / 16];
+    out += internal::LOWER_HEX_DIGITS[byte % 16];
   }
   out += '"';
   return out;

@@ -1,4 +1,4 @@
-// What the kernel would say to an execution, told instead of done.
+// What the kernel would say to an execution, without executing.
 #pragma once
 
 #include <string>
@@ -9,7 +9,7 @@
 /// scripts to their interpreters, programs to their loaders, and what both take of the
 /// room for arguments.
 ///
-/// ENOEXEC for a file that the kernel does not take as a program.  A file that this
+/// ENOEXEC for a file that is no program for the kernel.  A file that this
 /// process may execute but not read counts as a program.  Not seen: a file that somebody
 /// writes to (ETXTBSY), and formats that binfmt_misc adds.  Opens files for reading only.
 int executionError(const std::string& file, const std::vector<std::string>& arguments);

@@ -1,4 +1,4 @@
-// What would become of a log, without opening it or making it.
+// What would happen to a log, without opening it or making it.
 #pragma once
 
 #include <string>
@@ -7,7 +7,7 @@
 /// opened or made, or that it may take no more for a while, as a pipe does.  Empty when all
 /// is well, and for an empty path, which asks for no log.
 ///
-/// Goes by what stands at the path: links are followed, and what Linux refuses in folders
+/// Goes by what is at the path: links are followed, and what Linux refuses in folders
 /// that everybody may write to is refused.  Not seen: a full disk, a limit on the size of
 /// files, and what only the driver of a device knows.
 std::string logFault(const std::string& path);

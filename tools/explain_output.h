@@ -1,4 +1,4 @@
-// What hopexplain writes, and what becomes of it.
+// What hopexplain writes, and whether that worked.
 #pragma once
 
 #include <string>

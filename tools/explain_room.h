@@ -1,11 +1,12 @@
 // The room that Linux has for the strings and pointers of an execution.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
 
-/// What one `execve` takes of that room: the path, the environment of this process, and
+/// What one `execve` needs of that room: the path, the environment of this process, and
 /// the arguments, each with its end.  The room is a quarter of the stack's limit, at least
 /// 128 KiB and at most 6 MiB, and no string may have more than 32 pages.
 class argumentRoom {
@@ -26,5 +27,5 @@ class argumentRoom {
   bool m_okay = true;
   std::uint64_t m_limit;
   std::uint64_t m_taken = 0;
-  std::uint64_t m_first;  // what the first argument takes
+  std::uint64_t m_first;  // what the first argument needs
 };

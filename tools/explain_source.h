@@ -2,14 +2,14 @@
 #pragma once
 
 #include <fcntl.h>
-#include <sys/types.h>
 #include <unistd.h>
 
 #include <cstddef>
 #include <cstdint>
 #include <string>
 
-/// A file opened for reading, which waits for nothing and does not reach another program.
+/// A file opened for reading, which waits for nothing and is closed when another program is
+/// executed.
 class sourceFile {
  public:
   explicit sourceFile(const std::string& path)

@@ -3,8 +3,13 @@
 #include <algorithm>
 #include <cstddef>
 #include <string_view>
+#include <vector>
 
+#include "assoclist.h"
+#include "bytearray.h"
 #include "conversion.h"
+#include "find_program.h"
+#include "plan.h"
 #include "shell_word.h"
 #include "uri.h"
 

@@ -1,9 +1,9 @@
 #include "find_program.h"
 
-#include <climits>
-
 #include <algorithm>
 #include <cerrno>
+#include <climits>
+#include <cstddef>
 
 #include "explain_kernel.h"
 
@@ -35,7 +35,7 @@ bool searchGoesOn(int error) {
          error == ENODEV || error == ETIMEDOUT;
 }
 
-// A folder of PATH at which glibc takes no notice of its name.
+// A folder of PATH whose name glibc ignores.
 bool isTooLong(const std::string& folder) {
   return folder.size() >= PATH_MAX;
 }

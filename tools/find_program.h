@@ -13,7 +13,7 @@ struct foundProgram {
   std::string shell = {};
   /// A folder of PATH is too long, at 4096 bytes, and was skipped on the way.
   bool skipsFolder = false;
-  /// The current folder was searched in the place of such a folder: it was not the last.
+  /// The current folder was searched in place of such a folder: it was not the last.
   bool searchesHere = false;
 };
 

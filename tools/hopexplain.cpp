@@ -2,7 +2,6 @@
 
 #include <unistd.h>
 
-#include <cstddef>
 #include <cstring>
 #include <new>
 #include <string>

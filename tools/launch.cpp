@@ -11,6 +11,7 @@
 #include "output_signals.h"
 #include "plan.h"
 #include "threading.h"
+#include "uri.h"
 
 namespace {
 

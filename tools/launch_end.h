@@ -1,12 +1,12 @@
 // How a launch ends that cannot go on: no semaphore set can be had, a signal ends the
-// process, memory runs out.  Nothing is left behind, and the log says why.
+// process, memory runs out.  Nothing is left, and the log says why.
 #pragma once
 
 #include <string>
 
 /// Has SIGINT, SIGTERM and SIGHUP remove the semaphore set before they end the process,
-/// and has the log at `log` told of a semaphore call that fails and of memory that runs
-/// out.  The log is made when there is something to tell; with an empty path there is none.
+/// and has a semaphore call that fails and memory that runs out noted in the log at `log`.
+/// The log is made when there is something to note; with an empty path there is none.
 /// A signal that is ignored stays so.  A program that the process becomes gets the signals
 /// as they were, since handlers do not outlive that.
 void guardLaunch(const std::string& log);

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstddef>
 
 launchLog::launchLog(const std::string& path) {
   if (path.empty()) {
@@ -14,7 +15,7 @@ launchLog::launchLog(const std::string& path) {
       O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK | O_LARGEFILE;
   m_descriptor = open(path.c_str(), flags, 0666);
   if (m_descriptor >= 0 && m_descriptor <= STDERR_FILENO) {
-    // Not in the place of a standard stream that we were started without.
+    // Not in place of a standard stream that we were started without.
     const int moved = fcntl(m_descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
     close(m_descriptor);
     m_descriptor = moved;

@@ -1,6 +1,6 @@
 // The signals of the tools.
 //
-// Output that nobody takes raises SIGPIPE, a file that may not grow any more SIGXFSZ.
+// Output that nobody reads raises SIGPIPE; a file that may not grow any more, SIGXFSZ.
 // Neither ends a tool: the write fails, and the tool says so or goes on.  A program that
 // the tool becomes, or starts, gets both as the tool was given them.
 #pragma once

@@ -1,5 +1,6 @@
 #include "plan.h"
 
+#include "configRef.h"
 #include "html_escape.h"
 #include "stubname.h"
 

@@ -1,7 +1,12 @@
 #include "session.h"
 
+#include <string>
+
+#include "DistName.h"
 #include "configDB.h"
 #include "configRef.h"
+#include "countedMap.h"
+#include "stringcomp.h"
 #include "threading.h"
 #include "trace.h"
 

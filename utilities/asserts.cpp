@@ -4,7 +4,6 @@
 #include <ostream>
 
 #include "conversion.h"
-#include "processes.h"
 #include "threading.h"
 
 assertEvent::assertEvent(const std::string& description, const char* filename, int line)

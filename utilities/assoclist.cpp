@@ -1,5 +1,6 @@
 #include "assoclist.h"
 
+#include <cstddef>
 #include <ostream>
 #include <utility>
 

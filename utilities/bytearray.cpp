@@ -8,24 +8,21 @@
 #include <new>
 #include <string_view>
 
-#include "asserts.h"
+#include "ascii.h"
+#include "assertion.h"
 
 namespace {
 
-constexpr std::string_view hexDigits = "0123456789abcdefABCDEF";
-constexpr std::string_view radix64Digits =
-    "=ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-
-// The value of each byte as a digit of radix 64, already where it stands as the first to
+// The value of each byte as a digit of radix 64, already in its place as the first to
 // fourth digit of a group; NO_DIGIT outside the alphabet.  So four look-ups decode a group.
 constexpr std::uint32_t NO_DIGIT = 1u << 24;
 constexpr std::array<std::array<std::uint32_t, 256>, 4> radix64Values = []() {
   std::array<std::array<std::uint32_t, 256>, 4> tables{};
   for (std::size_t place = 0; place < 4; place++) {
     tables[place].fill(NO_DIGIT);
-    for (std::size_t i = 1; i < radix64Digits.size(); i++) {
-      tables[place][static_cast<unsigned char>(radix64Digits[i])] =
-          static_cast<std::uint32_t>(i - 1) << (18 - 6 * place);
+    for (std::size_t i = 0; i < internal::BASE64_DIGITS.size(); i++) {
+      tables[place][static_cast<unsigned char>(internal::BASE64_DIGITS[i])] =
+          static_cast<std::uint32_t>(i) << (18 - 6 * place);
     }
   }
   return tables;
@@ -43,7 +40,7 @@ constexpr bool isRadix64Digit(char c) {
 constexpr std::array<std::array<char, 2>, 4096> radix64Pairs = []() {
   std::array<std::array<char, 2>, 4096> table{};
   for (std::size_t i = 0; i < table.size(); i++) {
-    table[i] = {radix64Digits[1 + (i >> 6)], radix64Digits[1 + (i & 63)]};
+    table[i] = {internal::BASE64_DIGITS[i >> 6], internal::BASE64_DIGITS[i & 63]};
   }
   return table;
 }();
@@ -51,30 +48,6 @@ constexpr std::array<std::array<char, 2>, 4096> radix64Pairs = []() {
 char* putPair(char* out, std::uint32_t bits) {
   std::memcpy(out, radix64Pairs[bits & 4095].data(), 2);
   return out + 2;
-}
-
-// The value of each byte as a hexadecimal digit, 255 for any other byte.
-constexpr std::array<unsigned char, 256> hexValues = []() {
-  std::array<unsigned char, 256> table{};
-  table.fill(255);
-  for (std::size_t i = 0; i < hexDigits.size(); i++) {
-    table[static_cast<unsigned char>(hexDigits[i])] =
-        static_cast<unsigned char>(i < 16 ? i : i - 6);
-  }
-  return table;
-}();
-
-constexpr unsigned int hexValue(char c) {
-  return hexValues[static_cast<unsigned char>(c)];
-}
-
-constexpr bool isHexDigit(char c) {
-  return hexValue(c) < 16;
-}
-
-// Without a table, so that a compiler can work on many at once.
-constexpr char hexChar(unsigned int value) {
-  return static_cast<char>(value + (value < 10 ? '0' : 'a' - 10));
 }
 
 // Decodes pairs of digits up to the first that is none, and returns its place.  The loops
@@ -101,9 +74,9 @@ const char* decodePairs(const char* text, const char* end, unsigned char*& out) 
     }
   }
   for (; end - text >= 2; text += 2) {
-    const unsigned int high = hexValue(text[0]);
-    const unsigned int low = hexValue(text[1]);
-    if ((high | low) > 15) {
+    const int high = internal::hexValue(text[0]);
+    const int low = internal::hexValue(text[1]);
+    if ((high | low) < 0) {
       break;
     }
     *out++ = static_cast<unsigned char>(high << 4 | low);
@@ -121,7 +94,7 @@ unsigned int detectRadix(std::string_view text) {
     if (!isRadix64Digit(c) && c != '=') {
       return 0;
     }
-    isHex = isHex && isHexDigit(c);
+    isHex = isHex && internal::isHexDigit(c);
   }
   return isHex ? 16 : 64;
 }
@@ -206,7 +179,7 @@ bool ByteArray::set(const char* text, unsigned int radix) {
 }
 
 bool ByteArray::setHex(const char* text) {
-  const char* const end = runEnd(text, isHexDigit);
+  const char* const end = runEnd(text, internal::isHexDigit);
   const auto digits = static_cast<std::size_t>(end - text);
   const std::size_t room = digits / 2 + digits % 2;
   if (!holdable(room)) {
@@ -218,9 +191,9 @@ bool ByteArray::setHex(const char* text) {
   }
   unsigned char* out = content;
   const char* rest = decodePairs(text, end, out);
-  if (isHexDigit(*rest)) {  // an odd number of digits: the first is a byte of its own
+  if (internal::isHexDigit(*rest)) {  // an odd number of digits: the first is a byte of its own
     out = content;
-    *out++ = static_cast<unsigned char>(hexValue(*text));
+    *out++ = static_cast<unsigned char>(internal::hexValue(*text));
     decodePairs(text + 1, end, out);
   }
   return reserve(static_cast<unsigned int>(out - content));
@@ -284,8 +257,8 @@ std::string ByteArray::formatHex() const {
   const unsigned char* const bytes = content;
   const std::size_t size = length;
   for (std::size_t i = 0; i < size; i++) {
-    out[2 * i] = hexChar(bytes[i] >> 4);
-    out[2 * i + 1] = hexChar(bytes[i] & 15u);
+    out[2 * i] = internal::lowerHexDigit(bytes[i] >> 4);
+    out[2 * i + 1] = internal::lowerHexDigit(bytes[i] & 15u);
   }
   return result;
 }
@@ -303,7 +276,7 @@ std::string ByteArray::formatRadix64() const {
     putPair(out, static_cast<std::uint32_t>(p[0]) << 4);
   } else if (end - p == 2) {
     out = putPair(out, static_cast<std::uint32_t>(p[0]) << 4 | p[1] >> 4);
-    *out = radix64Digits[1 + ((p[1] & 15u) << 2)];
+    *out = internal::BASE64_DIGITS[(p[1] & 15u) << 2];
   }
   return result;
 }
@@ -318,7 +291,7 @@ std::string ByteArray::OMBRformat(int prefixBytes) const {
   // From the ninth digit on the shift count is taken modulo 32, so that the low
   // digits repeat: readers rely on it.
   for (unsigned int digit = 2 * static_cast<unsigned int>(prefixBytes); digit-- > 0;) {
-    result += hexDigits[length >> (4 * digit % 32) & 15];
+    result += internal::LOWER_HEX_DIGITS[length >> (4 * digit % 32) & 15];
   }
   result += formatHex();
   ASSERT(resultSize == result.size());

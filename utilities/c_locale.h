@@ -2,7 +2,7 @@
 // locale the program has set.
 #pragma once
 
-#include <locale.h>  // NOLINT(modernize-deprecated-headers): POSIX has more in it than C++
+#include <clocale>
 
 namespace internal {
 

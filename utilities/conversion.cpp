@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
 
 #include "ascii.h"
 
@@ -16,7 +17,7 @@ std::string digits(int value, unsigned int base) {
   }
   std::string result;
   do {
-    result += "0123456789ABCDEF"[rest % base];
+    result += internal::HEX_DIGITS[rest % base];
     rest /= base;
   } while (rest != 0);
   std::reverse(result.begin(), result.end());
@@ -42,12 +43,12 @@ std::string padded(int value, unsigned int base, int width) {
 // --- Numbers ---------------------------------------------------------------
 
 int decimal2Int(const char*& text) {
-  if (text == nullptr || !isDigit(*text)) {
+  if (text == nullptr || !internal::isDigit(*text)) {
     return -1;
   }
   std::int64_t result = 0;
   const char* p = text;
-  for (; isDigit(*p); p++) {
+  for (; internal::isDigit(*p); p++) {
     result = 10 * result + (*p - '0');
     if (result > INT32_MAX) {
       return -1;
@@ -88,23 +89,14 @@ std::string int2hex(int value, int digits) {
 }
 
 int hexDigit(signed char c) {
-  if (c >= '0' && c <= '9') {
-    return c - '0';
-  }
-  if (c >= 'A' && c <= 'F') {
-    return c - 'A' + 10;
-  }
-  if (c >= 'a' && c <= 'f') {
-    return c - 'a' + 10;
-  }
-  return -1;
+  return internal::hexValue(static_cast<char>(c));
 }
 
 bool allNumeric(const char* text) {
-  if (text == nullptr || !isDigit(*text)) {
+  if (text == nullptr || !internal::isDigit(*text)) {
     return false;
   }
-  while (isDigit(*text)) {
+  while (internal::isDigit(*text)) {
     text++;
   }
   return *text == '\0';

@@ -3,7 +3,7 @@
 #include <array>
 #include <cmath>
 #include <cstring>
-#include <ostream>
+#include <ostream>  // IWYU pragma: keep
 #include <utility>
 
 #include "ascii.h"
@@ -28,17 +28,17 @@ constexpr std::array<const char*, 7> dayNames = {"Thu", "Fri", "Sat", "Sun", "Mo
 constexpr std::array<const char*, 12> monthNames = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
                                                     "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
 
-// Reads at most `maxDigits` digits and the one separator behind them.  White space
+// Reads at most `maxDigits` digits and the one separator after them.  White space
 // is a separator only with `skipBlank`.
 int getInt(const char*& text, int maxDigits, int defaultValue, bool skipBlank) {
-  if (!isDigit(*text)) {
+  if (!internal::isDigit(*text)) {
     return defaultValue;
   }
   int result = 0;
-  for (; maxDigits > 0 && isDigit(*text); maxDigits--) {
+  for (; maxDigits > 0 && internal::isDigit(*text); maxDigits--) {
     result = 10 * result + (*text++ - '0');
   }
-  if (*text != '\0' && !isDigit(*text) && (skipBlank || !isSpace(*text))) {
+  if (*text != '\0' && !internal::isDigit(*text) && (skipBlank || !internal::isSpace(*text))) {
     text++;
   }
   return result;
@@ -47,7 +47,7 @@ int getInt(const char*& text, int maxDigits, int defaultValue, bool skipBlank) {
 // Reads the digits of a fraction in units of 1 / scale.
 int getFraction(const char*& text, int scale) {
   int result = 0;
-  for (; scale > 9 && isDigit(*text); text++) {
+  for (; scale > 9 && internal::isDigit(*text); text++) {
     scale /= 10;
     result += (*text - '0') * scale;
   }

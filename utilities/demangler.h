@@ -3,7 +3,8 @@
 
 #include <cstddef>
 #include <string_view>
-#include <utility>
+
+#include "ascii.h"
 
 namespace internal {
 
@@ -42,7 +43,7 @@ class demangler {
     return true;
   }
 
-  bool atLength() const { return next() >= '0' && next() <= '9'; }
+  bool atLength() const { return isDigit(next()); }
 
   void functionName() {
     if (next() == 'N') {
@@ -151,9 +152,9 @@ class demangler {
     }
     const std::string_view marks = whole.substr(0, whole.size() - m_rest.size());
     typeName();
-    for (auto mark = marks.rbegin(); mark != marks.rend(); ++mark) {
-      if (*mark == 'P' || *mark == 'R') {
-        m_out += *mark == 'P' ? '*' : '&';
+    for (std::size_t i = marks.size(); i-- > 0;) {
+      if (marks[i] == 'P' || marks[i] == 'R') {
+        m_out += marks[i] == 'P' ? '*' : '&';
       }
     }
   }

@@ -67,7 +67,7 @@ eventReport::eventReport(eventSeverity severity, eventAudience audience, int cod
       m_code(code),
       m_qualifier(qualifier),
       m_operation(operation) {
-  storingHandler::theInstance();  // some handler stands ready before the first report
+  storingHandler::theInstance();  // a handler is ready before the first report
 }
 
 eventReport::~eventReport() = default;
@@ -115,7 +115,7 @@ void eventReport::report() {
     return;
   }
   m_reported = true;
-  storingHandler::theInstance();  // the thread may have come by a map of its own since
+  storingHandler::theInstance();  // the thread may have its own map by now
   internal::handlerWalk(ThreadedEventHandlerList::local().theMap).offer(*this);
 }
 

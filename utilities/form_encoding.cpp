@@ -3,7 +3,8 @@
 #include <string>
 #include <utility>
 
-#include "conversion.h"
+#include "ascii.h"
+#include "assoclist.h"
 #include "html_escape.h"
 
 namespace {
@@ -11,12 +12,12 @@ namespace {
 // Reads the two digits after a "%" at `p` and moves `p` to the last of them.
 // Without them, moves `p` over the "%" and a first digit and returns false.
 bool escapedByte(const char*& p, char& byte) {
-  const int high = hexDigit(static_cast<signed char>(p[1]));
+  const int high = internal::hexValue(p[1]);
   if (high < 0) {
     return false;
   }
   p++;
-  const int low = hexDigit(static_cast<signed char>(p[1]));
+  const int low = internal::hexValue(p[1]);
   if (low < 0) {
     return false;
   }

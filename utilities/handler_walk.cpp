@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <new>
+#include <utility>
 
 namespace internal {
 
@@ -31,7 +32,7 @@ handlerWalk::~handlerWalk() {
 void handlerWalk::offer(eventReport& event) {
   for (std::size_t i = 0; i < m_count; i++) {
     const auto [priority, handler] = m_places[i];
-    // In this order: what is gone is not looked at.
+    // In this order: a destroyed handler is not looked at.
     if (handler == nullptr || !registered({priority, handler}) || active(handler)) {
       continue;
     }

@@ -9,12 +9,12 @@
 
 namespace internal {
 
-/// The handlers that a map has when a report is offered, to be called one after the other.
-/// Handlers may come and go meanwhile, and further reports may be offered: each has a walk
-/// of its own, within the one that is under way.
+/// Calls the handlers that a map has when a report is offered, one after the other.
+/// Handlers may come and go during the walk, and a handler may raise further reports: each
+/// of those has its own walk, within this one.
 class handlerWalk {
  public:
-  /// Takes note of the handlers that `map` has now.  The map must outlive the walk.
+  /// Remembers the handlers that `map` has now.  The map must outlive the walk.
   explicit handlerWalk(const handlerMap& map);
   handlerWalk(const handlerWalk&) = delete;
   handlerWalk& operator=(const handlerWalk&) = delete;
@@ -24,7 +24,7 @@ class handlerWalk {
   /// one claims it.  What a handler throws counts as not claimed.
   void offer(eventReport& event);
 
-  /// Sees to it that no walk calls a handler, which is about to be gone.
+  /// Ensures that no walk calls a handler, which is about to be destroyed.
   static void forget(const eventHandler* handler);
 
  private:

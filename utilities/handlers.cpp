@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cstdint>
 #include <locale>
-#include <ostream>
 #include <sstream>
+#include <string>
 
 #include "datetime.h"
 #include "events.h"
@@ -15,6 +15,7 @@
 #include "standard_error.h"
 #include "startup.h"
 #include "threading.h"
+#include "trace.h"
 #include "trace_flags.h"
 
 // --- Handler maps ----------------------------------------------------------
@@ -75,8 +76,8 @@ eventHandler::eventHandler(int priority) {
 
 eventHandler::~eventHandler() {
   internal::handlerWalk::forget(this);
-  // A handler of the start-up map may go while a thread's map is the current one,
-  // and must not be left behind for the reports at exit.
+  // A handler of the start-up map may be destroyed while a thread's map is the current
+  // one.  The reports at exit must not find it.
   if (!erase(ThreadedEventHandlerList::local().theMap, this)) {
     erase(ThreadedEventHandlerList::startUpMap().theMap, this);
   }
@@ -131,7 +132,7 @@ storingHandler::storingHandler(int priority, eventAudience audience, eventSeveri
 bool storingHandler::handle(eventReport& event) {
   if ((m_audience & event.audience()) != AUD_NULL) {
     clearAudience(event, m_audience);
-    // What is too mild to be kept is claimed all the same.
+    // It claims milder reports, too, but does not keep them.
     if (event.severity() >= m_minSeverity) {
       m_output += buildMessage(event, DateTime::now(0).format(DS_ISO8601));
     }

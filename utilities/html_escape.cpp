@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <string_view>
 
+#include "ascii.h"
 #include "conversion.h"
 
 namespace {
@@ -24,34 +25,26 @@ constexpr byteSet with(byteSet set, std::string_view characters) {
   return set;
 }
 
-constexpr byteSet withRange(byteSet set, unsigned int first, unsigned int last) {
-  for (unsigned int c = first; c <= last; c++) {
-    set[c] = true;
+constexpr byteSet withAll(byteSet set, bool (*isMember)(char)) {
+  for (std::size_t c = 0; c < set.size(); c++) {
+    set[c] = set[c] || isMember(static_cast<char>(c));
   }
   return set;
 }
 
-// Where bytes are taken as signed, those from 128 up are below 32 and count as
-// control bytes.
-constexpr byteSet signedControls = withRange(withRange({}, 0, 31), 127, 255);
-constexpr byteSet asciiControls = withRange(withRange({}, 0, 31), 127, 127);
-constexpr byteSet asciiPunctuation =
-    withRange(withRange(withRange(withRange({}, 33, 47), 58, 64), 91, 96), 123, 126);
+// Where bytes are used as signed ones, those from 128 up are below 32 and count as control
+// bytes.
+constexpr byteSet signedControls = withAll({}, [](char c) { return !internal::isPrintable(c); });
+constexpr byteSet asciiPunctuation = withAll({}, internal::isPunctuation);
 
 constexpr byteSet URIspecial = with(signedControls, " \"#$%&'+,/:;<=>?@[\\]^{|}");
-constexpr byteSet cookieSpecial = []() {
-  byteSet set = with(asciiPunctuation, " ");
-  for (std::size_t c = 0; c < set.size(); c++) {
-    set[c] = set[c] || asciiControls[c];
-  }
-  return set;
-}();
+constexpr byteSet cookieSpecial = with(withAll(asciiPunctuation, internal::isControl), " ");
 constexpr byteSet QMXspecial = with(asciiPunctuation, "\n");
 constexpr byteSet LDAPmarked = with({}, "\"+,;<>\\");
 
 // Writes "%" and at least `minimumDigits` upper-case digits.
 char* putEscape(char* out, char c, int minimumDigits) {
-  static constexpr char digits[] = "0123456789ABCDEF";
+  const char* const digits = internal::HEX_DIGITS.data();
   *out++ = '%';
   if (minimumDigits > 1 || index(c) > 15) {
     *out++ = digits[index(c) >> 4];
@@ -81,22 +74,6 @@ std::string percentEscape(std::string_view text, const byteSet& special, int min
   return result;
 }
 
-// The values of hexadecimal digits, -1 for any other byte.
-constexpr std::array<signed char, 256> hexValues = []() {
-  std::array<signed char, 256> table{};
-  table.fill(-1);
-  for (const std::string_view digits : {"0123456789ABCDEF", "0123456789abcdef"}) {
-    for (std::size_t i = 0; i < digits.size(); i++) {
-      table[index(digits[i])] = static_cast<signed char>(i);
-    }
-  }
-  return table;
-}();
-
-int hexAt(const char* p) {
-  return hexValues[index(*p)];
-}
-
 char hexByte(int high, int low) {
   return static_cast<char>(16 * high + low);
 }
@@ -108,10 +85,6 @@ std::int32_t characterAt(const char*& p, const char* end) {
   const std::int32_t character = getUTF8(bytes, left, false);
   p = reinterpret_cast<const char*>(bytes);
   return character;
-}
-
-bool printable(char c) {
-  return index(c) >= 32 && index(c) <= 126;
 }
 
 // Each function below has two forms, whose work is done by one of these.
@@ -128,7 +101,7 @@ std::string percentUnEscape(std::string_view text) {
     if (end - p == 1) {
       break;
     }
-    const int high = hexAt(p + 1);
+    const int high = internal::hexValue(p[1]);
     if (high < 0) {
       *out++ = '%';
       continue;
@@ -136,7 +109,7 @@ std::string percentUnEscape(std::string_view text) {
     if (end - p == 2) {
       break;
     }
-    const int low = hexAt(p + 2);
+    const int low = internal::hexValue(p[2]);
     if (low < 0) {
       *out++ = '%';
       continue;
@@ -177,7 +150,7 @@ std::string nameUnEscape(std::string_view text) {
     if (++p == end) {
       break;
     }
-    const int high = hexAt(p);
+    const int high = internal::hexValue(*p);
     if (high < 0) {
       result += *p;
       continue;
@@ -185,7 +158,7 @@ std::string nameUnEscape(std::string_view text) {
     if (++p == end) {
       break;
     }
-    const int low = hexAt(p);
+    const int low = internal::hexValue(*p);
     // A lone digit goes with its backslash: readers rely on it.
     result += low < 0 ? *p : hexByte(high, low);
   }
@@ -197,7 +170,7 @@ std::string scriptEscape(std::string_view text) {
   result.reserve(text.size());
   const char* const end = text.data() + text.size();
   for (const char* p = text.data(); p < end; p++) {
-    if (!printable(*p)) {
+    if (!internal::isPrintable(*p)) {
       const std::int32_t character = characterAt(p, end);
       // Not always four digits: readers rely on \u00A for a line feed.
       result += "\\u";
@@ -225,7 +198,7 @@ std::string markupEscape(std::string_view text, bool nbsp) {
   for (const char* p = text.data(); p < end; p++) {
     if (*p == '\n') {
       result += "<br>";
-    } else if (!printable(*p)) {
+    } else if (!internal::isPrintable(*p)) {
       result += "&#";
       int2decimal(result, characterAt(p, end));
       result += ';';

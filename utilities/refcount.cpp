@@ -1,16 +1,18 @@
 #include "refcount.h"
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <locale>
 #include <optional>
-#include <ostream>
 #include <sstream>
 #include <string>
 #include <utility>
 
+#include "pointers.h"
 #include "processes.h"
 #include "stack.h"
+#include "trace.h"
 #include "trace_flags.h"
 
 namespace {
@@ -120,12 +122,12 @@ void reference::countUp(counted* p, bool locked) {
   }
 }
 
-// The result is to be destroyed, outside the section.
+// The caller destroys the result, outside the section.
 counted* reference::countDown(counted* p, bool locked) {
   return countable(p, locked) && --*p ? p : nullptr;
 }
 
-// Holds `rhs` in place of the instance; the result is to be destroyed, outside the
+// Holds `rhs` in place of the instance.  The caller destroys the result, outside the
 // section.
 counted* reference::exchange(counted* rhs, bool locked) {
   counted* const unused = countDown(instance, locked);
@@ -236,7 +238,7 @@ reference& reference::set(bool writable, const reference& canonical) {
     countUp(temp.instance, section.okay());
   }
   if (temp.instance == nullptr) {
-    return *this;  // `unused` is left alone on purpose: who relied on it may look at it yet
+    return *this;  // not destroyed on purpose: callers may still look at it
   }
   ASSERT_AT(temp.instance != NULL, SOURCE, 114);
   TautoPtr<counted> copy(temp.instance->clone(), false);

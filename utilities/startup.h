@@ -1,4 +1,4 @@
-// The order in which the library's static objects come to life before `main`.
+// The order in which the library's static objects are constructed before `main`.
 //
 // Objects that register themselves (flags, items, slots) are given one of these
 // priorities, lower first, so that they exist before any static object of a

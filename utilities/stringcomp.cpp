@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <bit>
-#include <cstddef>
 #include <cstdint>
 #include <cstring>
 
@@ -11,7 +10,7 @@
 namespace {
 
 // The number of bytes that two texts begin with alike, by the word as far as there are whole
-// ones.  Names that are looked up and found are the same as a rule, and compared twice.
+// ones.  A lookup that succeeds mostly compares equal names, and does so twice.
 std::size_t equalBytes(const char* a, const char* b, std::size_t size) {
   std::size_t result = 0;
   for (std::uint64_t left, right; size - result >= sizeof left; result += sizeof left) {
@@ -39,8 +38,9 @@ bool caseInsensitive::operator()(const std::string& a, const std::string& b) con
   const char* const left = a.data();
   const char* const right = b.data();
   for (std::size_t i = equalBytes(left, right, n); i < n; i++) {
-    if (left[i] != right[i] && lower(left[i]) != lower(right[i])) {
-      return static_cast<signed char>(lower(left[i])) < static_cast<signed char>(lower(right[i]));
+    if (left[i] != right[i] && internal::lower(left[i]) != internal::lower(right[i])) {
+      return static_cast<signed char>(internal::lower(left[i])) <
+             static_cast<signed char>(internal::lower(right[i]));
     }
   }
   return a.size() < b.size();
@@ -57,8 +57,8 @@ bool caseInsensitive::operator()(const char* a, const char* b) const {
     if (*a == '\0') {
       return true;
     }
-    const auto left = static_cast<signed char>(lower(*a));
-    const auto right = static_cast<signed char>(lower(*b));
+    const auto left = static_cast<signed char>(internal::lower(*a));
+    const auto right = static_cast<signed char>(internal::lower(*b));
     if (left != right) {
       return left < right;
     }
@@ -68,14 +68,15 @@ bool caseInsensitive::operator()(const char* a, const char* b) const {
 
 bool caseInsensitive::same(const std::string& a, const std::string& b) {
   return a.size() == b.size() &&
-         std::equal(a.begin(), a.end(), b.begin(),
-                    [](char left, char right) { return lower(left) == lower(right); });
+         std::equal(a.begin(), a.end(), b.begin(), [](char left, char right) {
+           return internal::lower(left) == internal::lower(right);
+         });
 }
 
 bool caseInsensitive::prefix(const std::string& s, const char* p) {
   const std::size_t n = std::strlen(p);
   return s.size() >= n && std::equal(p, p + n, s.begin(), [](char left, char right) {
-           return lower(left) == lower(right);
+           return internal::lower(left) == internal::lower(right);
          });
 }
 

@@ -2,10 +2,13 @@
 
 #include <algorithm>
 #include <cctype>
-#include <cstddef>
 #include <cstring>
+#include <list>
 #include <ostream>
+#include <set>
+#include <string>
 #include <utility>
+#include <vector>
 
 #include "ascii.h"
 #include "c_locale.h"
@@ -16,8 +19,7 @@ std::string quote(const std::string& text) {
   result.reserve(text.size() + 2);
   result += '"';
   for (const char c : text) {
-    const auto byte = static_cast<signed char>(c);  // bytes from 128 up are below 32
-    if (byte >= 32 && byte != 127) {
+    if (internal::isPrintable(c)) {
       if (c == '"' || c == '\\') {
         result += '\\';
       }
@@ -61,7 +63,7 @@ std::string CSVescape(const std::string& text) {
 
 namespace {
 
-// Reads a field behind its opening quote.
+// Reads a field after its opening quote.
 std::string quotedField(const char*& ptr) {
   std::string result;
   for (; *ptr != '\0'; ptr++) {
@@ -106,7 +108,7 @@ std::string CSVunescape(const char*& ptr) {
 
 std::string trimSuffix(const std::string& Name, int* N) {
   std::size_t start = Name.size();
-  while (start > 0 && isDigit(Name[start - 1])) {
+  while (start > 0 && internal::isDigit(Name[start - 1])) {
     start--;
   }
   const bool suffix = start < Name.size() && start > 0 && Name[start - 1] == '-';

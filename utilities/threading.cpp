@@ -6,7 +6,7 @@
 #include <new>
 #include <utility>
 
-#include "asserts.h"
+#include "assertion.h"
 #include "lasting.h"
 
 namespace {

@@ -3,9 +3,10 @@
 #include <map>
 
 #include "conversion.h"
+#include "lasting.h"
 #include "standard_error.h"
 #include "startup.h"
-#include "trace_flags.h"
+#include "trace_flags.h"  // IWYU pragma: keep
 
 namespace {
 

@@ -2,17 +2,19 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include "ascii.h"
-#include "asserts.h"
+#include "assertion.h"
 #include "conversion.h"
 #include "html_escape.h"
 #include "regexpr.h"
+#include "stringcomp.h"
 
 namespace {
 
 const char* skipDigits(const char* p) {
-  while (isDigit(*p)) {
+  while (internal::isDigit(*p)) {
     p++;
   }
   return p;
@@ -31,7 +33,7 @@ constexpr const char* SCHEME = "^[a-z][a-z0-9+.\\-]*://";
 // MACHINE matches where an address begins, or at its last "[", and nowhere between.  A
 // search through a long address in vain would take quadratic time.
 bool isAddress(const RegExpr& machine_RE, const std::string& address) {
-  if (isLetter(address[0]) || isDigit(address[0])) {
+  if (internal::isLetterOrDigit(address[0])) {
     return machine_RE.matchs(address);
   }
   const std::size_t bracket = address.rfind('[');
@@ -41,11 +43,11 @@ bool isAddress(const RegExpr& machine_RE, const std::string& address) {
 
 // Where a text leaves the form that SCHEME gives.
 uriParse badScheme(const char* text) {
-  if (!isLetter(*text)) {
+  if (!internal::isLetter(*text)) {
     return {US_SCHEME, 0};
   }
   const char* p = text;
-  while (isLetter(*p) || isDigit(*p) || (*p != '\0' && std::strchr("+.\\-", *p) != nullptr)) {
+  while (internal::isLetterOrDigit(*p) || (*p != '\0' && std::strchr("+.\\-", *p) != nullptr)) {
     p++;
   }
   for (const char* expected = "://"; *expected != '\0' && *p == *expected; expected++) {
@@ -79,7 +81,7 @@ argsStyle args_style(const std::string& name) {
 
 std::int32_t decimalInt(const char* digits) {
   std::uint32_t result = 0;  // wraps
-  for (; digits != nullptr && isDigit(*digits); digits++) {
+  for (; digits != nullptr && internal::isDigit(*digits); digits++) {
     result = 10 * result + static_cast<std::uint32_t>(*digits - '0');
   }
   return static_cast<std::int32_t>(result);
@@ -92,7 +94,7 @@ URI::URI(const std::string& text) {
 }
 
 // A copy is good for its addresses and its ticket: callers rely on the scheme and
-// the parameters staying behind.
+// the parameters not being copied.
 URI::URI(const URI& other)
     : ticket(other.ticket), keyId(other.keyId), addresses(other.addresses), m_okay(other.m_okay) {}
 
@@ -165,15 +167,15 @@ const char* text(uriStop stop) {
     case US_SCHEME:
       return "a scheme, which begins with a letter";
     case US_SEPARATOR:
-      return "\"://\" behind the scheme";
+      return "\"://\" after the scheme";
     case US_DELIMITER:
-      return "\"/\" behind the addresses";
+      return "\"/\" after the addresses";
     case US_ADDRESS:
       return "an address, which begins with a letter or digit or ends in brackets";
     case US_TICKET:
       return "a ticket in base64, whose length is a multiple of four";
     case US_PARAMETER:
-      return "\"=\" behind the name of a parameter";
+      return "\"=\" after the name of a parameter";
   }
   return "<invalid uriStop>";
 }
@@ -206,14 +208,14 @@ uriParse URI::parse(const std::string& wholeText) {
     }
     stop = parseTicket(ptr);
   }
-  // Parameters are read where the ticket begins, so only behind an empty one.
+  // Parameters are read where the ticket begins, so only after an empty one.
   if (stop == US_COMPLETE && *ptr == '?') {
     stop = parseParameters(ptr);
   }
   return {stop, static_cast<std::size_t>(ptr - text.c_str())};
 }
 
-// Each reader moves `ptr` to what it could not read, and behind what it could; only
+// Each reader moves `ptr` to what it could not read, and past what it could; only
 // the ticket, once read, is left where it is.
 
 uriStop URI::parseAddresses(const char*& ptr, const RegExpr& machine_RE) {
@@ -240,7 +242,7 @@ uriStop URI::parseTicket(const char*& ptr) {
     return US_COMPLETE;
   }
   const char* const begin = ptr;
-  while (isLetter(*ptr) || isDigit(*ptr) || *ptr == '+' || *ptr == '/') {
+  while (internal::isBase64Digit(*ptr)) {
     ptr++;
   }
   // As many "=" fit as fill a group of four, but never three.

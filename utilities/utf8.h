@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <string>
 
-#include "conversion.h"
+#include "conversion.h"  // IWYU pragma: keep
 
 namespace internal {
 

@@ -1,5 +1,6 @@
 # That whoever shows a link and whoever opens it agree.
-# Of every link that hopopen accepts, browsers' URL standard (by node), libcurl and GLib must read the same user, host and port.
+# Of every link that hopopen accepts, browsers' URL standard (by node), libcurl and GLib must
+# read the same user, host and port.
 # Tries links of a grammar of confusions, and those of tests/links.txt.
 # Arguments: [COUNT [SEED]]
 # shellcheck shell=bash source=scripts/lib.sh

@@ -1,5 +1,6 @@
 # That cppcheck has nothing to say about the product.
-# .cppcheck-suppressions has what it is not to say, with the reason; cppcheck reports one that is no longer needed.
+# .cppcheck-suppressions has what it must not say, with the reason; cppcheck reports one that is
+# no longer needed.
 # shellcheck shell=bash source=scripts/lib.sh
 set -euo pipefail
 source scripts/lib.sh

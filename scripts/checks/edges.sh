@@ -1,5 +1,6 @@
 # What the programs do at the edges.
-# No semaphore sets, signals, logs that block, little memory, output that is lost, and programs and links that are made to break something.
+# No semaphore sets, signals, logs that block, little memory, output that is lost, and programs
+# and links that are made to break something.
 # Arguments: [BUILD-FOLDER [PART...]]
 # The parts are semaphores, signals, logs, memory, opener, agreement, explain, completions
 # and wrappers.  Prints a line for each check.  EDGES_RANDOM is the number of random

@@ -1,5 +1,6 @@
 # The library from outside, at its edges.
-# Hidden visibility, no run-time types, no shared library, absolute folders, and as a part of another project.
+# Hidden visibility, no run-time types, no shared library, absolute folders, and as a part of
+# another project.
 # Arguments: [FOLDER]
 # Builds in FOLDER, which stays, or in one that is removed at the end.
 # shellcheck shell=bash source=scripts/lib.sh
@@ -44,11 +45,10 @@ built() {
 }
 
 file() { find "$1" -name "$2" -print -quit; }
-expected() { sed 's/ROOT//' "$top/tests/outside/expected.txt"; }
 
 # prints PROGRAM LIBRARY-FOLDER
 prints() {
-  LD_LIBRARY_PATH=$2 timeout 20 "$1" 2>&1 | diff <(expected) -
+  LD_LIBRARY_PATH=$2 timeout 20 "$1" 2>&1 | diff <(expected_outside '') -
 }
 
 # --- Hidden visibility ---

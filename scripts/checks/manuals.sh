@@ -5,7 +5,7 @@
 # shellcheck shell=bash source=scripts/lib.sh
 set -uo pipefail
 source scripts/lib.sh
-need mandoc python3
+need man-db mandoc python3
 (($# > 0)) || build release hoplaunch hopexplain hopopen demo_viewer || exit 1
 build=$(realpath "${1:-build/release}")
 scratch=$(mktemp -d)
@@ -20,6 +20,13 @@ lint() {
 
 listed_keys() { sed -n 's/^\.It Li //p' man/hopexplain.1; }
 written_keys() { "$build/hopexplain" -format=json vnc://h/ | sed -n 's/^  "\([^"]*\)": .*/\1/p'; }
+
+# What troff says of a page, which lintian looks at, too.
+typeset_warnings() {
+  LC_ALL=C.UTF-8 MANROFFSEQ='' MANWIDTH=80 \
+    man --warnings -E UTF-8 -l -Tutf8 -Z "$1" >"$scratch/page" 2>"$scratch/warnings"
+  cat "$scratch/warnings"
+}
 
 # The examples as a reader sees them: each command, and below it what it prints, without
 # empty lines.
@@ -120,6 +127,7 @@ has_status() {
 for page in "${pages[@]}"; do
   name=$(basename "$page" .1)
   check "$page: lint" silent lint "$page"
+  check "$page: typeset" silent typeset_warnings "$page"
   check "$page: there are examples" silent grep -q '^\$ '"$name" <(examples "$page")
   check "$page: the examples" silent diff <(examples "$page") <(run_examples "$name")
 done

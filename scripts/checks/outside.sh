@@ -30,7 +30,7 @@ fi
 # prints PROGRAM ROOT: the program prints what is expected, with that root after "DC=".
 prints() {
   LD_LIBRARY_PATH=$(dirname "$library") "$1" 2>&1 |
-    diff <(sed "s/ROOT/$2/" tests/outside/expected.txt) -
+    diff <(expected_outside "$2") -
 }
 
 # shared PROGRAM, not_shared PROGRAM: whether it takes the shared library.

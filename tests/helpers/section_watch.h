@@ -1,11 +1,7 @@
 // What the library does to the critical sections, seen at the system call.
 //
-// Included by one source file of a test whose calls to `semop` are wrapped.
+// For a program that is linked with `semop` wrapped and section_watch.cpp.
 #pragma once
-
-#include <sys/sem.h>
-
-#include <cstddef>
 
 #include "threading.h"
 
@@ -13,23 +9,6 @@ struct sectionWatch {
   static inline int entries[CS_COUNT];
   static inline bool held[CS_COUNT];
 };
-
-extern "C" {
-int __real_semop(int set, sembuf* operations, std::size_t count);
-int __wrap_semop(int set, sembuf* operations, std::size_t count);
-
-// A section is taken by -1 and given back by +1.
-int __wrap_semop(int set, sembuf* operations, std::size_t count) {
-  const int result = __real_semop(set, operations, count);
-  if (result == 0 && count == 1 && operations->sem_num < CS_COUNT) {
-    sectionWatch::held[operations->sem_num] = operations->sem_op < 0;
-    if (operations->sem_op < 0) {
-      sectionWatch::entries[operations->sem_num]++;
-    }
-  }
-  return result;
-}
-}
 
 /// How often `action` takes a section.
 template <class Action>

@@ -1,7 +1,9 @@
 // A function that runs as the very last of a process: after every function that
 // was registered with `atexit` and after the destructors of all other static
-// objects.  For one source file of a program only.
+// objects.
 #pragma once
+
+#include <utility>
 
 /// What runs; none unless a test sets it.
 inline void (*atVeryEnd)() = nullptr;
@@ -11,7 +13,7 @@ struct veryEnd {
   veryEnd(const veryEnd&) = delete;
   veryEnd& operator=(const veryEnd&) = delete;
   ~veryEnd() {
-    if (atVeryEnd != nullptr) atVeryEnd();
+    if (const auto run = std::exchange(atVeryEnd, nullptr); run != nullptr) run();
   }
 };
 

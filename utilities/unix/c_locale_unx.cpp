@@ -1,5 +1,7 @@
 #include "../c_locale.h"
 
+#include <clocale>
+
 namespace internal {
 
 locale_t cLocale() {

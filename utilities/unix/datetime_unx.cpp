@@ -1,9 +1,11 @@
+#include "datetime.h"
+
 #include <sys/time.h>
 
 #include <cerrno>
+#include <cstdint>
 #include <ctime>
 
-#include "datetime.h"
 #include "events.h"
 
 DateTime DateTime::now(int zone) {

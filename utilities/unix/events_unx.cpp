@@ -1,14 +1,17 @@
 // Reports of the operating system's errors, and to its log.
 
+#include "events.h"
+
 #include <syslog.h>
 
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
 #include <locale>
+#include <sstream>
+#include <string>
 
 #include "../c_locale.h"
-#include "events.h"
 
 // --- OSevent ---------------------------------------------------------------
 

@@ -1,11 +1,11 @@
 #include "frames.h"
 
 #include <dlfcn.h>
+#include <elf.h>
 #include <link.h>
 
 #include <array>
 #include <cerrno>
-#include <cstddef>
 #include <cstdio>
 #include <ostream>
 #include <string_view>
@@ -19,7 +19,7 @@ using tableEntry = ElfW(Dyn);
 
 // The symbols that the program itself exports (System V ABI, "Dynamic Section").
 struct exportedSymbols {
-  ElfW(Addr) base = 0;  // where the program lies
+  ElfW(Addr) base = 0;  // where the program is
   const symbol* symbols = nullptr;
   ElfW(Word) count = 0;
   const char* names = nullptr;

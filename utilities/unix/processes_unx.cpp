@@ -7,7 +7,9 @@
 
 #include <cstdlib>
 
-#include "asserts.h"
+#include "assertion.h"
+#include "events.h"
+#include "threading.h"
 
 bool Thread::createP() {
   ASSERT(m_fullWeight);

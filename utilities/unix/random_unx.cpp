@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include "asserts.h"
+#include "assertion.h"
 #include "datetime.h"
 
 PRNG::PRNG() {

@@ -1,12 +1,14 @@
+#include "regexpr.h"
+
 #include <regex.h>
 
 #include <array>
 #include <cstdint>
 #include <cstring>
 #include <limits>
+#include <string>
 
 #include "../c_locale.h"
-#include "regexpr.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "asserts.h"
+#include "assertion.h"
 #include "processes.h"
 #include "threading.h"
 
@@ -18,7 +18,7 @@ namespace {
 constexpr int NOT_CREATED = -2;
 constexpr int RELEASED = -1;      // removed, but to be created again on demand
 constexpr int FINISH_VALUE = -3;  // removed for good
-constexpr int FORGONE = -4;       // there is to be none
+constexpr int FORGONE = -4;       // the process wants none
 
 // What a process knows about its set.  A handler of a signal uses the first four members.
 struct processState {
@@ -32,8 +32,8 @@ struct processState {
 };
 constinit processState state;
 
-// A check that did not pass.  Its line is the one by which standard error has always named
-// it, wherever it is by now.
+// A failed check.  Its line is the one that standard error has always shown, not the real
+// one.
 struct failure {
   const char* expression = nullptr;
   int line = 0;
@@ -74,8 +74,8 @@ bool change(int id, int section, short by, short flags) {
 }
 
 // The kernel numbers its sets from 0, and 0 counts as a failure.  So that the set
-// for the sections is never the first, a set of one semaphore stands in for it
-// while that is drawn.
+// for the sections is never the first, a set of one semaphore takes
+// number 0 while it is drawn.
 int drawSet() {
   const int placeholder = semget(IPC_PRIVATE, 1, 0600);
   errno = 0;
@@ -170,7 +170,7 @@ void semaphoreForgo() {
 }
 
 bool semaphoreTry(int& error) {
-  // No signal may end us meanwhile: nothing else would remove this set.
+  // No signal may end the process until the set is removed again.
   sigset_t all;
   sigset_t given;
   sigfillset(&all);

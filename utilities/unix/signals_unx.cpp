@@ -6,7 +6,6 @@
 #include <ostream>
 
 #include "../standard_error.h"
-#include "conversion.h"
 #include "frames.h"
 #include "processes.h"
 #include "stack.h"

@@ -4,16 +4,17 @@
 #include <ucontext.h>
 
 #include <cerrno>
-#include <cstddef>
 #include <cstdio>
+#include <list>
 #include <ostream>
+#include <string>
 
 #include "frames.h"
 #include "lasting.h"
 
 namespace {
 
-// The lines of every trace stay until the end, for whoever looks into a core file.
+// The lines of every trace stay until the end: they help to read a core file.
 std::list<char**>& kept() {
   static internal::lasting<std::list<char**>> traces;
   return *traces;
