@@ -21,6 +21,7 @@ constexpr const char* ASK_ADMINISTRATOR =
     "Ask whoever looks after this computer to allow these links in that file.";
 constexpr const char* MAKE_READABLE =
     "Ask whoever looks after this computer to look at the file: nobody can tell what it forbids.";
+constexpr const char* START_BROWSER = "Start the browser: it puts a broken file right.";
 constexpr const char* NO_JSON = "cannot be read: it is no JSON";
 
 bool exists(const std::string& path) {
@@ -114,8 +115,7 @@ void addObstacles(const std::string& path, const std::vector<std::string>& schem
 void checkChromiumProfile(const std::string& profile, const std::vector<std::string>& schemes,
                           placeReader& reader, group& into) {
   const std::string path = within(profile, "Preferences");
-  if (const auto value =
-          jsonOf(path, reader, "Start the browser: it puts a broken file right.", into)) {
+  if (const auto value = jsonOf(path, reader, START_BROWSER, into)) {
     addObstacles(
         path, schemes, [&](const std::string& scheme) { return chromiumKeeps(*value, scheme); },
         "Open chrome://settings/handlers in the browser, and remove the handler; or close the "
@@ -127,8 +127,7 @@ void checkChromiumProfile(const std::string& profile, const std::vector<std::str
 void checkFirefoxProfile(const std::string& profile, const std::vector<std::string>& schemes,
                          placeReader& reader, group& into) {
   const std::string handlers = within(profile, "handlers.json");
-  if (const auto value =
-          jsonOf(handlers, reader, "Start the browser: it puts a broken file right.", into)) {
+  if (const auto value = jsonOf(handlers, reader, START_BROWSER, into)) {
     addObstacles(
         handlers, schemes, [&](const std::string& scheme) { return firefoxKeeps(*value, scheme); },
         "Open about:preferences in Firefox, and choose \"Always ask\" for these links under "
@@ -137,10 +136,14 @@ void checkFirefoxProfile(const std::string& profile, const std::vector<std::stri
   }
   for (const char* const name : {"prefs.js", "user.js"}) {
     const std::string path = within(profile, name);
-    if (const auto& text = reader.read(path).text) {
+    const placeReader::result& file = reader.read(path);
+    if (!file.error.empty()) {
+      into.add(state::WARNING, path, file.error, START_BROWSER);
+    }
+    if (file.text) {
       addObstacles(
           path, schemes,
-          [&](const std::string& scheme) { return firefoxSwitchesOff(*text, scheme); },
+          [&](const std::string& scheme) { return firefoxSwitchesOff(*file.text, scheme); },
           "Open about:config in Firefox, and reset \"network.protocol-handler.external\" for "
           "these links.",
           into);

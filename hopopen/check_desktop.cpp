@@ -146,8 +146,7 @@ findings desktopCheck::entry() {
   if (!own) {
     return {{state::FAULT, "entry", OWN, "is in no folder of desktop entries", REINSTALL}};
   }
-  const std::string remedy =
-      own->ofUser ? "Remove the file, so that the one of the package counts." : REINSTALL;
+  const std::string remedy = remedyFor(*own);
   const std::string fault = own->error.empty() ? own->read.fault : own->error;
   if (own->read.hidden) {
     return {{state::FAULT, "entry", own->path, "is hidden: it says Hidden=true", remedy}};
@@ -156,6 +155,11 @@ findings desktopCheck::entry() {
     return {{state::FAULT, "entry", own->path, "is not valid: " + fault, remedy}};
   }
   return {{state::OK, "entry", own->path, "is valid", ""}, ofProgram(*own), ofCache(*own)};
+}
+
+std::string desktopCheck::remedyFor(const foundEntry& own) {
+  return own.ofUser ? "Remove " + own.path + ", so that the entry of the package counts."
+                    : REINSTALL;
 }
 
 finding desktopCheck::ofProgram(const foundEntry& own) const {
@@ -167,7 +171,7 @@ finding desktopCheck::ofProgram(const foundEntry& own) const {
     path = pathOf(program);
     if (path.empty()) {
       return {state::FAULT, "tryexec", program, "is not there, so desktops overlook the entry",
-              REINSTALL};
+              remedyFor(own)};
     }
   }
   const auto first = m_programs.find("hopopen");

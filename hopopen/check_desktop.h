@@ -40,6 +40,7 @@ class desktopCheck {
   std::optional<foundEntry> find(const std::string& id);
   bool works(const std::string& id, const std::string& cache);
   std::string pathOf(const std::string& program) const;
+  static std::string remedyFor(const foundEntry& own);
   finding ofProgram(const foundEntry& own) const;
   finding ofCache(const foundEntry& own);
 

@@ -11,6 +11,8 @@ namespace hopopen {
 namespace {
 
 constexpr int FEW_SETS = 10;
+constexpr const char* INSTALL_TERMINAL =
+    "Install a terminal, such as the package xterm: \"sudo apt-get install xterm\"";
 
 // The variable that says where the screen is, or null.
 const char* screenVariable(variableReader get) {
@@ -47,6 +49,30 @@ std::string described(const definition& viewer) {
   return viewer.title + " (" + viewer.name + ')';
 }
 
+// True when the viewer could be started if only there were a terminal.
+bool lacksTerminal(const candidates& among, const definition& viewer) {
+  definition alone = viewer;
+  alone.terminal = false;
+  return viewer.terminal && !among.find(viewer) && among.find(alone);
+}
+
+// The viewer that would open links of the scheme if only there were a terminal, or null.
+const definition* waiting(const candidates& among, const std::string& scheme) {
+  if (const auto wish = among.wishes.viewerFor(scheme)) {
+    const definition* const chosen = among.known.named(wish->viewer);
+    return chosen != nullptr && lacksTerminal(among, *chosen) ? chosen : nullptr;
+  }
+  if (lowestRank(among, scheme, false) != nullptr) {
+    return nullptr;
+  }
+  const auto viewers = ranked(among.known, scheme);
+  const auto found =
+      std::find_if(viewers.begin(), viewers.end(), [&](const definition* viewer) {
+        return viewer->unguarded.empty() && lacksTerminal(among, *viewer);
+      });
+  return found == viewers.end() ? nullptr : *found;
+}
+
 finding ofChosen(const candidates& among, const std::string& scheme, const wanted& wish) {
   const std::string name = "viewer " + scheme;
   const std::string by = wish.by == chooser::USER ? "you chose" : "the administrator chose";
@@ -65,9 +91,11 @@ finding ofChosen(const candidates& among, const std::string& scheme, const wante
     return {state::OK, name, program->viewer.path,
             by + ' ' + described(*viewer) + " for " + scheme + " links", ""};
   }
+  const bool needs = lacksTerminal(among, *viewer);
   return {state::FAULT, name, viewer->file,
-          by + ' ' + described(*viewer) + ", which is not installed",
-          installation(*viewer) + ", or " + other + '.'};
+          by + ' ' + described(*viewer) +
+              (needs ? ", which needs a terminal, and there is none" : ", which is not installed"),
+          (needs ? INSTALL_TERMINAL : installation(*viewer)) + ", or " + other + '.'};
 }
 
 // A viewer that is there, and would open links to trusted machines alone.
@@ -99,6 +127,11 @@ finding checkViewer(const candidates& among, const std::string& scheme) {
     return {state::OK, name, among.find(*viewer)->viewer.path,
             described(*viewer) + " opens " + scheme + " links", ""};
   }
+  if (const definition* const viewer = waiting(among, scheme)) {
+    return {state::WARNING, name, viewer->file,
+            described(*viewer) + " would open " + scheme + " links, but there is no terminal",
+            std::string(INSTALL_TERMINAL) + '.'};
+  }
   const std::string install = installation(preferred(ranked(among.known, scheme)));
   if (const definition* const viewer = lowestRank(among, scheme, true)) {
     return ofUnguarded(scheme, *viewer, *among.find(*viewer), install);
@@ -115,18 +148,11 @@ finding checkTerminal(const candidates& among, const std::vector<std::string>& s
     }
   }
   for (const std::string& scheme : schemes) {
-    if (lowestRank(among, scheme, false) != nullptr) {
-      continue;
-    }
-    for (const definition* const viewer : ranked(among.known, scheme)) {
-      definition alone = *viewer;
-      alone.terminal = false;
-      if (viewer->terminal && programs.find(alone)) {
-        return {state::WARNING, "terminal", "PATH",
-                "has neither xdg-terminal-exec nor x-terminal-emulator, and " + described(*viewer) +
-                    " needs one",
-                "Install a terminal, such as the package xterm: \"sudo apt-get install xterm\"."};
-      }
+    if (const definition* const viewer = waiting(among, scheme)) {
+      return {state::WARNING, "terminal", "PATH",
+              "has neither xdg-terminal-exec nor x-terminal-emulator, and " + described(*viewer) +
+                  " needs one",
+              std::string(INSTALL_TERMINAL) + '.'};
     }
   }
   return {state::OK, "terminal", "PATH", "has no terminal, and no viewer waits for one", ""};

@@ -204,7 +204,8 @@ TEST_F(CheckOfClicks, FindsThatAnEntryOfTheUserHidesIt) {
   machine.write("data/applications/hopopen.desktop", "[Desktop Entry]\nHidden=true\n");
   EXPECT_EQ(std::string(NO_HANDLER) + CHOOSE +
                 "fault entry: @/data/applications/hopopen.desktop: is hidden: it says Hidden=true\n"
-                "  Remove the file, so that the one of the package counts.\n"
+                "  Remove @/data/applications/hopopen.desktop, so that the entry of the package "
+                "counts.\n"
                 "gone tryexec\ngone cache\n",
             machine.told());
 }
@@ -216,6 +217,19 @@ TEST_F(CheckOfClicks, FindsThatTheProgramIsNotThere) {
   EXPECT_EQ(std::string(NO_HANDLER) + CHOOSE +
                 "fault tryexec: @/bin/hopopen: is not there, so desktops overlook the entry\n" +
                 REINSTALL,
+            machine.told());
+}
+
+TEST_F(CheckOfClicks, FindsThatAnEntryOfTheUserNamesAProgramThatIsNotThere) {
+  machine.write("data/applications/hopopen.desktop",
+                "[Desktop Entry]\nType=Application\nName=Links\nExec=hopopen -- %u\n"
+                "TryExec=/gone/hopopen\n");
+  EXPECT_EQ(std::string(NO_HANDLER) + CHOOSE +
+                "ok entry: @/data/applications/hopopen.desktop: is valid\n"
+                "fault tryexec: /gone/hopopen: is not there, so desktops overlook the entry\n"
+                "  Remove @/data/applications/hopopen.desktop, so that the entry of the package "
+                "counts.\n"
+                "ok cache: @/data/applications/mimeinfo.cache: names the schemes of the entry\n",
             machine.told());
 }
 
@@ -343,11 +357,29 @@ TEST_F(CheckOfClicks, WarnsThatAViewerNeedsATerminal) {
   EXPECT_EQ("ok terminal: PATH: has no terminal, and no viewer waits for one\n", machine.told());
   machine.define("plain", std::string(door::PLAIN) + "terminal = true\n");
   EXPECT_EQ(
-      "warning viewer vnc: PATH: no viewer for vnc links is installed\n"
-      "  Install Plain.\n"
+      "warning viewer vnc: @/share/hoplaunch/viewers/plain.toml: Plain (plain) would open vnc "
+      "links, but there is no terminal\n"
+      "  Install a terminal, such as the package xterm: \"sudo apt-get install xterm\".\n"
       "warning terminal: PATH: has neither xdg-terminal-exec nor x-terminal-emulator, and Plain "
       "(plain) needs one\n"
       "  Install a terminal, such as the package xterm: \"sudo apt-get install xterm\".\n",
+      machine.told());
+}
+
+TEST_F(CheckOfClicks, WarnsThatTheChosenViewerNeedsATerminalThoughAnotherDoesNot) {
+  std::filesystem::remove(machine.path("bin/x-terminal-emulator"));
+  machine.define("inside", std::string(door::PLAIN) + "terminal = true\n");
+  machine.set("[use]\nvnc = \"inside\"\n");
+  EXPECT_EQ(
+      "fault viewer vnc: @/share/hoplaunch/viewers/inside.toml: you chose Plain (inside), which "
+      "needs a terminal, and there is none\n"
+      "  Install a terminal, such as the package xterm: \"sudo apt-get install xterm\", or choose "
+      "another with \"hopopen --use NAME vnc\".\n"
+      "warning terminal: PATH: has neither xdg-terminal-exec nor x-terminal-emulator, and Plain "
+      "(inside) needs one\n"
+      "  Install a terminal, such as the package xterm: \"sudo apt-get install xterm\".\n"
+      "ok definition: 2 viewers: no definition has a fault\n"
+      "ok settings: @/config/hoplaunch/hopopen.toml: no settings have a fault\n",
       machine.told());
 }
 

@@ -144,7 +144,7 @@ check 'a policy that cannot be read' finds unreadable 'warning policy chromium' 
 check 'a profile' finds profile 'warning profile' "${usual[@]}"
 check 'a snap' finds sandbox 'warning sandbox' "${usual[@]}"
 check 'no display' env DISPLAY= bash -c "$(declare -f complaints); complaints | grep -qx 'warning display'"
-check 'the chosen viewer' finds viewer 'fault viewer vnc' "${usual[@]}"
+check 'the chosen viewer' finds viewer "${usual[@]}" 'fault viewer vnc'
 check 'no notifier' finds notifier "${usual[@]}" 'warning notifier'
 check 'few semaphores' finds semaphores "${usual[@]}" 'warning semaphores'
 check 'no file' finds file "${usual[@]}" 'warning file'
@@ -158,7 +158,7 @@ for cause in user_list tryexec opener chromium firefox unreadable profile sandbo
 done
 check 'all together' says_only 'warning handler vnc' 'warning tryexec' 'warning opener' \
   'warning policy chromium' 'fault policy chromium' 'fault policy firefox' 'warning profile' \
-  'warning sandbox' 'fault viewer vnc' "${usual[@]}" 'warning notifier' 'warning semaphores' \
+  'warning sandbox' "${usual[@]}" 'fault viewer vnc' 'warning notifier' 'warning semaphores' \
   'warning file' 'fault definition' 'fault settings'
 heal
 check 'all is well again' says_only "${usual[@]}"
