@@ -66,10 +66,9 @@ const definition* waiting(const candidates& among, const std::string& scheme) {
     return nullptr;
   }
   const auto viewers = ranked(among.known, scheme);
-  const auto found =
-      std::find_if(viewers.begin(), viewers.end(), [&](const definition* viewer) {
-        return viewer->unguarded.empty() && lacksTerminal(among, *viewer);
-      });
+  const auto found = std::find_if(viewers.begin(), viewers.end(), [&](const definition* viewer) {
+    return viewer->unguarded.empty() && lacksTerminal(among, *viewer);
+  });
   return found == viewers.end() ? nullptr : *found;
 }
 
