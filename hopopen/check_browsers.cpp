@@ -54,7 +54,7 @@ class group {
   findings m_found;
 };
 
-// The value of a file of JSON; nothing when there is none, and its group is told of an error.
+// The value of a file of JSON; nothing when there is none, and its group learns of an error.
 std::optional<jsonData> jsonOf(const std::string& path, placeReader& reader, const char* remedy,
                                group& into) {
   const placeReader::result& file = reader.read(path);
