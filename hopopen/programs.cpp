@@ -13,18 +13,18 @@ namespace hopopen {
 
 namespace {
 
-bool isExecutable(const std::string& path) {
-  struct stat status;
-  return access(path.c_str(), X_OK) == 0 && stat(path.c_str(), &status) == 0 &&
-         S_ISREG(status.st_mode);
-}
-
 std::string withoutLinks(const std::string& path) {
   const std::unique_ptr<char, void (*)(void*)> resolved(realpath(path.c_str(), nullptr), free);
   return resolved == nullptr ? "" : resolved.get();
 }
 
 }  // namespace
+
+bool isExecutable(const std::string& path) {
+  struct stat status;
+  return access(path.c_str(), X_OK) == 0 && stat(path.c_str(), &status) == 0 &&
+         S_ISREG(status.st_mode);
+}
 
 programFinder::programFinder(const char* path)
     : m_folders(absolutePaths(path == nullptr ? "/usr/bin:/bin" : path)) {}

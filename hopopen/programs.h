@@ -23,6 +23,9 @@ struct installed {
   std::string env;                     ///< the program that changes variables in the terminal
 };
 
+/// True when this process may execute the file at the path.
+bool isExecutable(const std::string& path);
+
 /// Looks at files, and starts nothing.
 class programFinder {
  public:

@@ -5,6 +5,7 @@
 # - links are opened by a click in Chromium, xdg-open, gio and hopopen, and reach real VNC
 #   and SSH servers (links_test.sh);
 # - ViewOnly is held to (view_only_test.sh), and refusals are read (refusal_test.sh);
+# - `hopopen --check` finds why a click does nothing (check_test.sh);
 # - each viewer keeps what is the user's from hostile servers (viewers_test.sh,
 #   ssh_viewers_test.sh, telnet_viewer_test.sh).
 #
@@ -109,6 +110,7 @@ begin_all() {
   in_debian links scripts/desktop/links_test.sh
   in_debian view-only scripts/desktop/view_only_test.sh
   in_debian refusal scripts/desktop/refusal_test.sh
+  in_debian check scripts/desktop/check_test.sh
   for viewer in $(viewers_of settings viewer_settings.sh); do
     in_debian "viewers-$viewer" scripts/desktop/viewers_test.sh "$viewer"
   done
