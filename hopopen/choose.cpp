@@ -30,7 +30,9 @@ std::string remedy(chooser by, const std::string& scheme) {
 }
 
 std::string installation(const std::vector<std::string>& packages) {
-  return packages.empty() ? "Install it" : "Install the package " + enumeration(packages);
+  return packages.empty() ? "Install it"
+                          : "Install the package" + std::string(packages.size() > 1 ? "s " : " ") +
+                                enumeration(packages);
 }
 
 verdict follow(const candidates& among, const std::string& scheme, const wanted& wish,

@@ -1,5 +1,6 @@
 #include "decide.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <functional>
 #include <utility>
@@ -10,6 +11,8 @@
 #include "fault.h"
 #include "host.h"
 #include "link_reader.h"
+#include "meaning.h"
+#include "parameters.h"
 #include "preferences.h"
 #include "programs.h"
 #include "scheme.h"
@@ -20,14 +23,19 @@ namespace hopopen {
 
 namespace {
 
-// Other viewers that are installed and could open the link as it is.
+// Whether the link does not say what it asks for, so that no viewer could do it.
+bool isUnclear(const link& what) {
+  return std::any_of(what.parameters.begin(), what.parameters.end(), [&](const parameter& one) {
+    return meaningIn(rulesOf(what.scheme), one) == meaning::VIEW_ONLY &&
+           readAnswer(one.meant()) == answer::UNCLEAR;
+  });
+}
+
+// The viewers that are installed and could open the link as it is.
 std::string alternatives(const opening& result, const candidates& among) {
   std::vector<std::string> titles;
   std::string first;
   for (const definition* const other : ranked(among.known, result.what.scheme)) {
-    if (other == result.chosen.viewer) {
-      continue;
-    }
     const auto program = among.find(*other);
     filling ignored;
     if (program && !fill(result.what, *result.trusted, *other, *program, ignored)) {
@@ -85,7 +93,7 @@ verdict open(const std::optional<std::string>& viewer, const candidates& among, 
   }
   filling filled;
   if (auto fault = fill(what, *into.trusted, *into.chosen.viewer, into.chosen.program, filled)) {
-    if (fault->why == code::RESTRICTION) {
+    if (fault->why == code::RESTRICTION && !isUnclear(what)) {
       into.unread = outlines(among.known, what.scheme);
       fault->message += alternatives(into, among);
     }

@@ -56,7 +56,6 @@ definitions read(const std::vector<std::string>& folders, const catalog& outline
     if (!error.empty()) {
       result.found.push_back({folder, 1, 1, error});
     }
-    result.viewers.reserve(result.viewers.size() + files.size());
     for (const std::string& file : files) {
       const std::string path = within(folder, file);
       const std::string name = file.substr(0, file.size() - std::min(file.size(), ENDING.size()));

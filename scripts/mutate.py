@@ -25,7 +25,7 @@ TREE = WORK / "tree"
 COVERAGE = WORK / "coverage"
 BROKEN_TREE = WORK / "broken_tree"
 BROKEN = WORK / "broken"
-EXPLAINED = TOP / "tests" / "equivalent_mutants.txt"
+EXPLAINED = TOP / "tests" / "data" / "equivalent_mutants.txt"
 
 # A mutant may write over memory, leave processes and semaphore sets behind, or never
 # end.  All that a test starts in these namespaces ends with it.

@@ -8,8 +8,8 @@
 #include <string>
 #include <type_traits>
 
-#include "event_probe.h"
 #include "events.h"
+#include "reports.h"
 #include "threading.h"
 
 namespace DistName_test {
@@ -78,7 +78,7 @@ TEST(DistName, ReportsAnUnknownConstructionStyleAndKeepsTheText) {
   EXPECT_EQ(DistName::SIMPLE, 0);
   EXPECT_EQ(DistName::DOMAIN, 1);
 
-  eventProbe probe(5);
+  reportCatcher probe(5);
   const DistName odd(std::string("a.b"), static_cast<DistName::DNconStyle>(7));
   EXPECT_EQ(odd.str(), "a.b");
   ASSERT_EQ(probe.seen.size(), 1U);
@@ -97,7 +97,7 @@ TEST(DistName, ReportsAnUnknownConstructionStyleAndKeepsTheText) {
 }
 
 TEST(DistName, ReportsNothingForTheKnownStyles) {
-  eventProbe probe(5);
+  reportCatcher probe(5);
   EXPECT_EQ(DistName(std::string("a.b"), DistName::SIMPLE).str(), "a.b");
   EXPECT_EQ(DistName(std::string("a.b"), DistName::DOMAIN).str(), "DC=a,DC=b");
   EXPECT_EQ(probe.seen.size(), 0U);

@@ -8,8 +8,8 @@
 #include <cstring>
 #include <string>
 
-#include "event_probe.h"
 #include "events.h"
+#include "reports.h"
 #include "system_calls.h"
 
 namespace OSevent_test {
@@ -130,7 +130,7 @@ TEST(OSevent, TakesTheTextFromTheBufferAsItIs) {
 }
 
 TEST(OSevent, IsReportedWithItsFields) {
-  eventProbe probe(5);
+  reportCatcher probe(5);
   OSevent(WARNING, AUD_SYSM, ENOENT, "open()", "file::open");
   ASSERT_EQ(probe.seen.size(), 1u);
   EXPECT_EQ(probe.seen[0].written,
@@ -144,7 +144,7 @@ TEST(OSevent, IsReportedWithItsFields) {
 }
 
 TEST(OSevent, TakesTheCurrentErrorNumberAsItsCode) {
-  eventProbe probe(5);
+  reportCatcher probe(5);
   const struct {
     int code;
     const char* expected;

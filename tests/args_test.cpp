@@ -7,9 +7,10 @@
 #include <utility>
 #include <vector>
 
-#include "assertion_witness.h"
 #include "bytearray.h"
+#include "children.h"
 #include "config_override.h"
+#include "reports.h"
 #include "uri.h"
 
 namespace args_test {
@@ -492,7 +493,8 @@ TEST(URIvaluesPerOptionDeathTest, AbortsForAnInvalidStyle) {
     SCOPED_TRACE(testing::Message() << "style " << value);
     EXPECT_EXIT(
         {
-          const assertionWitness witness;
+          leaveNoCoreFile();
+          const reportTeller witness(STDERR_FILENO, inWords);
           uri.valuesPerOption(static_cast<argsStyle>(value));
         },
         testing::KilledBySignal(SIGABRT), invalidStyle);
@@ -507,7 +509,8 @@ TEST(URIargsDeathTest, AbortsForAnInvalidStyleEvenWithoutOptions) {
     ASSERT_TRUE(uri.okay());
     EXPECT_EXIT(
         {
-          const assertionWitness witness;
+          leaveNoCoreFile();
+          const reportTeller witness(STDERR_FILENO, inWords);
           uri.args("x", 1, static_cast<argsStyle>(2), nullptr);
         },
         testing::KilledBySignal(SIGABRT), invalidStyle);

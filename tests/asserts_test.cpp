@@ -12,10 +12,10 @@
 #include <type_traits>
 #include <vector>
 
-#include "child_output.h"
-#include "event_probe.h"
+#include "children.h"
 #include "events.h"
 #include "kept_traces.h"
+#include "reports.h"
 #include "threading.h"
 
 namespace asserts_test {
@@ -35,33 +35,23 @@ static_assert(onTheStack<assertEvent> && !onTheHeap<assertEvent>);
 static_assert(!std::is_copy_constructible_v<assertEvent>);
 static_assert(!std::is_copy_assignable_v<assertEvent>);
 
-// Prints what it gets of a report on standard error, except for the stack trace.
-class teller : public eventHandler {
- public:
-  explicit teller(bool claims) : eventHandler(5), m_claims(claims) {}
-  bool handle(eventReport& event) override {
-    const seenReport seen = look(event);
-    std::string line = std::to_string(seen.severity) + " " + std::to_string(seen.audience) + " " +
-                       std::to_string(seen.code) + " " + seen.domain + " [" + seen.qualifier +
-                       "] [" + seen.operation + "] " + event.codeText() + "\n";
-    if (write(STDERR_FILENO, line.data(), line.size()) < 0) std::_Exit(99);
-    return m_claims;
-  }
-  const char* name() const override { return "teller"; }
-
- private:
-  bool m_claims;
-};
+// What is printed of a report, except for the stack trace.
+std::string told(const eventReport& event) {
+  const seenReport seen = look(event);
+  return std::to_string(seen.severity) + " " + std::to_string(seen.audience) + " " +
+         std::to_string(seen.code) + " " + seen.domain + " [" + seen.qualifier + "] [" +
+         seen.operation + "] " + event.codeText();
+}
 
 // What a handler saw of a failing assertion, and how the process ended.
 template <class Body>
 std::string toldOf(Body body) {
-  const childEnd end = runInChild([&] {
-    teller handler(true);
+  const processEnd end = runSharingChild([&] {
+    reportTeller handler(STDERR_FILENO, told);
     body();
     std::_Exit(42);
   });
-  return end.errors + end.ending();
+  return end.errors + end.ending;
 }
 
 std::string expected(const char* expression, const std::string& position) {
@@ -76,7 +66,7 @@ std::string here(int line) {
 // --- The event -------------------------------------------------------------
 
 TEST(assertEvent, HasItsFields) {
-  eventProbe probe(5);
+  reportCatcher probe(5);
   {
     assertEvent event("a == \"b\"", "../utilities/uri", 142);
     EXPECT_EQ(event.severity(), FATAL);
@@ -144,7 +134,7 @@ TEST(assertEvent, TakesAnyLineAndFile) {
 }
 
 TEST(assertEvent, IsReportedOnce) {
-  eventProbe probe(5);
+  reportCatcher probe(5);
   {
     assertEvent event("x", "y", 1);
     event.report();
@@ -156,7 +146,7 @@ TEST(assertEvent, IsReportedOnce) {
 // --- Conditions that hold --------------------------------------------------
 
 TEST(ASSERT, PassesAConditionThatHolds) {
-  eventProbe probe(5);
+  reportCatcher probe(5);
   int evaluated = 0;
   ASSERT(++evaluated == 1);
   ASSERT_AT(++evaluated == 2, "../utilities/uri", 142);
@@ -217,41 +207,41 @@ TEST(ASSERT, ReportsAGivenPosition) {
 
 TEST(ASSERT, AbortsWhetherOrNotTheReportIsClaimed) {
   for (const bool claims : {true, false}) {
-    const childEnd end = runInChild([claims] {
-      teller handler(claims);
+    const processEnd end = runSharingChild([claims] {
+      reportTeller handler(STDERR_FILENO, told, claims);
       ASSERT_AT(false, "f", 1);
     });
-    EXPECT_EQ(end.errors + end.ending(), expected("false", "f @ 1"));
+    EXPECT_EQ(end.errors + end.ending, expected("false", "f @ 1"));
   }
 }
 
 TEST(ASSERT, AbortsSilentlyWhenTheStoringHandlerClaimsTheReport) {
-  const childEnd end = runInChild([] {
+  const processEnd end = runSharingChild([] {
     stderrHandler handler(100, AUD_ALL);
     ASSERT(false);
   });
-  EXPECT_EQ(end.ending(), "signal 6");
+  EXPECT_EQ(end.ending, "signal 6");
   EXPECT_EQ(end.errors, "");
 }
 
 TEST(ASSERT, AbortsSilentlyWhenTheReportIsIgnored) {
-  const childEnd end = runInChild([] {
+  const processEnd end = runSharingChild([] {
     ThreadData::instance(false);
     ignoreHandler handler(1, FATAL, AUD_ALL);
     ASSERT(false);
   });
-  EXPECT_EQ(end.ending(), "signal 6");
+  EXPECT_EQ(end.ending, "signal 6");
   EXPECT_EQ(end.errors, "");
 }
 
 TEST(ASSERT, ShowsReportAndTraceOnStandardError) {
   for (const bool ownMap : {false, true}) {
-    const childEnd end = runInChild([ownMap] {
+    const processEnd end = runSharingChild([ownMap] {
       if (ownMap) ThreadData::instance(false);
       stderrHandler handler(5, AUD_ALL);
       ASSERT_AT(1 > 2, "../utilities/uri", 142);
     });
-    EXPECT_EQ(end.ending(), "signal 6");
+    EXPECT_EQ(end.ending, "signal 6");
     // The time stamp has 22 characters: 20261115T110734.042517.
     const std::string start =
         ": Fatal: assert/assert failure \"1 > 2\" | ../utilities/uri @ 142\nStack trace:\n";

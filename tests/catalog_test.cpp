@@ -14,6 +14,7 @@
 
 #include "catalog_file.h"
 #include "definitions.h"
+#include "texts.h"
 
 namespace hopopen::catalog_test {
 namespace {
@@ -137,7 +138,7 @@ class CatalogFile : public testing::Test {
            "\"]\nprograms = [\"v\"]\narguments = [\"a\", \"b\"]\n";
   }
   void write(const std::string& name, const std::string& text) const {
-    std::ofstream(m_folder / name, std::ios::binary) << text;
+    writeFile(m_folder / name, text);
   }
   std::vector<std::string> folders() const { return {m_folder / "viewers"}; }
   std::string path() const { return m_folder / "cache" / "viewers"; }

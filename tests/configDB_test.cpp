@@ -11,9 +11,9 @@
 #include <utility>
 #include <vector>
 
-#include "fresh_process.h"
+#include "children.h"
 #include "language.h"
-#include "report_recorder.h"
+#include "reports.h"
 #include "threading.h"
 #include "trace.h"
 
@@ -61,7 +61,7 @@ class ConfigDB : public testing::Test {
   }
 
   ThreadData& m_data = ThreadData::instance(false);
-  reportRecorder reports;
+  reportCatcher reports;
 };
 
 TEST(ConfigDBModule, HasItsNamesAndFlags) {
@@ -410,12 +410,12 @@ TEST_F(ConfigDB, FinalisesACopyOfWhatIsCanonical) {
 
 TEST(ConfigDBFinalise, BuildsTheThreadDataAndTheLocalisedStrings) {
   const processEnd end = runFreshChild([] {
-    const reportPrinter printer;
+    const reportTeller printer(STDERR_FILENO, inAngles);
     const bool before = ThreadData::initialised();
     writeableConfigDB db(RT_EMPTY);
     const bool published = db.finalise();
     std::printf("%d %d %d\n", before, published, ThreadData::initialised());
-    const reportPrinter inTheMapOfTheThread;
+    const reportTeller inTheMapOfTheThread(STDERR_FILENO, inAngles);
     languageString::finalise();
     return 0;
   });

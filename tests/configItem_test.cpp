@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "configDB.h"
-#include "report_recorder.h"
+#include "reports.h"
 #include "threading.h"
 #include "trace.h"
 
@@ -131,7 +131,7 @@ class ConfigItemSource : public testing::Test {
   ~ConfigItemSource() override { traceFlag::set("configDB", 0); }
 
   ThreadData& m_data = ThreadData::instance(false);
-  reportRecorder reports;
+  reportCatcher reports;
 };
 
 TEST_F(ConfigItemSource, IsRecordedUnlessEmpty) {

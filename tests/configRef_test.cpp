@@ -9,10 +9,10 @@
 #include <type_traits>
 #include <vector>
 
+#include "children.h"
 #include "configDB.h"
-#include "fresh_process.h"
 #include "registered.h"
-#include "report_recorder.h"
+#include "reports.h"
 #include "system.h"
 #include "threading.h"
 
@@ -83,7 +83,7 @@ class ConfigRef : public testing::Test {
   static bool has(const char* key) { return &item(key) != &configDB::dummy(); }
 
   ThreadData& m_data = ThreadData::instance(false);
-  reportRecorder reports;
+  reportCatcher reports;
 };
 
 // --- Start-up; each of these needs a process of its own ---------------------
@@ -123,7 +123,7 @@ TEST(ConfigRefStart, PublishesWithTheFirstReadAfterTheThreadDataWasBuilt) {
 
 TEST(ConfigRefStart, RegistersUntilTheFirstRead) {
   ThreadData::instance(false);
-  reportRecorder reports;
+  reportCatcher reports;
   const configString late("test.late", "in time");
   EXPECT_EQ(reports.take(), texts{});
   EXPECT_EQ(late.value(true), "in time");
@@ -134,7 +134,7 @@ TEST(ConfigRefStart, RegistersUntilTheFirstRead) {
 }
 
 TEST(ConfigRefStart, RegistersNothingOnceAnyDatabaseIsPublished) {
-  reportRecorder reports;
+  reportCatcher reports;
   {
     writeableConfigDB other(RT_EMPTY);
     ASSERT_TRUE(other.setCanonical(true));
@@ -167,7 +167,7 @@ TEST(ConfigRefStart, KeepsTheRegisteredItemsBackWhileAnotherDatabaseIsPublished)
 TEST(ConfigRefStart, AbortsWhenNoDatabaseCanBeHad) {
   const processEnd end = runSharingChild([] {
     ThreadData::instance(false);
-    const reportPrinter printer;
+    const reportTeller printer(STDERR_FILENO, inAngles);
     static_cast<void>(greeting.value(false));
     configDB nothing(RT_NULL);
     nothing.setCanonical(false);

@@ -18,11 +18,12 @@
 #include <string>
 #include <vector>
 
+#include "children.h"
 #include "configDB.h"
 #include "configRef.h"
-#include "fresh_process.h"
 #include "processes.h"
-#include "report_recorder.h"
+#include "reports.h"
+#include "section_state.h"
 #include "semaphore_sets.h"
 
 #ifdef SANITIZED
@@ -250,7 +251,7 @@ class soak {
   }
 
   startedThread m_thread;
-  reportRecorder m_reports;  // in the map of the thread
+  reportCatcher m_reports;  // in the map of the thread
   board& m_shared = newBoard();
   readers m_children;
   configDB m_held{RT_READ};
@@ -287,7 +288,7 @@ class EditorRace : public testing::Test {
   ~EditorRace() override { threadedConfigDB::refresh(); }
 
   startedThread thread;
-  reportRecorder reports;  // in the map of the thread
+  reportCatcher reports;  // in the map of the thread
   const std::int32_t start = configDB(RT_READ).version();
 };
 

@@ -10,8 +10,8 @@
 #include <utility>
 #include <vector>
 
+#include "children.h"
 #include "configDB.h"
-#include "fresh_process.h"
 #include "stringcomp.h"
 #include "very_end.h"
 

@@ -43,7 +43,6 @@ void __gcov_dump();
 
 void __real___gcov_dump_one(void* root);
 void __real___gcov_exit();
-int __real_raise(int signal);
 [[noreturn]] void __real_abort();
 [[noreturn]] void __real__exit(int status);
 [[noreturn]] void __real__Exit(int status);
@@ -52,7 +51,6 @@ int __real_raise(int signal);
 
 void __wrap___gcov_dump_one(void* root);
 void __wrap___gcov_exit();
-int __wrap_raise(int signal);
 [[noreturn]] void __wrap_abort();
 [[noreturn]] void __wrap__exit(int status);
 [[noreturn]] void __wrap__Exit(int status);
@@ -67,11 +65,6 @@ void __wrap___gcov_dump_one(void* root) {
 void __wrap___gcov_exit() {
   const liftedLimits lifted;
   __real___gcov_exit();
-}
-
-int __wrap_raise(int signal) {
-  __gcov_dump();
-  return __real_raise(signal);
 }
 
 void __wrap_abort() {

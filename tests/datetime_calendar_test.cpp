@@ -11,6 +11,7 @@
 
 #include "datetime.h"
 #include "datetime_probe.h"
+#include "texts.h"
 
 namespace datetime_calendar_test {
 
@@ -25,18 +26,16 @@ struct yearLine {
   std::vector<std::int32_t> months;
 };
 
-std::vector<std::string> linesOf(const std::string& name) {
-  std::ifstream in(std::string(TEST_DATA) + "/" + name);
-  std::vector<std::string> result;
-  for (std::string line; std::getline(in, line);) {
-    if (!line.empty() && line[0] != '#') result.push_back(line);
-  }
+// The lines of a table, without those of comments.
+std::vector<std::string> rowsOf(const std::string& name) {
+  std::vector<std::string> result = linesOf(readFile(TEST_DATA "/" + name));
+  std::erase_if(result, [](const std::string& line) { return line.empty() || line[0] == '#'; });
   return result;
 }
 
 std::vector<yearLine> calendarLines() {
   std::vector<yearLine> result;
-  for (const std::string& line : linesOf("calendar.txt")) {
+  for (const std::string& line : rowsOf("calendar.txt")) {
     std::istringstream in(line);
     yearLine year;
     in >> year.year >> year.firstDay >> year.weekday;
@@ -132,11 +131,9 @@ TEST(Calendar, KnowsTheWeekdayOfEveryDay) {
 
 TEST(Calendar, WritesEveryStyleOfManyInstants) {
   int count = 0;
-  for (const std::string& line : linesOf("date_styles.txt")) {
+  for (const std::string& line : rowsOf("date_styles.txt")) {
     SCOPED_TRACE(line);
-    std::vector<std::string> fields;
-    std::istringstream in(line);
-    for (std::string field; std::getline(in, field, '\t');) fields.push_back(field);
+    const std::vector<std::string> fields = split(line, '\t');
     ASSERT_EQ(fields.size(), 12U) << "a line of the table";
     const rawTime time(std::stoul(fields[0]), std::stoul(fields[1]));
     for (std::size_t style = 0; style < 10; style++) {
@@ -150,11 +147,9 @@ TEST(Calendar, WritesEveryStyleOfManyInstants) {
 
 TEST(Calendar, ReadsTheCompactTextsOfManyInstants) {
   int count = 0;
-  for (const std::string& line : linesOf("date_styles.txt")) {
+  for (const std::string& line : rowsOf("date_styles.txt")) {
     SCOPED_TRACE(line);
-    std::vector<std::string> fields;
-    std::istringstream in(line);
-    for (std::string field; std::getline(in, field, '\t');) fields.push_back(field);
+    const std::vector<std::string> fields = split(line, '\t');
     ASSERT_EQ(fields.size(), 12U) << "a line of the table";
     const std::string seconds = fields[0];
     const std::string micros = std::string(6 - fields[1].size(), '0') + fields[1];

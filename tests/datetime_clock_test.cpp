@@ -10,9 +10,9 @@
 
 #include "datetime.h"
 #include "datetime_probe.h"
-#include "event_probe.h"
 #include "events.h"
 #include "fake_clock.h"
+#include "reports.h"
 #include "system_calls.h"
 
 namespace datetime_clock_test {
@@ -202,7 +202,7 @@ TEST_F(DateTimeClock, DoesNotSleepForATimeThatHasCome) {
 }
 
 TEST_F(DateTimeClock, DoesNotWaitForAnInvalidTime) {
-  eventProbe probe(5);
+  reportCatcher probe(5);
   EXPECT_FALSE(DateTime().wait());
   EXPECT_FALSE(rawTime(0xFFFFFFFF, 0xFFFFFFFF).wait());
   EXPECT_EQ(sleeps.size(), 0U);
@@ -211,7 +211,7 @@ TEST_F(DateTimeClock, DoesNotWaitForAnInvalidTime) {
 
 TEST_F(DateTimeClock, DoesNotWaitWithoutAClock) {
   fakeClock::now = {1794740854, 42517, 0, true};
-  eventProbe probe(5);
+  reportCatcher probe(5);
   EXPECT_FALSE(DateTime::MAX_TIME.wait());
   EXPECT_FALSE(DateTime::MIN_TIME.wait());
   EXPECT_EQ(sleeps.size(), 0U);
@@ -245,7 +245,7 @@ TEST_F(DateTimeClock, SleepsForWhatIsLeft) {
 }
 
 TEST_F(DateTimeClock, SleepsOnAfterASignal) {
-  eventProbe probe(5);
+  reportCatcher probe(5);
   fakeClock::sleepEnds = {{EINTR, {3, 123456789}}, {EINTR, {0, 1}}, {0, {}}};
   EXPECT_TRUE(rawTime(1794740859, 42517).wait());
   ASSERT_EQ(sleeps.size(), 3U);
@@ -256,7 +256,7 @@ TEST_F(DateTimeClock, SleepsOnAfterASignal) {
 }
 
 TEST_F(DateTimeClock, ReportsThatTheSystemCannotSleep) {
-  eventProbe probe(5);
+  reportCatcher probe(5);
   fakeClock::sleepEnds = {{EINVAL, {0, 0}}};
   EXPECT_FALSE(rawTime(1794740859, 42517).wait());
   EXPECT_EQ(sleeps.size(), 1U);
@@ -272,7 +272,7 @@ TEST_F(DateTimeClock, ReportsThatTheSystemCannotSleep) {
 }
 
 TEST_F(DateTimeClock, ReportsAFailureBehindASignal) {
-  eventProbe probe(5);
+  reportCatcher probe(5);
   fakeClock::sleepEnds = {{EINTR, {2, 0}}, {EFAULT, {1, 0}}};
   EXPECT_FALSE(rawTime(1794740859, 42517).wait());
   EXPECT_EQ(sleeps.size(), 2U);

@@ -51,15 +51,6 @@ std::string read(std::string_view mangled) {
   return demangle(std::string_view(copy.data(), copy.size()));
 }
 
-bool starts(const std::string& text, const std::string& with) {
-  return text.compare(0, with.size(), with) == 0;
-}
-
-bool ends(const std::string& text, const std::string& with) {
-  return text.size() >= with.size() &&
-         text.compare(text.size() - with.size(), with.size(), with) == 0;
-}
-
 TEST(demangle, ReadsTheNamesThatTheCompilerMakes) {
   void (Plain::*const change)(int) = &Plain::change;
   Plain object;
@@ -120,8 +111,8 @@ TEST(demangle, TakesNoOtherLetterForABuiltIn) {
   for (const char letter : {'k', 'p', 'q', 'u', 'A', 'B', 'C', 'Z'}) {
     const std::string result = read(std::string("1f") + letter);
     SCOPED_TRACE(letter);
-    EXPECT_TRUE(starts(result, "f(")) << result;
-    EXPECT_TRUE(ends(result, ")")) << result;
+    EXPECT_TRUE(result.starts_with("f(")) << result;
+    EXPECT_TRUE(result.ends_with(")")) << result;
     for (const char* name : names) EXPECT_EQ(result.find(name), std::string::npos) << result;
   }
 }
@@ -196,7 +187,8 @@ TEST(demangle, MarksARestrictQualifier) {
   EXPECT_EQ(read("3foori"), "foo(???CV='r'???int)");
   EXPECT_EQ(read("3foo3BoxIPriE"), "foo(Box<???CV='r'???int*>)");
   // With nothing after it.
-  EXPECT_TRUE(starts(read("3foobar"), "foo(bool, signed char, ???CV='r'???")) << read("3foobar");
+  EXPECT_TRUE(read("3foobar").starts_with("foo(bool, signed char, ???CV='r'???"))
+      << read("3foobar");
 }
 
 TEST(demangle, MarksANestedNameThatDoesNotEnd) {

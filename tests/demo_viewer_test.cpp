@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include "fresh_process.h"
+#include "children.h"
 
 namespace demo_viewer_test {
 

@@ -10,6 +10,7 @@
 #include <sstream>
 #include <string>
 
+#include "texts.h"
 #include "toml.h"
 
 namespace desktop_entry_test {
@@ -21,8 +22,7 @@ using Schemes = std::set<std::string>;
 
 Entry readEntry(const std::string& name) {
   Entry result;
-  std::ifstream file(std::string(DESKTOP_ENTRIES) + '/' + name);
-  for (std::string line; std::getline(file, line);) {
+  for (const std::string& line : linesOf(readFile(std::string(DESKTOP_ENTRIES) + '/' + name))) {
     const std::size_t mark = line.find('=');
     if (line[0] != '#' && mark != std::string::npos) {
       EXPECT_TRUE(result.emplace(line.substr(0, mark), line.substr(mark + 1)).second) << line;
@@ -35,8 +35,7 @@ Entry readEntry(const std::string& name) {
 Schemes offered(const Entry& entry) {
   const std::string prefix = "x-scheme-handler/";
   Schemes result;
-  std::istringstream types(entry.at("MimeType"));
-  for (std::string type; std::getline(types, type, ';');) {
+  for (const std::string& type : split(entry.at("MimeType"), ';')) {
     EXPECT_TRUE(type.starts_with(prefix)) << type;
     result.insert(type.substr(prefix.size()));
   }

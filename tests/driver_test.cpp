@@ -4,11 +4,11 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/sem.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstddef>
+#include <cstdio>
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
@@ -18,15 +18,17 @@
 #include <vector>
 
 #include "assoclist.h"
-#include "child_output.h"
+#include "captured_errors.h"
+#include "children.h"
 #include "configDB.h"
 #include "events.h"
 #include "fake_clock.h"
 #include "launch.h"
 #include "main2.h"
+#include "semaphore_sets.h"
 #include "system.h"
 #include "system_calls.h"
-#include "system_sets.h"
+#include "texts.h"
 #include "threading.h"
 #include "trace.h"
 
@@ -35,11 +37,6 @@ namespace driver_test {
 namespace {
 
 using Strings = std::vector<std::string>;
-
-std::string readFile(const std::string& name) {
-  std::ifstream in(name, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
 
 // What `execvp` was called with.
 struct Calls {
@@ -233,8 +230,8 @@ TEST_F(Driver, RemovesTheSemaphoresBeforeTheProgramIsExecuted) {
 // The child exits with 0 when all is well.
 TEST_F(Driver, HasSectionsAgainAfterAFailedExecution) {
   semaphoreRelease();  // of tests that ran before in this process
-  const pid_t child = fork();
-  if (child == 0) {
+  const processEnd end = runChild([this] {
+    std::printf("%d", getpid());
     const bool failed = process({"ssh://h/"}, logged({})) == -1 && calls.setsLeft == 0;
     bool taken = false;
     {
@@ -243,15 +240,11 @@ TEST_F(Driver, HasSectionsAgainAfterAFailedExecution) {
     }
     const bool launchedAgain = process({"ssh://h/"}, logged({})) == -1 && calls.setsLeft == 0;
     const bool edited = !editableConfigDB().null();
-    std::exit((failed ? 0 : 1) + (taken ? 0 : 2) + (launchedAgain ? 0 : 4) + (edited ? 0 : 8));
-  }
-  ASSERT_GT(child, 0);
-  int status = -1;
-  ASSERT_EQ(child, waitpid(child, &status, 0));
-  ASSERT_TRUE(WIFEXITED(status)) << "killed by signal " << WTERMSIG(status);
-  EXPECT_EQ(0, WEXITSTATUS(status))
+    return (failed ? 0 : 1) + (taken ? 0 : 2) + (launchedAgain ? 0 : 4) + (edited ? 0 : 8);
+  });
+  EXPECT_EQ(end.ending, "exit 0")
       << "1: the launch went wrong, 2: no section, 4: the second launch went wrong, 8: no edit";
-  EXPECT_EQ(0U, setsOf(child).size());
+  EXPECT_EQ(0U, setsOf(std::stoi(end.output)).size());
 }
 
 TEST_F(Driver, LeavesTheSemaphoresOfItsParentAlone) {
@@ -259,18 +252,14 @@ TEST_F(Driver, LeavesTheSemaphoresOfItsParentAlone) {
   const std::size_t before = setsOf(getpid()).size();
   ASSERT_EQ(1U, before);
   const int id = semaphoreSet(false);
-  const pid_t child = fork();
-  if (child == 0) {
+  const processEnd end = runChild([this] {
     process({"ssh://h/"}, logged({}));
-    std::exit(0);
-  }
-  ASSERT_GT(child, 0);
-  int status = -1;
-  ASSERT_EQ(child, waitpid(child, &status, 0));
-  EXPECT_EQ(0, status);
+    return 0;
+  });
+  EXPECT_EQ(end.ending, "exit 0");
   EXPECT_EQ(id, semaphoreSet(false));
-  EXPECT_EQ(1, semctl(id, CS_STDOUT, GETVAL)) << "the parent's set is gone";
-  EXPECT_EQ(1, semctl(id, CS_REFCOUNT, GETVAL));
+  EXPECT_EQ(1, semaphoreValue(id, CS_STDOUT)) << "the parent's set is gone";
+  EXPECT_EQ(1, semaphoreValue(id, CS_REFCOUNT));
 }
 
 // For tests that follow in this process.
@@ -325,7 +314,7 @@ TEST_F(Driver, SwitchesFlagsOnWhateverTheirValue) {
 // Items come before flags, and letter case does not count for them.  An option that
 // either has used does not reach the launch.
 TEST_F(Driver, KeepsTheNamesOfItemsAndFlagsFromTheLaunch) {
-  const childEnd end = runInChild([this] {
+  const processEnd end = runSharingChild([this] {
     static traceFlag style("style", 0);
     static traceFlag both("PORTARG", 0);
     ThreadData::instance(false);
@@ -344,7 +333,7 @@ TEST_F(Driver, KeepsTheNamesOfItemsAndFlagsFromTheLaunch) {
     process({"ssh://h:1/?a=b"}, logged({"style=separate", "PORTARG=P"}));
   });
   EXPECT_EQ("putty -a=b h:1 style 1 both 0 item P\n", end.errors);
-  EXPECT_EQ("exit 0", end.ending());
+  EXPECT_EQ("exit 0", end.ending);
 }
 
 TEST_F(Driver, HandlesReportsForAllBehindTheStoringHandler) {

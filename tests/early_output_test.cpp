@@ -8,9 +8,9 @@
 #include <cstdio>
 #include <string>
 
+#include "children.h"
 #include "countedMap.h"
 #include "events.h"
-#include "fresh_process.h"
 #include "refcount.h"
 #include "stack.h"
 #include "stringcomp.h"

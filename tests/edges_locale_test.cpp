@@ -17,10 +17,10 @@
 #include "asserts.h"
 #include "conversion.h"
 #include "datetime.h"
-#include "event_probe.h"
 #include "events.h"
 #include "processes.h"
 #include "regexpr.h"
+#include "reports.h"
 #include "stringcomp.h"
 #include "uri.h"
 

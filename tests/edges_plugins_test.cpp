@@ -10,22 +10,12 @@
 #include "events.h"
 #include "language.h"
 #include "processes.h"
+#include "reports.h"
 #include "threading.h"
 
 namespace edges_plugins_test {
 
 namespace {
-
-class duplicateWatch : public eventHandler {
- public:
-  duplicateWatch() : eventHandler(1) {}
-  bool handle(eventReport& event) override {
-    codes.push_back(event.code());
-    return true;
-  }
-  const char* name() const override { return "duplicateWatch"; }
-  std::vector<int> codes;
-};
 
 class plainLanguage : public language {
  public:
@@ -62,12 +52,13 @@ class countedType : public ThreadedDatatype {
 }  // namespace
 
 TEST(PluginString, MayBeDeclaredAgainAfterItsEnd) {
-  duplicateWatch watch;
+  reportCatcher watch;
   { const languageString text("key", "first", "vector"); }
   const languageString text("KEY", "second", "Vector");
-  EXPECT_TRUE(watch.codes.empty());
+  EXPECT_TRUE(watch.seen.empty());
   const languageString again("key", "third", "vector");
-  EXPECT_EQ(watch.codes, std::vector<int>{EC_DUPL_VALUE});
+  ASSERT_EQ(watch.seen.size(), 1U);
+  EXPECT_EQ(watch.seen[0].code, EC_DUPL_VALUE);
 }
 
 TEST(PluginString, IsNotInAVectorThatIsBuiltAfterItsEnd) {
@@ -91,18 +82,18 @@ TEST(PluginString, LeavesTheOthersTheirTextsAfterFinalise) {
 }
 
 TEST(PluginString, ThatIsADuplicateDoesNotTakeTheOtherOneOut) {
-  duplicateWatch watch;
+  reportCatcher watch;
   const languageString first("key", "first", "vector");
   { const languageString duplicate("key", "second", "vector"); }
-  ASSERT_EQ(watch.codes.size(), 1U);
+  ASSERT_EQ(watch.seen.size(), 1U);
   languageString::finalise();
   EXPECT_EQ(language::Default().phrase("vector", 0), "first");
   const languageString third("key", "third", "vector");
-  EXPECT_EQ(watch.codes.size(), 2U);
+  EXPECT_EQ(watch.seen.size(), 2U);
 }
 
 TEST(PluginString, OfAWholeVectorLeavesNoVectorThatIsBuiltAgain) {
-  duplicateWatch watch;
+  reportCatcher watch;
   auto only = std::make_unique<languageString>("a", "text of a", "short-lived");
   only.reset();
   languageString::finalise();
@@ -120,17 +111,17 @@ TEST(PluginLanguage, IsNotFoundAfterItsEnd) {
 }
 
 TEST(PluginLanguage, MayBeRegisteredAgainAfterItsEnd) {
-  duplicateWatch watch;
+  reportCatcher watch;
   { const plainLanguage welsh("Welsh"); }
   plainLanguage welsh("welsh");
   EXPECT_TRUE(welsh.okay());
-  EXPECT_TRUE(watch.codes.empty());
+  EXPECT_TRUE(watch.seen.empty());
   welsh.setText("vector", "bore da");
   EXPECT_EQ(language::find("WELSH").phrase("vector", 0), "bore da");
 }
 
 TEST(PluginLanguage, ThatIsADuplicateDoesNotTakeTheOtherOneOut) {
-  duplicateWatch watch;
+  reportCatcher watch;
   const plainLanguage welsh("Welsh");
   {
     const plainLanguage duplicate("WELSH");

@@ -11,7 +11,7 @@
 #include <type_traits>
 #include <vector>
 
-#include "event_probe.h"
+#include "reports.h"
 #include "test_language.h"
 
 namespace events_test {
@@ -373,7 +373,7 @@ TEST(eventReport, IsStreamedByItsOwnWrite) {
 // --- Reporting -------------------------------------------------------------
 
 TEST(eventReport, IsReportedByItsDestructor) {
-  eventProbe probe(5);
+  reportCatcher probe(5);
   commonEvent(FAILURE, AUD_SYSM, EC_UNKNOWN_VALUE, "ftp", "open");
   ASSERT_EQ(probe.seen.size(), 1u);
   EXPECT_EQ(probe.seen[0].written, "Failure: commonEvent/unknown value \"ftp\" | open");
@@ -386,7 +386,7 @@ TEST(eventReport, IsReportedByItsDestructor) {
 }
 
 TEST(eventReport, IsNotReportedBeforeItsEnd) {
-  eventProbe probe(5);
+  reportCatcher probe(5);
   {
     commonEvent event(FAILURE, AUD_ALL, EC_COMMENT, "x", "y");
     event.addParameter("1");
@@ -398,7 +398,7 @@ TEST(eventReport, IsNotReportedBeforeItsEnd) {
 }
 
 TEST(eventReport, ReachesTheHandlersOnce) {
-  eventProbe probe(5);
+  reportCatcher probe(5);
   {
     commonEvent event(FAILURE, AUD_ALL, EC_COMMENT, "x", "y");
     event.report();
@@ -415,7 +415,7 @@ TEST(eventReport, ReachesTheHandlersOnce) {
 }
 
 TEST(eventReport, StaysReportedWhenNoHandlerServedIt) {
-  eventProbe first(5, false);
+  reportCatcher first(5, false);
   ignoreHandler nobody(6, static_cast<eventSeverity>(-1), AUD_NULL);
   {
     commonEvent event(FAILURE, AUD_ALL, EC_COMMENT, "x", "y");
@@ -442,7 +442,7 @@ TEST(eventReport, IsMarkedAsReportedBeforeTheHandlersSeeIt) {
 }
 
 TEST(eventReport, IsNotReportedByTheBase) {
-  eventProbe probe(5);
+  reportCatcher probe(5);
   { bareEvent event(FAILURE, AUD_ALL); }
   EXPECT_TRUE(probe.seen.empty()) << probe.seen[0].written;
   bareEvent event(FAILURE, AUD_ALL, 3, "q");
@@ -452,7 +452,7 @@ TEST(eventReport, IsNotReportedByTheBase) {
 }
 
 TEST(eventReport, IsOfferedToNobodyBeyondTheFirstThatClaimsIt) {
-  eventProbe passes(3, false), claims(4, true), later(5, true);
+  reportCatcher passes(3, false), claims(4, true), later(5, true);
   commonEvent(FAILURE, AUD_ALL, EC_COMMENT, "x", "y");
   EXPECT_EQ(passes.seen.size(), 1u);
   EXPECT_EQ(claims.seen.size(), 1u);
@@ -460,9 +460,9 @@ TEST(eventReport, IsOfferedToNobodyBeyondTheFirstThatClaimsIt) {
 }
 
 TEST(eventReport, ForNobodyIsStillOffered) {
-  eventProbe before(3, false);
+  reportCatcher before(3, false);
   stderrHandler handler(4, AUD_ALL);
-  eventProbe after(5, false);
+  reportCatcher after(5, false);
   commonEvent(FAILURE, AUD_NULL, EC_COMMENT, "for nobody", "y");
   ASSERT_EQ(before.seen.size(), 1u);
   EXPECT_EQ(before.seen[0].audience, AUD_NULL);
@@ -479,7 +479,7 @@ TEST(eventReport, KeepsTheAudiencesThatNobodyServed) {
     }
     const char* name() const override { return "audit"; }
   } handler;
-  eventProbe next(4, true);
+  reportCatcher next(4, true);
   commonEvent event(FAILURE, AUD_ALL, EC_COMMENT, "x", "y");
   event.report();
   ASSERT_EQ(next.seen.size(), 1u);
@@ -497,7 +497,7 @@ TEST(eventReport, KeepsTheSeverityThatAHandlerGaveIt) {
     }
     const char* name() const override { return "milder"; }
   } handler;
-  eventProbe next(4, true);
+  reportCatcher next(4, true);
   commonEvent event(FATAL, AUD_ALL, EC_COMMENT, "x", "y");
   event.report();
   ASSERT_EQ(next.seen.size(), 1u);

@@ -11,16 +11,11 @@
 #include <string>
 #include <vector>
 
+#include "texts.h"
+
 namespace example_programs_test {
 
 namespace {
-
-std::string contents(const std::string& path) {
-  std::ifstream file(path);
-  std::ostringstream text;
-  text << file.rdbuf();
-  return text.str();
-}
 
 struct command {
   std::string line;
@@ -29,8 +24,7 @@ struct command {
 
 std::vector<command> transcript(const std::string& text) {
   std::vector<command> result;
-  std::istringstream lines(text);
-  for (std::string line; std::getline(lines, line);) {
+  for (const std::string& line : linesOf(text)) {
     if (line.starts_with("$ ")) {
       result.push_back({line.substr(2), ""});
     } else if (!result.empty()) {
@@ -54,7 +48,7 @@ std::string outputOf(const std::string& line) {
 }
 
 void expectTranscript(const std::string& name) {
-  const std::vector<command> commands = transcript(contents(EXAMPLES "/" + name + ".txt"));
+  const std::vector<command> commands = transcript(readFile(EXAMPLES "/" + name + ".txt"));
   EXPECT_FALSE(commands.empty()) << name << ".txt has no command";
   for (const command& expected : commands) {
     EXPECT_EQ(outputOf(expected.line), expected.output) << "$ " << expected.line;
@@ -98,8 +92,8 @@ TEST(Examples, TutorialRuns) {
 }
 
 TEST(Tutorial, ShowsTheCodeOfItsExample) {
-  const std::string source = contents(EXAMPLES "/tutorial.cpp");
-  const std::vector<std::string> shown = blocks(contents(DOCUMENTS "/tutorial.md"), "cpp");
+  const std::string source = readFile(EXAMPLES "/tutorial.cpp");
+  const std::vector<std::string> shown = blocks(readFile(DOCUMENTS "/tutorial.md"), "cpp");
   ASSERT_FALSE(shown.empty());
   std::size_t position = 0;
   for (const std::string& block : shown) {
@@ -115,10 +109,10 @@ TEST(Tutorial, ShowsTheCodeOfItsExample) {
 
 TEST(Tutorial, ShowsTheSessionsOfItsExample) {
   std::string sessions;
-  for (const std::string& block : blocks(contents(DOCUMENTS "/tutorial.md"), "console")) {
+  for (const std::string& block : blocks(readFile(DOCUMENTS "/tutorial.md"), "console")) {
     sessions += block;
   }
-  EXPECT_EQ(sessions, contents(EXAMPLES "/tutorial.txt"));
+  EXPECT_EQ(sessions, readFile(EXAMPLES "/tutorial.txt"));
 }
 
 }  // namespace

@@ -19,10 +19,12 @@
 #include <string>
 #include <vector>
 
+#include "children.h"
 #include "elf_program.h"
 #include "execution.h"
 #include "find_program.h"
-#include "fresh_process.h"
+#include "texts.h"
+#include "working_folder.h"
 
 namespace explain_kernel_test {
 
@@ -31,34 +33,15 @@ namespace {
 using namespace std::string_literals;
 using Strings = std::vector<std::string>;
 
-void writeFile(const std::string& name, const std::string& text, mode_t mode = 0755) {
-  std::ofstream(name) << text;
-  ASSERT_EQ(0, chmod(name.c_str(), mode)) << name;
-}
-
-// A working folder that is removed after the test.
-class Folder {
+// A working folder with programs.
+class Folder : public workingFolder {
  public:
   Folder() {
-    std::string pattern = std::filesystem::temp_directory_path() / "explain-kernel-XXXXXX";
-    EXPECT_NE(nullptr, mkdtemp(pattern.data()));
-    m_path = pattern;
-    std::filesystem::current_path(m_path);
     std::filesystem::create_directory("first");
     std::filesystem::create_directory("second");
-    writeFile("second/tool", "#!/bin/sh\nexit 202\n");
-    writeFile("tool", "#!/bin/sh\nexit 200\n");
+    writeFile("second/tool", "#!/bin/sh\nexit 202\n", 0755);
+    writeFile("tool", "#!/bin/sh\nexit 200\n", 0755);
   }
-  Folder(const Folder&) = delete;
-  Folder& operator=(const Folder&) = delete;
-  ~Folder() {
-    std::filesystem::current_path("/");
-    std::error_code ignored;
-    std::filesystem::remove_all(m_path, ignored);
-  }
-
- private:
-  std::filesystem::path m_path;
 };
 
 // The ending of a process that really executes the program.
@@ -101,7 +84,7 @@ void check(const kernelCase (&cases)[size]) {
   const Folder folder;
   for (const kernelCase& one : cases) {
     SCOPED_TRACE(testing::PrintToString(one.text.substr(0, 80)));
-    writeFile("first/tool", one.text);
+    writeFile("first/tool", one.text, 0755);
     EXPECT_EQ(told("tool", {"tool"}, "first:second"), one.told);
     EXPECT_EQ(executed("tool", {"tool"}, "first:second"), "exit " + std::to_string(one.status));
   }
@@ -124,8 +107,8 @@ TEST(Kernel, PassesOverAScriptWhoseInterpreterIsMissingOrMayNotBeExecuted) {
 
 TEST(Kernel, TellsTheLastErrorOfScriptsWithoutAnInterpreter) {
   const Folder folder;
-  writeFile("first/orphan", "#!/no/such/interpreter\n");
-  writeFile("second/orphan", "#!/etc\n");
+  writeFile("first/orphan", "#!/no/such/interpreter\n", 0755);
+  writeFile("second/orphan", "#!/etc\n", 0755);
   EXPECT_EQ(told("orphan", {"orphan"}, "first"), "||2");
   EXPECT_EQ(told("orphan", {"orphan"}, "second"), "||13");
   EXPECT_EQ(told("orphan", {"orphan"}, "second:first"), "||13");
@@ -158,17 +141,17 @@ TEST(Kernel, LeavesWhatIsNoProgramToTheShell) {
 
 TEST(Kernel, LeavesAScriptToTheShellWhoseInterpreterIsNoProgram) {
   const Folder folder;
-  writeFile("text", "exit 209\n");
-  writeFile("first/tool", "#!text\nexit 201\n");
+  writeFile("text", "exit 209\n", 0755);
+  writeFile("first/tool", "#!text\nexit 201\n", 0755);
   EXPECT_EQ(told("tool", {"tool"}, "first"), "first/tool|/bin/sh|0");
   EXPECT_EQ(executed("tool", {"tool"}, "first"), "exit 201");
 }
 
 TEST(Kernel, FollowsFiveInterpretersThatAreScripts) {
   const Folder folder;
-  writeFile("s1", "#!/bin/true\n");
+  writeFile("s1", "#!/bin/true\n", 0755);
   for (int i = 2; i <= 6; i++) {
-    writeFile("s" + std::to_string(i), "#!s" + std::to_string(i - 1) + "\n");
+    writeFile("s" + std::to_string(i), "#!s" + std::to_string(i - 1) + "\n", 0755);
   }
   EXPECT_EQ(told("./s5", {"s"}, ""), "./s5||0");
   EXPECT_EQ(executed("./s5", {"s"}, ""), "exit 0");
@@ -227,11 +210,11 @@ TEST(Kernel, PassesOverAProgramWhoseLoaderIsMissingOrMayNotBeExecuted) {
       {program(EM_X86_64, "first/../short\0"s), "||5", EIO},
   };
   const Folder folder;
-  writeFile("text", std::string(100, '\n') + "exit 1\n");
-  writeFile("short", "exit 1\n");
+  writeFile("text", std::string(100, '\n') + "exit 1\n", 0755);
+  writeFile("short", "exit 1\n", 0755);
   for (const kernelCase& one : cases) {
     SCOPED_TRACE(testing::PrintToString(one.text));
-    writeFile("first/tool", one.text);
+    writeFile("first/tool", one.text, 0755);
     EXPECT_EQ(told("tool", {"tool"}, "first:second"), one.told);
     EXPECT_EQ(executed("tool", {"tool"}, "first:second"), "exit " + std::to_string(one.status));
   }
@@ -336,7 +319,7 @@ TEST(Kernel, CountsWhatAScriptAddsToItsArguments) {
     GTEST_SKIP() << "the kernel's pointers are not those of the test";
   }
   const Folder folder;
-  writeFile("script", "#!/bin/true  an argument \n");
+  writeFile("script", "#!/bin/true  an argument \n", 0755);
   // The interpreter, its argument and the script replace the first argument.
   const std::size_t added = sizeof "/bin/true" + sizeof "an argument" + sizeof "./script";
   for (const int more : {0, 1}) {

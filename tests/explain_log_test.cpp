@@ -20,7 +20,9 @@
 #include <fstream>
 #include <string>
 
-#include "fresh_process.h"
+#include "children.h"
+#include "texts.h"
+#include "working_folder.h"
 
 namespace explain_log_test {
 
@@ -30,32 +32,13 @@ constexpr uid_t nobody = 65534;
 constexpr uid_t somebody = 12345;
 
 // A working folder of user `nobody`, if root may give it away.
-class Folder {
+class Folder : public workingFolder {
  public:
-  Folder() {
-    std::string pattern = std::filesystem::temp_directory_path() / "explain-log-XXXXXX";
-    EXPECT_NE(nullptr, mkdtemp(pattern.data()));
-    m_path = pattern;
-    std::filesystem::current_path(m_path);
-    EXPECT_EQ(0, chmod(".", 0777));
-  }
-  Folder(const Folder&) = delete;
-  Folder& operator=(const Folder&) = delete;
-  ~Folder() {
-    std::filesystem::current_path("/");
-    for (const char* const name : {"locked", "fixed"}) {
-      chmod((m_path / name).c_str(), 0755);
-    }
-    std::error_code ignored;
-    std::filesystem::remove_all(m_path, ignored);
-  }
-
- private:
-  std::filesystem::path m_path;
+  Folder() : workingFolder(0777) {}
 };
 
 void makeFile(const std::string& name, mode_t mode) {
-  std::ofstream(name) << "kept";
+  writeFile(name, "kept");
   ASSERT_EQ(0, chmod(name.c_str(), mode)) << name;
 }
 

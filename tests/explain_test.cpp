@@ -15,13 +15,15 @@
 #include <string>
 #include <vector>
 
+#include "children.h"
 #include "explain_json.h"
 #include "explain_text.h"
 #include "find_program.h"
-#include "fresh_process.h"
 #include "shell_word.h"
 #include "system_calls.h"
+#include "texts.h"
 #include "threading.h"
+#include "working_folder.h"
 
 namespace explain_test {
 
@@ -41,35 +43,7 @@ const replacedCalls here(__FILE__, [] {
   });
 });
 
-void writeFile(const std::string& name, const std::string& text, mode_t mode) {
-  std::ofstream(name) << text;
-  ASSERT_EQ(0, chmod(name.c_str(), mode)) << name;
-}
-
-// A working folder that is removed after the test.
-class Folder {
- public:
-  Folder() {
-    std::string pattern = std::filesystem::temp_directory_path() / "explain-test-XXXXXX";
-    EXPECT_NE(nullptr, mkdtemp(pattern.data()));
-    m_path = pattern;
-    std::filesystem::current_path(m_path);
-    EXPECT_EQ(0, chmod(".", 0755));
-  }
-  Folder(const Folder&) = delete;
-  Folder& operator=(const Folder&) = delete;
-  ~Folder() {
-    std::filesystem::current_path("/");
-    if (std::filesystem::exists(m_path / "locked")) {
-      chmod((m_path / "locked").c_str(), 0755);
-    }
-    std::error_code ignored;
-    std::filesystem::remove_all(m_path, ignored);
-  }
-
- private:
-  std::filesystem::path m_path;
-};
+using Folder = workingFolder;
 
 // --- The search ------------------------------------------------------------
 

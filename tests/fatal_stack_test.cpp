@@ -12,7 +12,7 @@
 #include <cstring>
 #include <string>
 
-#include "child_output.h"
+#include "children.h"
 #include "kept_traces.h"
 #include "stack.h"
 
@@ -70,12 +70,12 @@ void free(void* block) {
 }
 
 TEST(signalHandler, TracesAFaultOfTheAllocatorWithoutAllocating) {
-  const childEnd end = runInChild([] {
+  const processEnd end = runSharingChild([] {
     stack::installHandler();
     allocator = FAULTS;
     kept = kept + (std::malloc(1) != nullptr ? 1 : 0);
   });
-  EXPECT_EQ(end.ending(), "signal 6") << end.errors;
+  EXPECT_EQ(end.ending, "signal 6") << end.errors;
   EXPECT_EQ(end.errors.rfind("signal 11 caught: \nStack trace:\n", 0), 0U) << end.errors;
   EXPECT_NE(end.errors.find("(malloc+0x"), std::string::npos) << end.errors;
   EXPECT_NE(end.errors.find("\nEnd of stack trace\n\n"), std::string::npos) << end.errors;
@@ -96,8 +96,8 @@ TEST(signalHandler, TracesAFaultOfTheAllocatorWithoutAllocating) {
 namespace {
 
 // Expects one whole trace of signal 11 with a line that has `part`.
-void expectTrace(const childEnd& end, const std::string& part) {
-  EXPECT_EQ(end.ending(), "signal 6") << end.errors;
+void expectTrace(const processEnd& end, const std::string& part) {
+  EXPECT_EQ(end.ending, "signal 6") << end.errors;
   const std::string begin = "signal 11 caught: \nStack trace:\n";
   const std::string finish = "\nEnd of stack trace\n\n";
   ASSERT_GT(end.errors.size(), begin.size() + finish.size()) << end.errors;
@@ -107,7 +107,7 @@ void expectTrace(const childEnd& end, const std::string& part) {
 }
 
 TEST(signalHandler, TracesAnOverflownStack) {
-  const childEnd end = runInChild([] {
+  const processEnd end = runSharingChild([] {
     const rlimit small = {1024 * 1024, 1024 * 1024};
     setrlimit(RLIMIT_STACK, &small);
     stack::installHandler();
@@ -120,7 +120,7 @@ TEST(signalHandler, TracesAnOverflownStack) {
 }
 
 TEST(signalHandler, HasAnAlternateStackForEachSignalThatItIsInstalledFor) {
-  const childEnd end = runInChild([] {
+  const processEnd end = runSharingChild([] {
     stack::installHandler();
     for (const int signal : {SIGILL, SIGTRAP, SIGABRT, SIGBUS, SIGFPE, SIGSEGV}) {
       struct sigaction current = {};
@@ -131,12 +131,12 @@ TEST(signalHandler, HasAnAlternateStackForEachSignalThatItIsInstalledFor) {
     stack_t alternate = {};
     if (sigaltstack(nullptr, &alternate) != 0 || alternate.ss_flags != 0) std::_Exit(2);
   });
-  EXPECT_EQ(end.ending(), "exit 0");
+  EXPECT_EQ(end.ending, "exit 0");
 }
 
 TEST(signalHandler, LeavesAnAlternateStackOfTheProgramAlone) {
   static char own[128 * 1024];
-  const childEnd end = runInChild([] {
+  const processEnd end = runSharingChild([] {
     stack_t alternate = {};
     alternate.ss_sp = own;
     alternate.ss_size = sizeof own;
@@ -145,7 +145,7 @@ TEST(signalHandler, LeavesAnAlternateStackOfTheProgramAlone) {
     stack_t current = {};
     if (sigaltstack(nullptr, &current) != 0 || current.ss_sp != own) std::_Exit(2);
   });
-  EXPECT_EQ(end.ending(), "exit 0");
+  EXPECT_EQ(end.ending, "exit 0");
 }
 
 }  // namespace

@@ -15,6 +15,7 @@
 #include <string>
 
 #include "system_calls.h"
+#include "texts.h"
 
 namespace file_test {
 
@@ -37,7 +38,7 @@ class File : public testing::Test {
  protected:
   File() : path(pathOf("file")) {}
   ~File() override { std::remove(path.c_str()); }
-  void write(const std::string& text) { std::ofstream(path, std::ios::binary) << text; }
+  void write(const std::string& text) { writeFile(path, text); }
   const std::string path;
 };
 

@@ -14,6 +14,8 @@
 #include <utility>
 #include <vector>
 
+#include "texts.h"
+
 namespace folders_test {
 
 namespace {
@@ -129,8 +131,7 @@ std::vector<std::pair<fs::path, fs::path>> inclusions() {
   const std::string directive = "#include \"";
   std::vector<std::pair<fs::path, fs::path>> result;
   for (const fs::path& file : productFiles()) {
-    std::ifstream source(TOP / file);
-    for (std::string line; std::getline(source, line);) {
+    for (const std::string& line : linesOf(readFile(TOP / file))) {
       if (line.starts_with(directive)) {
         const std::size_t length = line.find('"', directive.size()) - directive.size();
         result.emplace_back(file, included(file, line.substr(directive.size(), length)));
@@ -292,24 +293,19 @@ TEST(Folders, HaveNoCirclesOfUnitsButTheTwoThatAreDescribed) {
   EXPECT_EQ((std::set<std::string>{CONFIGURATION_CIRCLE, REPORTS_CIRCLE}), circles(bySymbols()));
 }
 
-std::string architecture() {
-  std::ifstream file(TOP / "docs/architecture.md");
-  std::ostringstream page;
-  page << file.rdbuf();
-  return page.str();
-}
-
 TEST(Folders, AreDescribedWithTheirExemptions) {
   for (const exemption& e : EXEMPTIONS) {
     const std::string row = std::string("| `") + e.unit + "` | `" + e.folder + "/` |";
-    EXPECT_NE(architecture().find(row), std::string::npos) << "missing: " << row;
+    EXPECT_NE(readFile(TOP / "docs/architecture.md").find(row), std::string::npos)
+        << "missing: " << row;
   }
 }
 
 TEST(Folders, AreDescribedWithTheirCircles) {
   for (const char* const circle : {CONFIGURATION_CIRCLE, REPORTS_CIRCLE}) {
     const std::string row = std::string("| ") + circle + "|";
-    EXPECT_NE(architecture().find(row), std::string::npos) << "missing: " << row;
+    EXPECT_NE(readFile(TOP / "docs/architecture.md").find(row), std::string::npos)
+        << "missing: " << row;
   }
 }
 

@@ -13,13 +13,14 @@
 
 #include "DistName.h"
 #include "asserts.h"
-#include "child_output.h"
+#include "captured_errors.h"
+#include "children.h"
 #include "configDB.h"
 #include "datetime.h"
-#include "event_probe.h"
 #include "events.h"
 #include "fake_clock.h"
 #include "kept_traces.h"
+#include "reports.h"
 #include "system_calls.h"
 #include "threading.h"
 #include "trace.h"
@@ -83,15 +84,6 @@ std::string onStandardError() {
   stderrHandler handler(5, AUD_ALL);
   report();
   return errors.str();
-}
-
-bool starts(const std::string& text, const std::string& with) {
-  return text.compare(0, with.size(), with) == 0;
-}
-
-bool ends(const std::string& text, const std::string& with) {
-  return text.size() >= with.size() &&
-         text.compare(text.size() - with.size(), with.size(), with) == 0;
 }
 
 // --- Lines -----------------------------------------------------------------
@@ -317,7 +309,7 @@ TEST(eventHandler, TakesNoSectionWhenItWritesNothing) {
 
 TEST(eventHandler, CannotWriteOnceTheSectionsHaveGone) {
   for (const bool toErrors : {true, false}) {
-    const childEnd end = runInChild([toErrors] {
+    const processEnd end = runSharingChild([toErrors] {
       semaphoreClose();
       if (toErrors) {
         stderrHandler handler(5, AUD_ALL);
@@ -327,8 +319,8 @@ TEST(eventHandler, CannotWriteOnceTheSectionsHaveGone) {
         report();
       }
     });
-    EXPECT_EQ(end.ending(), "signal 6");
-    EXPECT_TRUE(starts(end.errors, "set_id == FINISH_VALUE && checked in ")) << end.errors;
+    EXPECT_EQ(end.ending, "signal 6");
+    EXPECT_TRUE(end.errors.starts_with("set_id == FINISH_VALUE && checked in ")) << end.errors;
     EXPECT_EQ(end.errors.find("ftp"), std::string::npos) << end.errors;
   }
 }
@@ -371,8 +363,8 @@ TEST(eventHandler, AddsAStackAfterEachLineWhenAsked) {
       {logged("%Y", 0), "2026: Failure: commonEvent/unknown value \"ftp\" | open\nStack trace:\n"},
   };
   for (const auto& c : cases) {
-    EXPECT_TRUE(starts(c.text, c.line)) << c.text;
-    EXPECT_TRUE(ends(c.text, "\nEnd of stack trace\n")) << c.text;
+    EXPECT_TRUE(c.text.starts_with(c.line)) << c.text;
+    EXPECT_TRUE(c.text.ends_with("\nEnd of stack trace\n")) << c.text;
   }
   traceFlag::set("reportStack", 0);
 }
@@ -422,20 +414,20 @@ TEST(eventHandler, GradesTheStacksBySeverity) {
     SCOPED_TRACE("level " + std::to_string(c.level) + ", severity " + std::to_string(c.severity));
     traceFlag::set("reportStack", c.level);
     const bareEvent event(static_cast<eventSeverity>(c.severity), AUD_ALL, 1, "q", "op");
-    const std::string message = eventProbe::buildMessage(event, "now");
-    EXPECT_EQ(ends(message, "\nEnd of stack trace\n"), c.traced) << message;
+    const std::string message = reportCatcher::buildMessage(event, "now");
+    EXPECT_EQ(message.ends_with("\nEnd of stack trace\n"), c.traced) << message;
     EXPECT_EQ(message.find("\nStack trace:\n") != std::string::npos, c.traced) << message;
-    EXPECT_TRUE(starts(message, "now: ")) << message;
+    EXPECT_TRUE(message.starts_with("now: ")) << message;
   }
   traceFlag::set("reportStack", 0);
 }
 
 TEST(eventHandler, BuildsAMessageOfDateAndReport) {
   const bareEvent event(FATAL, AUD_ALL, 1, "q", "op");
-  EXPECT_EQ(eventProbe::buildMessage(event, "now"), "now: Fatal: bare/1 \"q\" | op\n");
-  EXPECT_EQ(eventProbe::buildMessage(event, ""), ": Fatal: bare/1 \"q\" | op\n");
+  EXPECT_EQ(reportCatcher::buildMessage(event, "now"), "now: Fatal: bare/1 \"q\" | op\n");
+  EXPECT_EQ(reportCatcher::buildMessage(event, ""), ": Fatal: bare/1 \"q\" | op\n");
   traceFlag::set("reportThread", 3);
-  EXPECT_EQ(eventProbe::buildMessage(event, "now"),
+  EXPECT_EQ(reportCatcher::buildMessage(event, "now"),
             std::to_string(getpid()) + "/-1-now: Fatal: bare/1 \"q\" | op\n");
   traceFlag::set("reportThread", 0);
 }
@@ -443,12 +435,12 @@ TEST(eventHandler, BuildsAMessageOfDateAndReport) {
 TEST(storingHandler, KeepsTheTraceOfAnAssertion) {
   storingHandler handler(5, AUD_ALL, WARNING);
   assertEvent("a < b", "../utilities/uri", 142);
-  EXPECT_TRUE(starts(handler.str(),
-                     "20261115T110734: Fatal: assert/assert failure \"a < b\" | "
-                     "../utilities/uri @ 142\nStack trace:\n"))
+  EXPECT_TRUE(
+      handler.str().starts_with("20261115T110734: Fatal: assert/assert failure \"a < b\" | "
+                                "../utilities/uri @ 142\nStack trace:\n"))
       << handler.str();
   // The trace ends its line; the report ends one more, and so does the message.
-  EXPECT_TRUE(ends(handler.str(), "\nEnd of stack trace\n\n\n")) << handler.str();
+  EXPECT_TRUE(handler.str().ends_with("\nEnd of stack trace\n\n\n")) << handler.str();
 }
 
 }  // namespace

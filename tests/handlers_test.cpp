@@ -12,10 +12,11 @@
 #include <type_traits>
 #include <vector>
 
-#include "child_output.h"
-#include "event_probe.h"
+#include "captured_errors.h"
+#include "children.h"
 #include "events.h"
 #include "fake_clock.h"
+#include "reports.h"
 #include "system_calls.h"
 #include "threading.h"
 
@@ -34,7 +35,7 @@ handlerMap& localMap() {
   return ThreadedEventHandlerList::local().theMap;
 }
 
-// The current map, for example "5 eventProbe, 10 storingHandler".
+// The current map, for example "5 reportCatcher, 10 storingHandler".
 std::string registered() {
   std::string result;
   for (const auto& [priority, handler] : localMap()) {
@@ -187,7 +188,7 @@ TEST(storingHandler, StoresFromItsSeverityUp) {
 
 TEST(storingHandler, SwallowsAReportBelowItsSeverity) {
   storingHandler handler(5, AUD_ALL, WARNING);
-  eventProbe next(6);
+  reportCatcher next(6);
   commonEvent(SUCCESS, AUD_ALL, EC_COMMENT, "x", "y");
   EXPECT_EQ(handler.str(), "");
   EXPECT_EQ(next.seen.size(), 0u);
@@ -195,7 +196,7 @@ TEST(storingHandler, SwallowsAReportBelowItsSeverity) {
 
 TEST(ignoreHandler, PassesOnWhatIsAboveItsSeverity) {
   ignoreHandler handler(5, WARNING, AUD_ALL);
-  eventProbe next(6);
+  reportCatcher next(6);
   commonEvent(SUCCESS, AUD_ALL, EC_COMMENT, "s", "");
   commonEvent(WARNING, AUD_ALL, EC_COMMENT, "w", "");
   EXPECT_EQ(next.seen.size(), 0u);
@@ -207,7 +208,7 @@ TEST(ignoreHandler, PassesOnWhatIsAboveItsSeverity) {
 
 TEST(eventHandler, LeavesTheRestOfTheAudienceToTheNext) {
   storingHandler users(3, AUD_USER, SUCCESS), admins(4, AUD_SYSM, SUCCESS);
-  eventProbe after(5, false);
+  reportCatcher after(5, false);
   storingHandler developers(6, AUD_DEVEL, SUCCESS), late(7, AUD_ALL, SUCCESS);
   commonEvent(FAILURE, AUD_ALL, EC_COMMENT, "x", "y");
   const char* line = "20261115T110734: Failure: commonEvent/comment \"x\" | y\n";
@@ -221,16 +222,16 @@ TEST(eventHandler, LeavesTheRestOfTheAudienceToTheNext) {
 
 TEST(eventHandler, ChangesOnlyWhatItIsTold) {
   bareEvent event(FATAL, AUD_ALL);
-  eventProbe::clearAudience(event, AUD_AUDIT | AUD_OUSER);
+  reportCatcher::clearAudience(event, AUD_AUDIT | AUD_OUSER);
   EXPECT_EQ(static_cast<int>(event.audience()), 22);
-  eventProbe::clearAudience(event, AUD_AUDIT | AUD_DEVEL);
+  reportCatcher::clearAudience(event, AUD_AUDIT | AUD_DEVEL);
   EXPECT_EQ(static_cast<int>(event.audience()), 6);
-  eventProbe::clearAudience(event, AUD_NULL);
+  reportCatcher::clearAudience(event, AUD_NULL);
   EXPECT_EQ(static_cast<int>(event.audience()), 6);
   EXPECT_EQ(event.severity(), FATAL);
-  eventProbe::changeSeverity(event, SUCCESS);
+  reportCatcher::changeSeverity(event, SUCCESS);
   EXPECT_EQ(event.severity(), SUCCESS);
-  eventProbe::changeSeverity(event, SEVERE);
+  reportCatcher::changeSeverity(event, SEVERE);
   EXPECT_EQ(event.severity(), SEVERE);
   EXPECT_EQ(static_cast<int>(event.audience()), 6);
 }
@@ -255,9 +256,9 @@ TEST(eventHandler, IsRegisteredWhileItLives) {
     storingHandler c(9, AUD_ALL, SUCCESS);
     ignoreHandler d(-7, SUCCESS, AUD_ALL);
     systemLogHandler e(INT_MAX, AUD_ALL);
-    eventProbe f(INT_MIN);
+    reportCatcher f(INT_MIN);
     EXPECT_EQ(registered(),
-              "-2147483648 eventProbe, -7 ignoreHandler, 9 storingHandler, 10 storingHandler, "
+              "-2147483648 reportCatcher, -7 ignoreHandler, 9 storingHandler, 10 storingHandler, "
               "11 loggingHandler, 100 stderrHandler, 2147483647 systemLogHandler");
   }
   EXPECT_EQ(registered(), "10 storingHandler");
@@ -289,7 +290,7 @@ TEST(eventHandler, IsAskedInAscendingPriority) {
 }
 
 TEST(eventHandler, GivesUpOneRegistrationOnly) {
-  auto twice = std::make_unique<eventProbe>(5);
+  auto twice = std::make_unique<reportCatcher>(5);
   localMap().insert({5, twice.get()});
   localMap().insert({6, twice.get()});
   ASSERT_EQ(localMap().count(5), 2u);
@@ -301,7 +302,7 @@ TEST(eventHandler, GivesUpOneRegistrationOnly) {
 }
 
 TEST(eventHandler, GivesUpItsRegistrationOfLowestPriority) {
-  auto twice = std::make_unique<eventProbe>(5);
+  auto twice = std::make_unique<reportCatcher>(5);
   localMap().insert({1, twice.get()});
   twice.reset();
   EXPECT_EQ(localMap().count(1), 0u);
@@ -310,17 +311,17 @@ TEST(eventHandler, GivesUpItsRegistrationOfLowestPriority) {
 }
 
 TEST(eventHandler, GivesUpNothingThatIsNotItsOwn) {
-  eventProbe other(5);
-  auto unlisted = std::make_unique<eventProbe>(5);
+  reportCatcher other(5);
+  auto unlisted = std::make_unique<reportCatcher>(5);
   // It leaves the map before it is destroyed.
   for (auto entry = localMap().begin(); entry != localMap().end(); ++entry) {
     if (entry->second != unlisted.get()) continue;
     localMap().erase(entry);
     break;
   }
-  ASSERT_EQ(registered(), "5 eventProbe, 10 storingHandler");
+  ASSERT_EQ(registered(), "5 reportCatcher, 10 storingHandler");
   unlisted.reset();
-  EXPECT_EQ(registered(), "5 eventProbe, 10 storingHandler");
+  EXPECT_EQ(registered(), "5 reportCatcher, 10 storingHandler");
 }
 
 TEST(ThreadedEventHandlerList, MakesEmptyMaps) {
@@ -367,11 +368,11 @@ TEST(storingHandler, OfTheProcessStoresWarningsForAll) {
 TEST(storingHandler, StandsOnceInTheThreadsMap) {
   const std::string before = storingHandler::theInstance().str();
   ThreadData::instance(false);
-  eventProbe later(11);
+  reportCatcher later(11);
   for (int i = 0; i < 3; i++) commonEvent(FAILURE, AUD_ALL, EC_COMMENT, "x", "y");
-  EXPECT_EQ(registered(), "10 storingHandler, 11 eventProbe");
+  EXPECT_EQ(registered(), "10 storingHandler, 11 reportCatcher");
   storingHandler::theInstance();
-  EXPECT_EQ(registered(), "10 storingHandler, 11 eventProbe");
+  EXPECT_EQ(registered(), "10 storingHandler, 11 reportCatcher");
   EXPECT_EQ(localMap().begin()->second, &storingHandler::theInstance());
   EXPECT_EQ(later.seen.size(), 0u);
   EXPECT_EQ(storingHandler::theInstance().str().substr(before.size()),
@@ -408,11 +409,11 @@ TEST(storingHandler, ClaimsBeforeStandardErrorInEveryMap) {
 }
 
 TEST(eventHandler, OfTheStartUpMapSeesNothingOfTheThreadsMap) {
-  eventProbe early(5);
+  reportCatcher early(5);
   ThreadData::instance(false);
   commonEvent(FAILURE, AUD_ALL, EC_COMMENT, "x", "y");
   EXPECT_EQ(early.seen.size(), 0u);
-  eventProbe late(5);
+  reportCatcher late(5);
   commonEvent(FAILURE, AUD_ALL, EC_COMMENT, "x", "y");
   EXPECT_EQ(early.seen.size(), 0u);
   EXPECT_EQ(late.seen.size(), 1u);
@@ -425,8 +426,8 @@ void tell(const std::string& line) {
 }
 
 TEST(eventReport, GoesToTheStartUpMapAfterTheThreadsMapHasGone) {
-  const childEnd end = runInChild([] {
-    static eventProbe early(5, false);
+  const processEnd end = runSharingChild([] {
+    static reportCatcher early(5, false);
     std::atexit([] {
       const std::string before = storingHandler::theInstance().str();
       commonEvent(FAILURE, AUD_ALL, EC_COMMENT, "at exit", "bye");
@@ -437,32 +438,32 @@ TEST(eventReport, GoesToTheStartUpMapAfterTheThreadsMapHasGone) {
     ThreadData::instance(false);  // destroyed before the function above runs
     std::exit(0);
   });
-  EXPECT_EQ(end.ending(), "exit 0");
+  EXPECT_EQ(end.ending, "exit 0");
   EXPECT_EQ(end.errors,
             "1 seen\n"
             "20261115T110734: Failure: commonEvent/comment \"at exit\" | bye\n"
-            "5 eventProbe, 10 storingHandler\n");
+            "5 reportCatcher, 10 storingHandler\n");
 }
 
 TEST(eventHandler, MayOutliveTheMapThatItStoodIn) {
-  const childEnd end = runInChild([] {
-    static eventProbe* late = nullptr;
+  const processEnd end = runSharingChild([] {
+    static reportCatcher* late = nullptr;
     std::atexit([] {
       delete late;
       commonEvent(FAILURE, AUD_ALL, EC_COMMENT, "at exit", "bye");
       tell(registered() + "\n");
     });
     ThreadData::instance(false);
-    late = new eventProbe(5);
+    late = new reportCatcher(5);
     std::exit(0);
   });
-  EXPECT_EQ(end.ending(), "exit 0");
+  EXPECT_EQ(end.ending, "exit 0");
   EXPECT_EQ(end.errors, "10 storingHandler\n");
 }
 
 TEST(eventHandler, OfTheStartUpMapMayEndWhileTheThreadHasItsOwn) {
-  const childEnd end = runInChild([] {
-    static eventProbe* early = new eventProbe(5);
+  const processEnd end = runSharingChild([] {
+    static reportCatcher* early = new reportCatcher(5);
     std::atexit([] {
       commonEvent(FAILURE, AUD_ALL, EC_COMMENT, "at exit", "bye");
       tell(registered() + "\n");
@@ -471,7 +472,7 @@ TEST(eventHandler, OfTheStartUpMapMayEndWhileTheThreadHasItsOwn) {
     delete early;
     std::exit(0);
   });
-  EXPECT_EQ(end.ending(), "exit 0");
+  EXPECT_EQ(end.ending, "exit 0");
   EXPECT_EQ(end.errors, "10 storingHandler\n");
 }
 

@@ -106,7 +106,7 @@ TEST(Hopexplain, SaysWhichFileOfThePathIsExecuted) {
 
 TEST(Hopexplain, SaysWhyAFileCannotBeExecuted) {
   Workshop shop;
-  launcher::writeFile(shop.work() / "bin" / "plain", "");
+  writeFile(shop.work() / "bin" / "plain", "");
   for (const std::string program : {"plain", "./bin/plain", "/", "./bin"}) {
     const Outcome outcome = explain(shop, {.arguments = {"-program=" + program, "vnc://h/"}});
     EXPECT_EQ("no: " + program + " cannot be executed: Permission denied",
@@ -118,7 +118,7 @@ TEST(Hopexplain, SaysWhyAFileCannotBeExecuted) {
 
 TEST(Hopexplain, LeavesAnExistingLogAlone) {
   Workshop shop;
-  launcher::writeFile(shop.work() / "log", "kept");
+  writeFile(shop.work() / "log", "kept");
   EXPECT_EQ(0, explain(shop, {.arguments = {"-log=log", "vnc://h/"}}).status);
   EXPECT_EQ(1, explain(shop, {.arguments = {"-log=log", "vnc"}}).status);
   EXPECT_EQ("kept", shop.log());
@@ -340,7 +340,7 @@ TEST(Hopexplain, KeepsEveryByteOfItsArgumentsInJSON) {
 
 TEST(Hopexplain, SeesThatAScriptsInterpreterIsMissing) {
   Workshop shop;
-  launcher::writeFile(shop.work() / "bin" / "orphan", "#!/no/such/interpreter\n");
+  writeFile(shop.work() / "bin" / "orphan", "#!/no/such/interpreter\n");
   std::filesystem::permissions(shop.work() / "bin" / "orphan", std::filesystem::perms::owner_all);
   const Strings arguments{"-program=orphan", "-log=log", "vnc://h/"};
   const Outcome outcome = explain(shop, {.arguments = arguments});
@@ -371,7 +371,7 @@ TEST(Hopexplain, SeesThatAnArgumentIsTooLong) {
 
 TEST(Hopexplain, SaysThatTheShellExecutesWhatIsNoProgram) {
   Workshop shop;
-  launcher::writeFile(shop.work() / "bin" / "formless", "exit 7\n");
+  writeFile(shop.work() / "bin" / "formless", "exit 7\n");
   std::filesystem::permissions(shop.work() / "bin" / "formless", std::filesystem::perms::owner_all);
   const Strings arguments{"-program=formless", "vnc://h/"};
   const Json json = explainJSON(shop, {.arguments = arguments});

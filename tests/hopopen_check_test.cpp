@@ -322,7 +322,7 @@ TEST_F(CheckOfClicks, FindsThatTheChosenViewerDoesNotOpenTheScheme) {
   machine.define("shell",
                  "name = \"Shell\"\nschemes = [\"ssh\"]\nprograms = [\"plain\"]\narguments = []\n");
   machine.set("[use]\nvnc = \"shell\"\n");
-  EXPECT_TRUE(door::contains(
+  EXPECT_TRUE(contains(
       machine.told(),
       "fault viewer vnc: @/share/hoplaunch/viewers/shell.toml: you chose Shell (shell), which does "
       "not open vnc links\n"
@@ -461,7 +461,7 @@ TEST_F(CheckOfClicks, ShowsNamesOfFilesAndWhatTheySayWithoutControlCharacters) {
   machine.write("etc/mimeapps.list", "[Default Applications]\nx-scheme-handler/vnc=" + bytes);
   const Outcome told = machine.check();
   EXPECT_TRUE(door::isPlain(told.out)) << told.out;
-  EXPECT_TRUE(door::contains(
+  EXPECT_TRUE(contains(
       told.out, "fault handler vnc: @/etc/mimeapps.list: other\\x1B[1m\\xC3\\xA4.desktop opens"))
       << told.out;
 }

@@ -30,13 +30,13 @@ std::string refusal(const Machine& machine, const Strings& arguments, int status
   const Outcome outcome = machine.run(arguments);
   EXPECT_EQ(status, outcome.status) << outcome.err;
   EXPECT_FALSE(outcome.viewer);
-  EXPECT_EQ(1U, door::count(outcome.err, "\n")) << outcome.err;
+  EXPECT_EQ(1U, countOf(outcome.err, "\n")) << outcome.err;
   return outcome.err;
 }
 
 void expectParts(const std::string& text, const Strings& parts) {
   for (const std::string& part : parts) {
-    EXPECT_TRUE(door::contains(text, part)) << part << " is not in\n" << text;
+    EXPECT_TRUE(contains(text, part)) << part << " is not in\n" << text;
   }
 }
 
@@ -252,8 +252,8 @@ TEST(NoViewer, IsRefusedWithUpToThreePackages) {
   const std::string message = refusal(machine, {"vnc://h"}, 3);
   EXPECT_TRUE(message.starts_with("hopopen: ")) << message;
   expectParts(message, {"pack-one", "pack-two", "pack-three", " (viewer)\n"});
-  EXPECT_FALSE(door::contains(message, "pack-four")) << message;
-  EXPECT_FALSE(door::contains(message, "pack-ssh")) << message;
+  EXPECT_FALSE(contains(message, "pack-four")) << message;
+  EXPECT_FALSE(contains(message, "pack-ssh")) << message;
 }
 
 TEST(NoViewer, NamesAPackageOnce) {
@@ -261,8 +261,8 @@ TEST(NoViewer, NamesAPackageOnce) {
   machine.define("a", viewer("a", "rank = 1\npackages = [\"pack-one\"]\n"));
   machine.define("b", viewer("b", "rank = 2\npackages = [\"pack-one\", \"pack-two\"]\n"));
   const std::string message = refusal(machine, {"vnc://h"}, 3);
-  EXPECT_EQ(1U, door::count(message, "pack-one")) << message;
-  EXPECT_EQ(1U, door::count(message, "pack-two")) << message;
+  EXPECT_EQ(1U, countOf(message, "pack-one")) << message;
+  EXPECT_EQ(1U, countOf(message, "pack-two")) << message;
 }
 
 TEST(NoViewer, IsRefusedWithoutPackagesWhereNoneAreKnown) {
@@ -308,7 +308,7 @@ TEST(Restriction, NamesTheInstalledViewersThatCouldKeepIt) {
   machine.define("c", viewer("c", "[parameters.ViewOnly]\narguments = [\"-v\"]\n"));
   const std::string message = refusal(machine, {"vnc://h?ViewOnly=true"}, 2);
   expectParts(message, {"The b", " (restriction)\n"});
-  EXPECT_FALSE(door::contains(message, "The c")) << "it is not installed: " << message;
+  EXPECT_FALSE(contains(message, "The c")) << "it is not installed: " << message;
   EXPECT_EQ("b", machine.comesOf({"--viewer=b", "vnc://h?ViewOnly=true"}));
 }
 

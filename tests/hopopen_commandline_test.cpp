@@ -127,7 +127,7 @@ TEST(CommandLine, TakesEveryWordAfterTwoDashesForTheLink) {
   for (const char* word : {"--help", "--version", "--list", "-h", "-", "--", "--quiet"}) {
     const Outcome outcome = machine.run({"--", word});
     EXPECT_EQ(2, outcome.status) << word;
-    EXPECT_TRUE(door::contains(outcome.err, '"' + std::string(word) + '"')) << outcome.err;
+    EXPECT_TRUE(contains(outcome.err, '"' + std::string(word) + '"')) << outcome.err;
     EXPECT_TRUE(outcome.err.ends_with(" (syntax)\n")) << outcome.err;
     EXPECT_EQ("", outcome.out);
   }
@@ -179,7 +179,7 @@ TEST(CommandLine, TakesValuesAsTheyAre) {
     EXPECT_TRUE(machine.has("work/" + std::string(name))) << name;
     const Outcome outcome = machine.run({"--viewer=" + std::string(name), "vnc://h"});
     EXPECT_EQ(4, outcome.status);
-    EXPECT_TRUE(door::contains(outcome.err, '"' + std::string(name) + '"')) << outcome.err;
+    EXPECT_TRUE(contains(outcome.err, '"' + std::string(name) + '"')) << outcome.err;
   }
 }
 
@@ -218,7 +218,7 @@ TEST(CommandLine, ThatIsWrongShowsNoPassword) {
     EXPECT_NE(0, outcome.status);
     EXPECT_NE(42, outcome.status);
     EXPECT_NE("", outcome.err);
-    EXPECT_FALSE(door::contains(outcome.err, "secret"))
+    EXPECT_FALSE(contains(outcome.err, "secret"))
         << testing::PrintToString(arguments) << outcome.err;
     EXPECT_EQ("", outcome.out);
   }
@@ -238,7 +238,7 @@ TEST(CommandLine, HasTextAndJson) {
   machine.plain();
   const Outcome text = machine.run({"--dry-run", "vnc://h"});
   EXPECT_EQ(text.out, machine.run({"--dry-run", "--format=text", "vnc://h"}).out);
-  EXPECT_LT(1U, door::count(text.out, "\n"));
+  EXPECT_LT(1U, countOf(text.out, "\n"));
   const Outcome json = machine.run({"--dry-run", "--format", "json", "vnc://h"});
   EXPECT_EQ(
       R"({"link":"vnc://h","scheme":"vnc","user":null,"host":"h","port":null,"trusted":false,)"
@@ -276,7 +276,7 @@ TEST(CommandLine, HasHelpWithEveryOption) {
   for (const char* option :
        {"--viewer", "--dry-run", "--format", "--log", "--quiet", "--list", "--check", "--use",
         "--forget", "--trust", "--distrust", "--help", "--version", "LINK"}) {
-    EXPECT_TRUE(door::contains(help.out, option)) << option;
+    EXPECT_TRUE(contains(help.out, option)) << option;
   }
 }
 
@@ -286,7 +286,7 @@ TEST(CommandLine, HasAVersion) {
   EXPECT_EQ(0, version.status);
   EXPECT_EQ("", version.err);
   EXPECT_TRUE(version.out.starts_with("hopopen ")) << version.out;
-  EXPECT_EQ(1U, door::count(version.out, "\n"));
+  EXPECT_EQ(1U, countOf(version.out, "\n"));
 }
 
 TEST(CommandLine, StartsNothingForAWish) {

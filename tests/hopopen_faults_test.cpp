@@ -59,6 +59,12 @@ const Fault faultsOfDefinitions[] = {
      ""},
     {"a program with a relative path",
      "name = \"n\"\nschemes = [\"x\"]\nprograms = [\"./p\"]\narguments = []\n", "3:13", ""},
+    {"a program that is a folder",
+     "name = \"n\"\nschemes = [\"x\"]\nprograms = [\".\"]\narguments = []\n", "3:13", ""},
+    {"a program that is the folder above",
+     "name = \"n\"\nschemes = [\"x\"]\nprograms = [\"..\"]\narguments = []\n", "3:13", ""},
+    {"an empty list in the arguments",
+     "name = \"n\"\nschemes = [\"x\"]\nprograms = [\"p\"]\narguments = [[]]\n", "4:14", ""},
     {"arguments that are no list",
      "name = \"n\"\nschemes = [\"x\"]\nprograms = [\"p\"]\narguments = \"{host}\"\n", "4:13", ""},
     {"an argument that is no text",
@@ -160,8 +166,8 @@ TEST(FaultsOfDefinitions, AreToldWithTheirPlacesAndLeaveTheirFilesOut) {
     machine.define("faulty", fault.text);
     const Outcome launch = machine.run({"vnc://h"});
     EXPECT_TRUE(launch.err.starts_with(start + fault.place + ": ")) << launch.err;
-    EXPECT_EQ(1U, door::count(launch.err, "\n")) << launch.err;
-    EXPECT_TRUE(door::contains(launch.err, fault.word)) << launch.err;
+    EXPECT_EQ(1U, countOf(launch.err, "\n")) << launch.err;
+    EXPECT_TRUE(contains(launch.err, fault.word)) << launch.err;
     EXPECT_TRUE(door::isPlain(launch.err)) << launch.err;
     EXPECT_EQ(42, launch.status) << "the other viewer is still good";
     ASSERT_TRUE(launch.viewer);
@@ -182,7 +188,7 @@ TEST(FaultsOfDefinitions, AreToldByCheckWithStatusFour) {
     EXPECT_EQ(machine.path(Machine::definition("faulty")), faults[0]["file"]);
     EXPECT_EQ(fault.place, faults[0]["line"].dump() + ":" + faults[0]["column"].dump());
     EXPECT_EQ(4U, faults[0].size());
-    EXPECT_TRUE(door::contains(faults[0]["message"].get<std::string>(), fault.word)) << faults[0];
+    EXPECT_TRUE(contains(faults[0]["message"].get<std::string>(), fault.word)) << faults[0];
   }
 }
 
@@ -203,7 +209,7 @@ TEST(FaultsOfDefinitions, AreAllToldByCheck) {
   const std::string other = machine.path(Machine::definition("other", "data"));
   for (const std::string& line :
        {faulty + ":5:1: ", faulty + ":6:8: ", faulty + ":8:8: ", other + ":1:1: "}) {
-    EXPECT_TRUE(door::contains(check.out, line)) << line << " is not in\n" << check.out;
+    EXPECT_TRUE(contains(check.out, line)) << line << " is not in\n" << check.out;
   }
   // Faults of the other file: the unknown key, and the four required keys.
   EXPECT_EQ(8U, machine.json({"--check", "--format=json"})["faults"].size()) << check.out;
@@ -216,9 +222,9 @@ TEST(FaultsOfDefinitions, AreOneLineAFileAtALaunch) {
   machine.define("other", "colour = 1\n", "data");
   const Outcome launch = machine.run({"vnc://h"});
   EXPECT_EQ(42, launch.status);
-  EXPECT_EQ(2U, door::count(launch.err, "\n")) << launch.err;
-  EXPECT_EQ(1U, door::count(launch.err, machine.path(Machine::definition("faulty")) + ":"));
-  EXPECT_EQ(1U, door::count(launch.err, machine.path(Machine::definition("other", "data")) + ":"));
+  EXPECT_EQ(2U, countOf(launch.err, "\n")) << launch.err;
+  EXPECT_EQ(1U, countOf(launch.err, machine.path(Machine::definition("faulty")) + ":"));
+  EXPECT_EQ(1U, countOf(launch.err, machine.path(Machine::definition("other", "data")) + ":"));
 }
 
 TEST(FaultsOfDefinitions, AreNotToldAtALaunchThatIsQuiet) {
@@ -235,7 +241,7 @@ TEST(FaultsOfDefinitions, AreToldByCheckAlsoWhenItIsQuiet) {
   machine.define("faulty", with("colour = 1\n"));
   const Outcome check = machine.run({"--quiet", "--check"});
   EXPECT_EQ(4, check.status);
-  EXPECT_TRUE(door::contains(check.out, ":5:1: ")) << check.out;
+  EXPECT_TRUE(contains(check.out, ":5:1: ")) << check.out;
 }
 
 TEST(FaultsOfDefinitions, OfAFolderAndOfAPipeAreToldAtOnce) {
@@ -247,8 +253,8 @@ TEST(FaultsOfDefinitions, OfAFolderAndOfAPipeAreToldAtOnce) {
   ASSERT_EQ(0, mkfifo(machine.path(pipe).c_str(), 0600));
   const Outcome launch = machine.run({"vnc://h"});
   EXPECT_EQ(42, launch.status);
-  EXPECT_TRUE(door::contains(launch.err, machine.path(folder) + ":1:1: ")) << launch.err;
-  EXPECT_TRUE(door::contains(launch.err, machine.path(pipe) + ":1:1: ")) << launch.err;
+  EXPECT_TRUE(contains(launch.err, machine.path(folder) + ":1:1: ")) << launch.err;
+  EXPECT_TRUE(contains(launch.err, machine.path(pipe) + ":1:1: ")) << launch.err;
 }
 
 TEST(FaultsOfDefinitions, OfAFileThatCannotBeReadAreTold) {
@@ -257,7 +263,7 @@ TEST(FaultsOfDefinitions, OfAFileThatCannotBeReadAreTold) {
   std::filesystem::create_symlink("nothing", machine.path(Machine::definition("gone")));
   const Outcome launch = machine.run({"vnc://h"});
   EXPECT_EQ(42, launch.status);
-  EXPECT_TRUE(door::contains(launch.err, machine.path(Machine::definition("gone")) + ":1:1: "))
+  EXPECT_TRUE(contains(launch.err, machine.path(Machine::definition("gone")) + ":1:1: "))
       << launch.err;
 }
 
@@ -273,7 +279,7 @@ TEST(FaultsOfDefinitions, ComeFromAFileThatLacksEverything) {
     messages += fault["message"].get<std::string>() + "\n";
   }
   for (const char* key : {"name", "schemes", "programs", "arguments"}) {
-    EXPECT_TRUE(door::contains(messages, key)) << key << " is not in\n" << messages;
+    EXPECT_TRUE(contains(messages, key)) << key << " is not in\n" << messages;
   }
 }
 
@@ -287,12 +293,12 @@ TEST(FaultsOfDefinitions, AreShownWithoutControlCharacters) {
   const Outcome launch = machine.run({"vnc://h"}, variables);
   EXPECT_EQ(42, launch.status);
   EXPECT_TRUE(door::isPlain(launch.err)) << launch.err;
-  EXPECT_EQ(2U, door::count(launch.err, "\n")) << launch.err;
-  EXPECT_EQ(2U, door::count(launch.err, "a\\x1B]0;b\\x07\\xC3\\xA4\\x0A/")) << launch.err;
-  EXPECT_TRUE(door::contains(launch.err, "k\\x1B[31m\\x0A\\xC3\\xA4")) << launch.err;
+  EXPECT_EQ(2U, countOf(launch.err, "\n")) << launch.err;
+  EXPECT_EQ(2U, countOf(launch.err, "a\\x1B]0;b\\x07\\xC3\\xA4\\x0A/")) << launch.err;
+  EXPECT_TRUE(contains(launch.err, "k\\x1B[31m\\x0A\\xC3\\xA4")) << launch.err;
   const Outcome check = machine.run({"--check"}, variables);
   EXPECT_TRUE(door::isPlain(check.out)) << check.out;
-  EXPECT_EQ(2U, door::count(check.out, "a\\x1B]0;b\\x07\\xC3\\xA4\\x0A/")) << check.out;
+  EXPECT_EQ(2U, countOf(check.out, "a\\x1B]0;b\\x07\\xC3\\xA4\\x0A/")) << check.out;
 }
 
 }  // namespace

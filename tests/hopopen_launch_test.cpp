@@ -28,7 +28,7 @@ Strings environmentOf(const Outcome& outcome) {
     return result;
   }
   for (const std::string& variable : outcome.viewer->environment) {
-    if (!variable.starts_with("RECORDING=") && !door::contains(variable, "SAN_OPTIONS=")) {
+    if (!variable.starts_with("RECORDING=") && !contains(variable, "SAN_OPTIONS=")) {
       result.push_back(variable);
     }
   }
@@ -354,8 +354,8 @@ TEST(Launch, OfAFileThatTheKernelDoesNotExecuteIsRefusedAtOnce) {
     EXPECT_GT(2.5, launch.seconds);
     EXPECT_TRUE(launch.err.starts_with("hopopen: ")) << launch.err;
     EXPECT_TRUE(launch.err.ends_with(" (start)\n")) << launch.err;
-    EXPECT_TRUE(door::contains(launch.err, "Plain")) << launch.err;
-    EXPECT_EQ(1U, door::count(launch.err, "\n")) << launch.err;
+    EXPECT_TRUE(contains(launch.err, "Plain")) << launch.err;
+    EXPECT_EQ(1U, countOf(launch.err, "\n")) << launch.err;
     EXPECT_FALSE(machine.has("work/made-by-a-shell"));
   }
 }
@@ -367,9 +367,9 @@ TEST(Launch, ThatFailsNamesWhatToInstallAgain) {
   std::filesystem::permissions(machine.path("bin/plain"), std::filesystem::perms::owner_all);
   const Outcome launch = machine.run({"vnc://h"});
   EXPECT_EQ(3, launch.status);
-  EXPECT_TRUE(door::contains(launch.err,
-                             "Plain could not be started: Exec format error. "
-                             "Install it again: plain-viewer and other."))
+  EXPECT_TRUE(contains(launch.err,
+                       "Plain could not be started: Exec format error. "
+                       "Install it again: plain-viewer and other."))
       << launch.err;
 }
 

@@ -19,7 +19,7 @@ using door::Variables;
 // The log with "TIME" for each time, which must have the form 20261120T195147.
 std::string withoutTimes(const std::string& log) {
   std::string result;
-  for (const std::string& line : door::split(log, '\n')) {
+  for (const std::string& line : split(log, '\n')) {
     const std::size_t colon = line.find(": URI = ");
     if (colon == std::string::npos) {
       result += line + "\n";
@@ -99,7 +99,7 @@ TEST(Log, HasTheWholeLinkInPrintableCharacters) {
                               "\"\nhopopen: "))
       << log;
   EXPECT_TRUE(door::isPlain(log)) << log;
-  EXPECT_EQ(2U, door::count(log, "\n")) << log;
+  EXPECT_EQ(2U, countOf(log, "\n")) << log;
 }
 
 TEST(Log, HasNoPassword) {
@@ -111,9 +111,9 @@ TEST(Log, HasNoPassword) {
   machine.run({"--log=log", "vnc://u:secret@h?VncPassword=secret&Password=secret"});
   machine.run({"--log=log", "vnc://u:secret@h/secret-path"});
   const std::string log = withoutTimes(machine.read("work/log"));
-  EXPECT_TRUE(door::contains(log, "URI = \"vnc://u:***@h?VncPassword=***&Password=***\"\n")) << log;
-  EXPECT_TRUE(door::contains(log, "URI = \"vnc://u:***@h/secret-path\"\n")) << log;
-  EXPECT_EQ(2U, door::count(log, "secret")) << log;
+  EXPECT_TRUE(contains(log, "URI = \"vnc://u:***@h?VncPassword=***&Password=***\"\n")) << log;
+  EXPECT_TRUE(contains(log, "URI = \"vnc://u:***@h/secret-path\"\n")) << log;
+  EXPECT_EQ(2U, countOf(log, "secret")) << log;
 }
 
 TEST(Log, ThatCannotBeOpenedStopsNothing) {
@@ -136,7 +136,7 @@ std::map<std::string, std::string> contents(const Machine& machine) {
     if (name != machine.path("out") && name != machine.path("err")) {
       const auto changed = fs::last_write_time(entry.path()).time_since_epoch().count();
       result[name] = std::to_string(changed) + " " +
-                     (entry.is_regular_file() ? door::readFile(name) : std::string());
+                     (entry.is_regular_file() ? readFile(name) : std::string());
     }
   }
   return result;
@@ -218,7 +218,7 @@ TEST(Click, SeesDefinitionsThatChangedAfterAList) {
   machine.define("ssh", "name = \"T\"\n");
   const Outcome launch = machine.run({"vnc://h"});
   EXPECT_EQ(42, launch.status);
-  EXPECT_TRUE(door::contains(launch.err, machine.path(Machine::definition("ssh")) + ":1:1: "))
+  EXPECT_TRUE(contains(launch.err, machine.path(Machine::definition("ssh")) + ":1:1: "))
       << launch.err;
   machine.define("plain", "", "data");
   EXPECT_EQ("refused: scheme", machine.comesOf({"vnc://h"}));
@@ -261,7 +261,7 @@ TEST(Click, IsTheSameWhateverIsInTheFilesOfAList) {
     }
   }
   for (const std::string& file : kept) {
-    const std::string good = door::readFile(file);
+    const std::string good = readFile(file);
     const Strings bad{"",
                       "nonsense\n",
                       std::string(100000, 'x'),
@@ -269,7 +269,7 @@ TEST(Click, IsTheSameWhateverIsInTheFilesOfAList) {
                       good + good,
                       std::string(1, '\0') + good};
     for (const std::string& text : bad) {
-      launcher::writeFile(file, text);
+      writeFile(file, text);
       EXPECT_EQ((Strings{"plain", "h"}), machine.launch({"vnc://h"}));
       EXPECT_EQ((Strings{"plain", "-s"}), machine.launch({"ssh://h"}));
     }

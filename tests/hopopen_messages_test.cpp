@@ -50,9 +50,9 @@ TEST(Refusals, AreOneLineWithTheirCode) {
     EXPECT_EQ("", outcome.out);
     EXPECT_TRUE(outcome.err.starts_with("hopopen: ")) << outcome.err;
     EXPECT_TRUE(outcome.err.ends_with(" (" + std::string(row.code) + ")\n")) << outcome.err;
-    EXPECT_EQ(1U, door::count(outcome.err, "\n")) << outcome.err;
+    EXPECT_EQ(1U, countOf(outcome.err, "\n")) << outcome.err;
     EXPECT_TRUE(door::isPlain(outcome.err)) << outcome.err;
-    EXPECT_TRUE(door::contains(outcome.err, '"' + std::string(row.link) + '"')) << outcome.err;
+    EXPECT_TRUE(contains(outcome.err, '"' + std::string(row.link) + '"')) << outcome.err;
   }
 }
 
@@ -84,8 +84,8 @@ TEST(Refusals, AreToldByADryRunOnStandardOutput) {
     const Outcome text = machine.run({"--dry-run", "--", row.link});
     EXPECT_EQ(row.status, text.status);
     EXPECT_EQ("", text.err);
-    EXPECT_TRUE(door::contains(text.out, message)) << text.out;
-    EXPECT_TRUE(door::contains(text.out, row.code)) << text.out;
+    EXPECT_TRUE(contains(text.out, message)) << text.out;
+    EXPECT_TRUE(contains(text.out, row.code)) << text.out;
   }
 }
 
@@ -112,11 +112,11 @@ TEST(ShownLinks, AreCutAfter120Bytes) {
   const std::string shortest = "vnc://h/" + std::string(111, 'x');
   EXPECT_EQ(119U, shortest.size());
   const std::string full = shortest + "y";
-  EXPECT_TRUE(door::contains(machine.run({shortest}).err, '"' + shortest + '"'));
-  EXPECT_TRUE(door::contains(machine.run({full}).err, '"' + full + '"'));
+  EXPECT_TRUE(contains(machine.run({shortest}).err, '"' + shortest + '"'));
+  EXPECT_TRUE(contains(machine.run({full}).err, '"' + full + '"'));
   const std::string cut = machine.run({full + "z"}).err;
-  EXPECT_TRUE(door::contains(cut, '"' + full + "...\"")) << cut;
-  EXPECT_FALSE(door::contains(cut, "yz")) << cut;
+  EXPECT_TRUE(contains(cut, '"' + full + "...\"")) << cut;
+  EXPECT_FALSE(contains(cut, "yz")) << cut;
 }
 
 TEST(ShownLinks, AreCutByBytesAndNotByWhatIsShownForThem) {
@@ -127,9 +127,9 @@ TEST(ShownLinks, AreCutByBytesAndNotByWhatIsShownForThem) {
     escaped += "\\xC4";
   }
   const std::string whole = machine.run({std::string(120, '\xC4')}).err;
-  EXPECT_TRUE(door::contains(whole, '"' + escaped + '"')) << whole;
+  EXPECT_TRUE(contains(whole, '"' + escaped + '"')) << whole;
   const std::string cut = machine.run({std::string(121, '\xC4')}).err;
-  EXPECT_TRUE(door::contains(cut, '"' + escaped + "...\"")) << cut;
+  EXPECT_TRUE(contains(cut, '"' + escaped + "...\"")) << cut;
 }
 
 TEST(ShownLinks, HaveEachUnusualByteAsAnEscape) {
@@ -148,8 +148,8 @@ TEST(ShownLinks, HaveEachUnusualByteAsAnEscape) {
       shown = std::string("\\x") + digits[byte / 16] + digits[byte % 16];
     }
     const std::string line = machine.run({"--", std::string("0vnc://a") + character + "b"}).err;
-    EXPECT_TRUE(door::contains(line, "\"0vnc://a" + shown + "b\"")) << byte << ": " << line;
-    EXPECT_TRUE(door::isPlain(line) && door::count(line, "\n") == 1) << byte << ": " << line;
+    EXPECT_TRUE(contains(line, "\"0vnc://a" + shown + "b\"")) << byte << ": " << line;
+    EXPECT_TRUE(door::isPlain(line) && countOf(line, "\n") == 1) << byte << ": " << line;
   }
 }
 
@@ -209,7 +209,7 @@ TEST(ShownWords, OfAFaultyDefinitionAreWithoutControlCharacters) {
     const Outcome launch = machine.run({"vnc://h"});
     EXPECT_EQ(42, launch.status);
     EXPECT_TRUE(door::isPlain(launch.err)) << text << launch.err;
-    EXPECT_EQ(1U, door::count(launch.err, "\n")) << text << launch.err;
+    EXPECT_EQ(1U, countOf(launch.err, "\n")) << text << launch.err;
     EXPECT_TRUE(door::isPlain(machine.run({"--check"}).out)) << text;
   }
 }
@@ -266,9 +266,9 @@ TEST(Passwords, AreMaskedInTheLineAndTheLog) {
     const Outcome outcome = machine.run({"--log=log", "--", row.link});
     EXPECT_NE(42, outcome.status) << row.link;
     const std::string shown = '"' + std::string(row.shown) + '"';
-    EXPECT_TRUE(door::contains(outcome.err, shown)) << row.link << "\n" << outcome.err;
+    EXPECT_TRUE(contains(outcome.err, shown)) << row.link << "\n" << outcome.err;
     const std::string log = machine.read("work/log");
-    EXPECT_TRUE(door::contains(log, ": URI = " + shown + "\n")) << row.link << "\n" << log;
+    EXPECT_TRUE(contains(log, ": URI = " + shown + "\n")) << row.link << "\n" << log;
   }
 }
 
@@ -279,8 +279,8 @@ TEST(Passwords, AreMaskedInADryRun) {
     EXPECT_EQ(row.shown, machine.dry({"--", row.link})["link"]) << row.link;
     const Outcome text = machine.run({"--dry-run", "--", row.link});
     const std::string shown = '"' + std::string(row.shown) + '"';
-    EXPECT_TRUE(door::contains(text.out, shown)) << row.link << " " << text.out;
-    EXPECT_FALSE(door::contains(text.out, "...")) << "nothing is left out: " << text.out;
+    EXPECT_TRUE(contains(text.out, shown)) << row.link << " " << text.out;
+    EXPECT_FALSE(contains(text.out, "...")) << "nothing is left out: " << text.out;
   }
 }
 
@@ -297,12 +297,12 @@ TEST(Passwords, AreNowhereInWhatIsToldOfALinkThatWouldOpen) {
     for (const char* format : {"--format=json", "--format=text"}) {
       const Outcome outcome = machine.run({"--dry-run", format, "--log=log", link});
       EXPECT_EQ(0, outcome.status) << outcome.out;
-      EXPECT_FALSE(door::contains(outcome.out, "ecret")) << outcome.out;
-      EXPECT_TRUE(door::contains(outcome.out, "***")) << outcome.out;
+      EXPECT_FALSE(contains(outcome.out, "ecret")) << outcome.out;
+      EXPECT_TRUE(contains(outcome.out, "***")) << outcome.out;
     }
     EXPECT_EQ(42, machine.run({"--log=log", link}).status);
   }
-  EXPECT_FALSE(door::contains(machine.read("work/log"), "ecret")) << machine.read("work/log");
+  EXPECT_FALSE(contains(machine.read("work/log"), "ecret")) << machine.read("work/log");
 }
 
 TEST(Passwords, AreNotCutInTheMiddle) {
@@ -311,8 +311,8 @@ TEST(Passwords, AreNotCutInTheMiddle) {
   for (std::size_t length = 80; length < 130; ++length) {
     const std::string link = "vnc://" + std::string(length, 'u') + ":secretsecret@h/x";
     const Outcome outcome = machine.run({link});
-    EXPECT_FALSE(door::contains(outcome.err, ":s")) << outcome.err;
-    EXPECT_FALSE(door::contains(outcome.err, "sec")) << outcome.err;
+    EXPECT_FALSE(contains(outcome.err, ":s")) << outcome.err;
+    EXPECT_FALSE(contains(outcome.err, "sec")) << outcome.err;
   }
 }
 

@@ -41,7 +41,7 @@ Strings shownBy(const Machine& machine) {
 
 Strings argumentsOf(const Machine& machine, const std::string& name) {
   Machine::settle();
-  return door::split(machine.read("shown." + name), '\0');
+  return split(machine.read("shown." + name), '\0');
 }
 
 // The text of a refusal for people, without "hopopen: " and the code.
@@ -78,10 +78,10 @@ TEST(Notification, HasItsTextAsOneArgument) {
     const Strings arguments = argumentsOf(machine, name);
     for (std::string argument : arguments) {
       std::replace(argument.begin(), argument.end(), '\n', ' ');
-      holding += door::contains(argument, message) ? 1 : 0;
+      holding += contains(argument, message) ? 1 : 0;
     }
     EXPECT_EQ(1, holding) << name << ": " << testing::PrintToString(arguments);
-    EXPECT_EQ(1U, door::count(testing::PrintToString(arguments), "vnc://")) << name;
+    EXPECT_EQ(1U, countOf(testing::PrintToString(arguments), "vnc://")) << name;
   }
 }
 
@@ -92,15 +92,15 @@ TEST(Notification, HasNoMarkupOfALink) {
     notifier(machine, name);
     const Outcome outcome =
         machine.run({"--", "vnc://h/<b onclick='x'>&lt;&#60;</b>"}, ON_A_DESKTOP);
-    EXPECT_TRUE(door::contains(outcome.err, "<b onclick='x'>&lt;&#60;</b>")) << outcome.err;
+    EXPECT_TRUE(contains(outcome.err, "<b onclick='x'>&lt;&#60;</b>")) << outcome.err;
     std::string all;
     for (const std::string& argument : argumentsOf(machine, name)) {
       all += argument + "\n";
     }
     EXPECT_EQ(std::string::npos, all.find_first_of("<>&")) << name << ": " << all;
-    EXPECT_EQ(2U, door::count(all, "x3C")) << name << ": " << all;
-    EXPECT_EQ(2U, door::count(all, "x3E")) << name << ": " << all;
-    EXPECT_EQ(2U, door::count(all, "x26")) << name << ": " << all;
+    EXPECT_EQ(2U, countOf(all, "x3C")) << name << ": " << all;
+    EXPECT_EQ(2U, countOf(all, "x3E")) << name << ": " << all;
+    EXPECT_EQ(2U, countOf(all, "x26")) << name << ": " << all;
   }
 }
 
@@ -120,7 +120,7 @@ TEST(Notification, HasItsBackslashesAsEachProgramShowsThem) {
     for (const std::string& argument : argumentsOf(machine, name)) {
       all += argument + "\n";
     }
-    EXPECT_TRUE(door::contains(all, shown)) << name << ": " << all;
+    EXPECT_TRUE(contains(all, shown)) << name << ": " << all;
   }
 }
 
@@ -142,7 +142,7 @@ TEST(Notification, HasLinesOfAtMost72Bytes) {
           [](const std::string& a, const std::string& b) { return a.size() < b.size(); });
       ASSERT_NE(arguments.end(), text);
       std::string whole;
-      for (std::string line : door::split(*text, '\n')) {
+      for (std::string line : split(*text, '\n')) {
         if (line.starts_with("--text=")) {
           line = line.substr(7);
         }
@@ -177,8 +177,8 @@ TEST(Notification, HasNoControlCharacterAndNoPassword) {
     EXPECT_FALSE(arguments.empty()) << name;
     for (const std::string& argument : arguments) {
       EXPECT_TRUE(door::isPlain(argument)) << name << ": " << argument;
-      EXPECT_FALSE(door::contains(argument, "secret")) << name << ": " << argument;
-      EXPECT_FALSE(door::contains(argument, "\\n")) << name << ": " << argument;
+      EXPECT_FALSE(contains(argument, "secret")) << name << ": " << argument;
+      EXPECT_FALSE(contains(argument, "\\n")) << name << ": " << argument;
     }
   }
 }

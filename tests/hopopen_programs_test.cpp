@@ -334,9 +334,9 @@ TEST(List, ShowsEachViewerForPeople) {
   for (const std::string& part :
        {std::string("Plain"), std::string("vnc"), machine.path("bin/plain"), std::string("Far"),
         std::string("ssh"), std::string("not installed"), std::string("keyboard grab")}) {
-    EXPECT_TRUE(door::contains(list.out, part)) << part << " is not in\n" << list.out;
+    EXPECT_TRUE(contains(list.out, part)) << part << " is not in\n" << list.out;
   }
-  EXPECT_EQ(1U, door::count(list.out, "not installed")) << list.out;
+  EXPECT_EQ(1U, countOf(list.out, "not installed")) << list.out;
 }
 
 TEST(List, BesideSettingsWithAFaultIsRefused) {
@@ -346,7 +346,7 @@ TEST(List, BesideSettingsWithAFaultIsRefused) {
   for (const Strings& arguments : {Strings{"--list"}, Strings{"--list", "--format=json"}}) {
     const Outcome list = machine.run(arguments);
     EXPECT_EQ(4, list.status);
-    EXPECT_TRUE(door::contains(list.err, machine.path(Machine::settings()) + ":2:7: ")) << list.err;
+    EXPECT_TRUE(contains(list.err, machine.path(Machine::settings()) + ":2:7: ")) << list.err;
     EXPECT_TRUE(list.err.ends_with(" (settings)\n")) << list.err;
   }
 }
@@ -360,8 +360,8 @@ TEST(List, HidesControlCharactersOfNames) {
   EXPECT_EQ(0, list.status);
   EXPECT_TRUE(door::isPlain(list.out)) << list.out;
   const Outcome json = machine.run({"--list", "--format=json"});
-  EXPECT_TRUE(door::contains(json.out, R"("title":"\u00e4")")) << json.out;
-  EXPECT_TRUE(door::contains(json.out, R"("unguarded":["clip\u2028board"])")) << json.out;
+  EXPECT_TRUE(contains(json.out, R"("title":"\u00e4")")) << json.out;
+  EXPECT_TRUE(contains(json.out, R"("unguarded":["clip\u2028board"])")) << json.out;
 }
 
 }  // namespace

@@ -126,8 +126,8 @@ TEST(ShippedViewers, OfSpiceAreForTrustedMachinesUnlessTheyAreChosen) {
   furnish(machine);
   EXPECT_EQ("refused: viewer", machine.comesOf({"spice://h"}));
   const std::string why = machine.dry({"spice://h"})["refusal"]["message"];
-  EXPECT_TRUE(door::contains(why, "hopopen --trust h")) << why;
-  EXPECT_TRUE(door::contains(why, "hopopen --use virt-viewer-spice spice")) << why;
+  EXPECT_TRUE(contains(why, "hopopen --trust h")) << why;
+  EXPECT_TRUE(contains(why, "hopopen --use virt-viewer-spice spice")) << why;
   machine.set("[trust]\nhosts = [\"h\"]\n");
   EXPECT_EQ("virt-viewer-spice", machine.comesOf({"spice://h"}));
 }

@@ -353,7 +353,7 @@ TEST_P(StrangersLink, GetsCheckedPiecesIntoTheirPlacesOnly) {
       EXPECT_EQ(2, outcome.status);
       EXPECT_TRUE(door::isPlain(outcome.err)) << outcome.err;
       EXPECT_TRUE(outcome.err.starts_with("hopopen: ")) << outcome.err;
-      EXPECT_EQ(1U, door::count(outcome.err, "\n")) << outcome.err;
+      EXPECT_EQ(1U, countOf(outcome.err, "\n")) << outcome.err;
     }
     if (HasFailure()) {
       break;

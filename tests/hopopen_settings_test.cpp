@@ -66,12 +66,12 @@ TEST(ChangesOfSettings, LoseNothingWhenTwoHundredProgramsMakeThemAtOnce) {
   }
   const std::string text = machine.read(Machine::settings());
   EXPECT_TRUE(text.starts_with("# mine\n[trust]\nhosts = [\n  \"first.example\", # one\n")) << text;
-  EXPECT_EQ(door::count(text, "\n"), 207U) << text;
-  EXPECT_EQ(door::count(text, "\n[use]\n"), 1U) << text;
+  EXPECT_EQ(countOf(text, "\n"), 207U) << text;
+  EXPECT_EQ(countOf(text, "\n[use]\n"), 1U) << text;
   for (int i = 0; i < 100; i++) {
     const std::string number = std::to_string(i);
-    EXPECT_EQ(door::count(text, "\n  \"h" + number + ".example\",\n"), 1U) << number;
-    EXPECT_EQ(door::count(text, "\ns" + number + " = \"many\"\n"), 1U) << number;
+    EXPECT_EQ(countOf(text, "\n  \"h" + number + ".example\",\n"), 1U) << number;
+    EXPECT_EQ(countOf(text, "\ns" + number + " = \"many\"\n"), 1U) << number;
   }
 }
 

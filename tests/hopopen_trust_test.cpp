@@ -190,10 +190,10 @@ TEST(Settings, WithAFaultRefuseEveryLaunch) {
       EXPECT_EQ(4, launch.status);
       EXPECT_FALSE(launch.viewer);
       const std::string file = machine.path(Machine::settings(folder));
-      EXPECT_TRUE(door::contains(launch.err, file + ":" + fault.place + ": ")) << launch.err;
+      EXPECT_TRUE(contains(launch.err, file + ":" + fault.place + ": ")) << launch.err;
       EXPECT_TRUE(launch.err.starts_with("hopopen: ")) << launch.err;
       EXPECT_TRUE(launch.err.ends_with(" (settings)\n")) << launch.err;
-      EXPECT_EQ(1U, door::count(launch.err, "\n")) << launch.err;
+      EXPECT_EQ(1U, countOf(launch.err, "\n")) << launch.err;
       EXPECT_TRUE(door::isPlain(launch.err)) << launch.err;
     }
     std::filesystem::remove(machine.path(Machine::settings(folder)));
@@ -224,7 +224,7 @@ TEST(Settings, ThatCannotBeReadRefuseEveryLaunch) {
   machine.plain();
   std::filesystem::create_directories(machine.path(Machine::settings()));
   const std::string start = machine.path(Machine::settings()) + ":1:1: ";
-  EXPECT_TRUE(door::contains(machine.run({"vnc://h"}).err, start)) << machine.run({"vnc://h"}).err;
+  EXPECT_TRUE(contains(machine.run({"vnc://h"}).err, start)) << machine.run({"vnc://h"}).err;
   EXPECT_EQ("refused: settings", machine.comesOf({"vnc://h"}));
   std::filesystem::remove(machine.path(Machine::settings()));
   EXPECT_EQ("plain", machine.comesOf({"vnc://h"}));
@@ -250,12 +250,11 @@ TEST(Settings, WithAFaultAreShownWithoutControlCharacters) {
   const Outcome launch = machine.run({"vnc://h"}, variables);
   EXPECT_EQ(4, launch.status);
   EXPECT_TRUE(door::isPlain(launch.err)) << launch.err;
-  EXPECT_EQ(1U, door::count(launch.err, "\n")) << launch.err;
-  EXPECT_TRUE(door::contains(launch.err, "etc\\x1B[1m\\x0A/hoplaunch/hopopen.toml:2:10: "))
-      << launch.err;
+  EXPECT_EQ(1U, countOf(launch.err, "\n")) << launch.err;
+  EXPECT_TRUE(contains(launch.err, "etc\\x1B[1m\\x0A/hoplaunch/hopopen.toml:2:10: ")) << launch.err;
   const Outcome check = machine.run({"--check"}, variables);
   EXPECT_TRUE(door::isPlain(check.out)) << check.out;
-  EXPECT_EQ(2U, door::count(check.out, "etc\\x1B[1m\\x0A/hoplaunch/hopopen.toml:")) << check.out;
+  EXPECT_EQ(2U, countOf(check.out, "etc\\x1B[1m\\x0A/hoplaunch/hopopen.toml:")) << check.out;
 }
 
 }  // namespace

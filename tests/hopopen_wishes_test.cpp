@@ -36,7 +36,7 @@ void refuse(const Machine& machine, const Strings& arguments, const std::string&
   EXPECT_EQ(status, outcome.status) << testing::PrintToString(arguments) << outcome.err;
   EXPECT_TRUE(outcome.err.starts_with("hopopen: ")) << outcome.err;
   EXPECT_TRUE(outcome.err.ends_with(" (" + code + ")\n")) << outcome.err;
-  EXPECT_EQ(1U, door::count(outcome.err, "\n")) << outcome.err;
+  EXPECT_EQ(1U, countOf(outcome.err, "\n")) << outcome.err;
 }
 
 // Who chose the viewer for each of its schemes, according to --list.
@@ -117,9 +117,9 @@ TEST(Trust, KeepsHostsInTheFormInWhichTheyArePassedOn) {
   const std::string text = userFile(machine);
   for (const char* host :
        {"\"build.example\"", "\".lab.example\"", "\"1.2.3.4\"", "\"[FE80::1%25eth0]\""}) {
-    EXPECT_EQ(1U, door::count(text, host)) << host << " is not in\n" << text;
+    EXPECT_EQ(1U, countOf(text, host)) << host << " is not in\n" << text;
   }
-  EXPECT_EQ(8U, door::count(text, "\"")) << text;
+  EXPECT_EQ(8U, countOf(text, "\"")) << text;
   for (const char* link :
        {"vnc://build.example", "vnc://a.lab.example", "vnc://1.2.3.4", "vnc://[fe80::1%25eth0]"}) {
     EXPECT_EQ(true, machine.dry({link})["trusted"]) << link;
@@ -134,8 +134,8 @@ TEST(Trust, KeepsAHostOnce) {
   const std::string text = userFile(machine);
   succeed(machine, {"--trust", "[FE80:0::1]", "Host"});
   EXPECT_EQ(text, userFile(machine));
-  EXPECT_EQ(1U, door::count(text, "\"host\"")) << text;
-  EXPECT_EQ(1U, door::count(text, "\"[fe80::1]\"")) << text;
+  EXPECT_EQ(1U, countOf(text, "\"host\"")) << text;
+  EXPECT_EQ(1U, countOf(text, "\"[fe80::1]\"")) << text;
 }
 
 TEST(Trust, ChangesNothingWhenOneOfSeveralHostsIsBad) {
@@ -173,15 +173,15 @@ TEST(Distrust, SaysWhichOtherFileStillTrustsTheHost) {
       {"XDG_CONFIG_DIRS", machine.path("first") + ":" + machine.path("second")}};
   const Outcome still = machine.run({"--distrust", "host"}, variables);
   EXPECT_EQ(0, still.status);
-  EXPECT_TRUE(door::contains(still.out, machine.path(Machine::settings("first")))) << still.out;
-  EXPECT_FALSE(door::contains(still.out, machine.path(Machine::settings("second")))) << still.out;
-  EXPECT_TRUE(door::contains(still.out, "host")) << still.out;
+  EXPECT_TRUE(contains(still.out, machine.path(Machine::settings("first")))) << still.out;
+  EXPECT_FALSE(contains(still.out, machine.path(Machine::settings("second")))) << still.out;
+  EXPECT_TRUE(contains(still.out, "host")) << still.out;
   EXPECT_EQ(true, machine.dry({"vnc://host"}, variables)["trusted"]);
-  EXPECT_FALSE(door::contains(userFile(machine), "\"host\""));
+  EXPECT_FALSE(contains(userFile(machine), "\"host\""));
   const Outcome gone = machine.run({"--distrust", "mine"}, variables);
   EXPECT_EQ(0, gone.status);
-  EXPECT_FALSE(door::contains(gone.out, "first")) << gone.out;
-  EXPECT_FALSE(door::contains(gone.out, "second")) << gone.out;
+  EXPECT_FALSE(contains(gone.out, "first")) << gone.out;
+  EXPECT_FALSE(contains(gone.out, "second")) << gone.out;
 }
 
 TEST(Distrust, SaysWhichOtherFileTrustsAllHostsBelow) {
@@ -191,7 +191,7 @@ TEST(Distrust, SaysWhichOtherFileTrustsAllHostsBelow) {
   machine.set("[trust]\nhosts = [\".lab.example\"]\n", "etc");
   const Outcome outcome = machine.run({"--distrust", "a.lab.example"});
   EXPECT_EQ(0, outcome.status);
-  EXPECT_TRUE(door::contains(outcome.out, machine.path(Machine::settings("etc")))) << outcome.out;
+  EXPECT_TRUE(contains(outcome.out, machine.path(Machine::settings("etc")))) << outcome.out;
 }
 
 const char* const LIVED_IN =
@@ -225,7 +225,7 @@ TEST(Wishes, KeepCommentsAndWhatTheyDoNotKnow) {
        {"# What I use.\ncolour = \"green\"  # not read\n\n[use]   # viewers\n# the good one\n",
         "# for now\n", "\n[other]\nlist = [1, 2,\n  3] # three\n\n[trust]\n", "# the first\n",
         "# nothing here\n"}) {
-    EXPECT_TRUE(door::contains(text, kept)) << kept << "\nis not in\n" << text;
+    EXPECT_TRUE(contains(text, kept)) << kept << "\nis not in\n" << text;
   }
   EXPECT_EQ(R"({"vnc":"user","ssh":"user"})", chosen(machine, "both"));
   for (const auto& [host, trusted] :
@@ -279,7 +279,7 @@ TEST(Wishes, WriteThroughASymbolicLink) {
   EXPECT_FALSE(fs::is_symlink(machine.path("dotfiles/real.toml")));
   const std::string text = machine.read("dotfiles/real.toml");
   EXPECT_TRUE(text.starts_with("# real\n")) << text;
-  EXPECT_TRUE(door::contains(text, "\"host\"")) << text;
+  EXPECT_TRUE(contains(text, "\"host\"")) << text;
 }
 
 TEST(Wishes, NeverOverwriteAFileWithAFault) {
@@ -293,8 +293,7 @@ TEST(Wishes, NeverOverwriteAFileWithAFault) {
       const Outcome outcome = machine.run(arguments);
       EXPECT_EQ(4, outcome.status);
       EXPECT_TRUE(outcome.err.ends_with(" (settings)\n")) << outcome.err;
-      EXPECT_TRUE(door::contains(outcome.err, machine.path(Machine::settings()) + ":"))
-          << outcome.err;
+      EXPECT_TRUE(contains(outcome.err, machine.path(Machine::settings()) + ":")) << outcome.err;
       EXPECT_EQ(text, userFile(machine));
     }
   }
@@ -313,7 +312,7 @@ TEST(Wishes, ThatCannotBeWrittenEndWithStatusFour) {
     const Outcome outcome = machine.run({"--trust", "h"}, variables);
     EXPECT_EQ(4, outcome.status) << testing::PrintToString(variables);
     EXPECT_TRUE(outcome.err.starts_with("hopopen: ")) << outcome.err;
-    EXPECT_EQ(1U, door::count(outcome.err, "\n")) << outcome.err;
+    EXPECT_EQ(1U, countOf(outcome.err, "\n")) << outcome.err;
   }
 }
 
@@ -361,8 +360,8 @@ TEST(Wishes, OfTwoHundredAtOnceAreAllFulfilled) {
   const std::string text = userFile(machine);
   for (int index = 0; index < pairs; ++index) {
     const std::string number = std::to_string(index);
-    EXPECT_EQ(1U, door::count(text, "\"h" + number + ".example\"")) << text;
-    EXPECT_EQ(1U, door::count(text, "\ns" + number + " = \"many\"\n")) << text;
+    EXPECT_EQ(1U, countOf(text, "\"h" + number + ".example\"")) << text;
+    EXPECT_EQ(1U, countOf(text, "\ns" + number + " = \"many\"\n")) << text;
   }
   EXPECT_EQ("refused: choice", machine.comesOf({"s7://h7.example"}));
 }

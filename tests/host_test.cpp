@@ -6,6 +6,7 @@
 
 #include <string>
 
+#include "texts.h"
 #include "trusted.h"
 
 namespace hopopen::host_test {
@@ -16,14 +17,6 @@ std::string read(const std::string& text) {
   host machine;
   const auto fault = readHost({text, 0}, machine);
   return fault ? "fault at " + std::to_string(fault->position) : machine.bracketed();
-}
-
-std::string times(std::size_t count, const std::string& text) {
-  std::string result;
-  for (std::size_t i = 0; i < count; i++) {
-    result += text;
-  }
-  return result;
 }
 
 TEST(Host, IsANameInLowerCaseWithoutItsLastDot) {
@@ -61,13 +54,13 @@ TEST(Host, HasNoEmptyPart) {
 }
 
 TEST(Host, HasPartsOfAtMost63Characters) {
-  EXPECT_EQ(times(63, "a") + ".b", read(times(63, "a") + ".b"));
-  EXPECT_EQ("fault at 63", read(times(64, "a") + ".b"));
-  EXPECT_EQ("fault at 65", read("x." + times(64, "a")));
+  EXPECT_EQ(repeated(63, "a") + ".b", read(repeated(63, "a") + ".b"));
+  EXPECT_EQ("fault at 63", read(repeated(64, "a") + ".b"));
+  EXPECT_EQ("fault at 65", read("x." + repeated(64, "a")));
 }
 
 TEST(Host, HasAtMost253Characters) {
-  const std::string longest = times(126, "a.") + "b";
+  const std::string longest = repeated(126, "a.") + "b";
   ASSERT_EQ(253U, longest.size());
   EXPECT_EQ(longest, read(longest));
   EXPECT_EQ(longest, read(longest + "."));

@@ -11,11 +11,11 @@
 
 #include "../brimcore/language_tables.h"
 #include "DistName.h"
-#include "child_output.h"
+#include "children.h"
 #include "configDB.h"
-#include "event_probe.h"
 #include "events.h"
 #include "kept_traces.h"
+#include "reports.h"
 #include "test_language.h"
 #include "threading.h"
 
@@ -54,7 +54,7 @@ std::string names() {
 // --- Languages -------------------------------------------------------------
 
 TEST(language, IsRegisteredUnderItsName) {
-  eventProbe probe(5);
+  reportCatcher probe(5);
   testLanguage& french = testLanguage::make("French");
   EXPECT_EQ(french.name(), "French");
   EXPECT_TRUE(french.okay());
@@ -65,7 +65,7 @@ TEST(language, IsRegisteredUnderItsName) {
 
 TEST(language, RefusesANameThatIsTaken) {
   testLanguage& first = testLanguage::make("French");
-  eventProbe probe(5);
+  reportCatcher probe(5);
   testLanguage& second = testLanguage::make("FRENCH");
   ASSERT_EQ(probe.seen.size(), 1u);
   EXPECT_EQ(probe.seen[0].written,
@@ -78,7 +78,7 @@ TEST(language, RefusesANameThatIsTaken) {
 }
 
 TEST(language, WithoutANameIsNotRegistered) {
-  eventProbe probe(5);
+  reportCatcher probe(5);
   testLanguage& first = testLanguage::make("");
   testLanguage& second = testLanguage::make("");
   EXPECT_EQ(first.name() + second.name(), "");
@@ -105,7 +105,7 @@ TEST(language, ListsAllInTheOrderOfTheirNames) {
 }
 
 TEST(language, FindsItsStandByWhileNoneIsRegistered) {
-  eventProbe probe(5);
+  reportCatcher probe(5);
   language& bad = language::Default();
   EXPECT_EQ(bad.name(), "BAD");
   EXPECT_NE(dynamic_cast<badLanguage*>(&bad), nullptr);
@@ -155,7 +155,7 @@ TEST(language, TakesTheConfiguredOneForItsDefault) {
   configure("Klingon");
   EXPECT_EQ(&language::Default(), &danish);
   configure("");
-  eventProbe probe(5);
+  reportCatcher probe(5);
   EXPECT_EQ(&language::Default(), &danish);
   EXPECT_TRUE(probe.seen.empty()) << probe.seen[0].written;
 }
@@ -163,7 +163,7 @@ TEST(language, TakesTheConfiguredOneForItsDefault) {
 TEST(language, CannotBeLoaded) {
   testLanguage& french = testLanguage::make("French");
   french.phrases()["own"] = {"un"};
-  eventProbe probe(5);
+  reportCatcher probe(5);
   EXPECT_FALSE(french.load("cn=French"));
   ASSERT_EQ(probe.seen.size(), 1u);
   EXPECT_EQ(probe.seen[0].domain, "commonEvent");
@@ -363,11 +363,11 @@ TEST(length, GuardsAgainstAMissingEnd) {
   EXPECT_EQ(length(many.data()), 9999);
   many.back() = "text";
   many.push_back(nullptr);
-  const childEnd end = runInChild([&] {
+  const processEnd end = runSharingChild([&] {
     stderrHandler handler(5, AUD_ALL);
     length(many.data());
   });
-  EXPECT_EQ(end.ending(), "signal 6");
+  EXPECT_EQ(end.ending, "signal 6");
   EXPECT_NE(
       end.errors.find(": Fatal: assert/assert failure \"++result < 10000\" | ../brimcore/language"),
       std::string::npos)
@@ -376,8 +376,8 @@ TEST(length, GuardsAgainstAMissingEnd) {
 
 TEST(length, LooksNoFurtherThanItsGuard) {
   const std::vector<const char*> endless(10000, "text");  // without a null entry
-  const childEnd end = runInChild([&] { length(endless.data()); });
-  EXPECT_EQ(end.ending(), "signal 6") << end.errors;
+  const processEnd end = runSharingChild([&] { length(endless.data()); });
+  EXPECT_EQ(end.ending, "signal 6") << end.errors;
   EXPECT_EQ(end.errors, "");
 }
 
@@ -395,7 +395,7 @@ TEST(languageString, GivesItsDefaultBeforeItIsFinalised) {
 TEST(languageString, IsLookedUpInTheLanguageOnceItIsFinalised) {
   testLanguage& english = testLanguage::make("English");
   testLanguage& french = testLanguage::make("French");
-  eventProbe probe(5);
+  reportCatcher probe(5);
   languageString::finalise();
   EXPECT_TRUE(probe.seen.empty()) << probe.seen[0].written;
   EXPECT_EQ(apple(english), "an apple");
@@ -411,7 +411,7 @@ TEST(languageString, IsLookedUpInTheLanguageOnceItIsFinalised) {
 TEST(languageString, IsFinalisedByTheFirstReadOfTheConfiguration) {
   configure("English");
   EXPECT_EQ(language::Default().phrase("Early Fruit", 0), "an apple");
-  eventProbe probe(5);
+  reportCatcher probe(5);
   languageString::finalise();
   ASSERT_EQ(probe.seen.size(), 1u);
   EXPECT_EQ(probe.seen[0].qualifier, "Repeated calls");
@@ -465,7 +465,7 @@ TEST(languageString, StandsUnderTheVectorNameOfTheFirstOfItsRun) {
 
 TEST(languageString, RefusesAKeywordThatIsTaken) {
   static languageString first("Open", "open it", "Actions");
-  eventProbe probe(5);
+  reportCatcher probe(5);
   static languageString second("OPEN", "open again", "actions");
   ASSERT_EQ(probe.seen.size(), 1u);
   EXPECT_EQ(
@@ -499,7 +499,7 @@ TEST(languageString, ReportsASecondFinaliseAndKeepsItsIndices) {
   languageString::finalise();
   testLanguage& french = testLanguage::make("French");
   const std::string& before = french.phrase("Letters", 1);
-  eventProbe probe(5);
+  reportCatcher probe(5);
   languageString::finalise();
   ASSERT_EQ(probe.seen.size(), 1u);
   EXPECT_EQ(probe.seen[0].written,

@@ -6,7 +6,7 @@
 
 #include <string>
 
-#include "fresh_process.h"
+#include "children.h"
 #include "semaphore_sets.h"
 #include "threading.h"
 

@@ -14,8 +14,8 @@
 
 #include "explain_runner.h"
 #include "launcher_runner.h"
+#include "semaphore_sets.h"
 #include "soft_limit.h"
-#include "system_sets.h"
 
 namespace launcher_ending_test {
 
@@ -77,7 +77,7 @@ TEST(NoSemaphores, AreToldInTheLog) {
 TEST(NoSemaphores, AreToldAtTheEndOfALogThatThereIs) {
   REQUIRE_LIMIT("250 32000 100 0");
   Workshop shop;
-  launcher::writeFile(shop.work() / "log", "an earlier line\n");
+  writeFile(shop.work() / "log", "an earlier line\n");
   const Outcome outcome = shop.run({.arguments = {"vnc://h/", "-log=log"}, .prepare = leaveNoCore});
   ASSERT_TRUE(shop.log().starts_with("an earlier line\n"));
   expectNoSet(outcome, shop.log().substr(16), "No space left on device");

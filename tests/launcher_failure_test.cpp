@@ -148,7 +148,7 @@ TEST(LauncherFailure, AProgramThatCannotBeExecutedIsLoggedBeforeAWait) {
   std::vector<std::unique_ptr<Workshop>> shops;
   for (const FailedLaunch& one : cases) {
     Workshop& shop = *shops.emplace_back(std::make_unique<Workshop>());
-    launcher::writeFile(shop.work() / "bin" / "plain", "exit 1\n");
+    writeFile(shop.work() / "bin" / "plain", "exit 1\n");
     std::filesystem::permissions(shop.work() / "bin" / "plain",
                                  static_cast<std::filesystem::perms>(0644));
     std::filesystem::create_symlink("loop", shop.work() / "bin" / "loop");
@@ -181,7 +181,7 @@ TEST(LauncherFailure, AProgramThatCannotBeExecutedIsLoggedBeforeAWait) {
 // The C library lets the shell run files that the kernel cannot run (ENOEXEC).
 TEST(LauncherFailure, AProgramOfNoKnownFormatIsRunByTheShell) {
   Workshop shop;
-  launcher::writeFile(shop.work() / "bin" / "script", "echo \"$0\" \"$@\"\nexit 7\n");
+  writeFile(shop.work() / "bin" / "script", "echo \"$0\" \"$@\"\nexit 7\n");
   std::filesystem::permissions(shop.work() / "bin" / "script",
                                static_cast<std::filesystem::perms>(0755));
   const Outcome outcome =
@@ -277,7 +277,7 @@ TEST(LauncherFailure, APipeWithoutAReaderUnderTheLogOfABadUriIsSilent) {
 TEST(LauncherFailure, ALogThatMayNotGrowStopsNothing) {
   Workshop shop;
   constexpr std::size_t limit = std::size_t{1} << 20;
-  launcher::writeFile(shop.work() / "log", std::string(limit, '\n'));
+  writeFile(shop.work() / "log", std::string(limit, '\n'));
   const Outcome outcome = shop.run({.arguments = {"-log=log", "vnc://h/"}, .prepare = [] {
                                       if (!setSoftLimit(RLIMIT_FSIZE, limit)) _exit(124);
                                     }});

@@ -6,8 +6,8 @@
 
 #include "explain_runner.h"
 #include "launcher_runner.h"
+#include "semaphore_sets.h"
 #include "soft_limit.h"
-#include "system_sets.h"
 
 namespace launcher_memory_test {
 

@@ -15,7 +15,7 @@
 #include <vector>
 
 #include "launcher_runner.h"
-#include "system_sets.h"
+#include "semaphore_sets.h"
 
 namespace launcher_semaphore_test {
 

@@ -49,12 +49,12 @@ INSTANTIATE_TEST_SUITE_P(Cases, Launcher, testing::ValuesIn(launcher::readCases(
                          [](const auto& one) { return one.param.name; });
 
 TEST(LauncherCases, AreAllRead) {
-  EXPECT_EQ(159U, launcher::readCases().size()) << LAUNCHER_CASES;
+  EXPECT_EQ(159U, launcher::readCases().size()) << TEST_DATA;
 }
 
 TEST(LauncherLog, IsAppendedTo) {
   Workshop shop;
-  launcher::writeFile(shop.work() / "log", "kept, without an end of line ");
+  writeFile(shop.work() / "log", "kept, without an end of line ");
   const Outcome first = shop.run({.arguments = {"-log=log", "ssh://h/"}});
   EXPECT_EQ(42, first.status);
   const Outcome second = shop.run({.arguments = {"-log=log", "no URI"}});
@@ -123,7 +123,7 @@ TEST(LauncherProgram, IsSearchedInTheOrderOfThePath) {
 
 TEST(LauncherProgram, MayBeAShellScriptWithoutAFirstLine) {
   Workshop shop;
-  launcher::writeFile(shop.work() / "bin" / "script", "printf '<%s>' \"$@\"\nexit 7\n");
+  writeFile(shop.work() / "bin" / "script", "printf '<%s>' \"$@\"\nexit 7\n");
   std::filesystem::permissions(shop.work() / "bin" / "script", std::filesystem::perms::owner_all);
   const Outcome outcome = shop.run({.arguments = {"-program=script", "ssh://h/?a=b c"}});
   EXPECT_EQ(7, outcome.status);

@@ -18,7 +18,7 @@ using launcher::Workshop;
 // Checks the block of a publication and the line of the version that it replaced.
 void expectOnePublication(const std::string& text) {
   ASSERT_TRUE(text.ends_with("\n"));
-  const Strings lines = launcher::split(text, '\n');
+  const Strings lines = split(text, '\n');
   ASSERT_GE(lines.size(), 6U);
   std::smatch addresses;
   ASSERT_TRUE(

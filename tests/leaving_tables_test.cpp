@@ -6,7 +6,7 @@
 #include <string>
 
 #include "language.h"
-#include "report_recorder.h"
+#include "reports.h"
 #include "threading.h"
 
 namespace leaving_tables_test {
@@ -150,7 +150,7 @@ TEST(LanguageString, ThatWasRefusedTakesNoOtherAlong) {
 TEST(LanguageString, MayBeDeclaredAgainOnceItIsGone) {
   auto first = std::make_unique<languageString>("a", "first", "vector");
   first.reset();
-  reportRecorder recorder;
+  reportCatcher recorder;
   const languageString second("a", "second", "vector");
   EXPECT_EQ(recorder.take().size(), 0U);
   languageString::finalise();

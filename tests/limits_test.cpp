@@ -13,11 +13,10 @@
 #include <string>
 #include <thread>
 
-#include "child_output.h"
+#include "children.h"
 #include "conversion.h"
 #include "datetime.h"
 #include "events.h"
-#include "fresh_process.h"
 #include "html_escape.h"
 #include "processes.h"
 #include "semaphore_sets.h"

@@ -42,7 +42,7 @@ std::string folder() {
 // "a:b" as absolute names.
 std::string folders(const std::string& names) {
   std::string result;
-  for (const std::string& name : launcher::split(names, ':')) {
+  for (const std::string& name : split(names, ':')) {
     result.append(result.empty() ? "" : ":").append(folder()).append("/").append(name);
   }
   return result;

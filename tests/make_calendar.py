@@ -94,7 +94,7 @@ def instants():
 
 
 def main():
-    folder = pathlib.Path(__file__).resolve().parent
+    folder = pathlib.Path(__file__).resolve().parent / "data"
     (folder / "calendar.txt").write_text(CALENDAR_HEAD + "\n".join(calendar_lines()) + "\n")
     lines = ["\t".join([str(s), str(u), *styles(s, u)]) for s, u in instants()]
     (folder / "date_styles.txt").write_text(STYLES_HEAD + "\n".join(lines) + "\n")

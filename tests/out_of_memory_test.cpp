@@ -7,13 +7,12 @@
 
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <new>
 #include <string>
 
-#include "fresh_process.h"
+#include "children.h"
 #include "options.h"
+#include "texts.h"
 
 namespace out_of_memory_test {
 
@@ -51,8 +50,7 @@ TEST(EndWithoutMemory, IsARefusalThatIsSaidAndLogged) {
   EXPECT_EQ("exit 3", end.ending);
   EXPECT_EQ(noMemory, end.errors);
   EXPECT_EQ("", end.output);
-  std::ifstream file(log);
-  const std::string logged{std::istreambuf_iterator<char>(file), {}};
+  const std::string logged = readFile(log);
   EXPECT_TRUE(logged.ends_with(noMemory)) << logged;
   std::filesystem::remove(log);
 }

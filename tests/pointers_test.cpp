@@ -8,7 +8,7 @@
 #include <type_traits>
 #include <utility>
 
-#include "report_recorder.h"
+#include "reports.h"
 #include "threading.h"
 
 namespace pointers_test {
@@ -151,7 +151,7 @@ TEST(TautoPtr, AssertsThatThereIsAnObject) {
     SCOPED_TRACE(row.what);
     EXPECT_EXIT(
         {
-          const reportPrinter printer;
+          const reportTeller printer(STDERR_FILENO, inAngles);
           TautoPtr<counter> nothing(nullptr, false);
           row.access(nothing);
         },

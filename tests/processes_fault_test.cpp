@@ -10,19 +10,15 @@
 #include <ctime>
 #include <string>
 
+#include "children.h"
 #include "fake_clock.h"
-#include "fresh_process.h"
 #include "processes.h"
+#include "reports.h"
 #include "system_calls.h"
-#include "telling_handler.h"
 
 namespace processes_fault_test {
 
 namespace {
-
-void tell(const char* name, int value) {
-  dprintf(STDOUT_FILENO, "%s %d\n", name, value);
-}
 
 int forkError = 0;       // makes `fork` fail
 bool waitFails = false;  // makes `waitpid` return the next two
@@ -98,7 +94,7 @@ TEST(ThreadFailure, OfForkIsReported) {
   for (const auto& row : cases) {
     SCOPED_TRACE(row.error);
     const processEnd end = runFreshChild([&] {
-      tellingHandler handler;
+      reportTeller handler;
       goodThread thread;
       forkError = row.error;
       tell("created", thread.create());
@@ -117,7 +113,7 @@ TEST(ThreadFailure, OfForkIsReported) {
 
 TEST(ThreadFailure, OfForkForgetsNoEarlierChild) {
   const processEnd end = runFreshChild([] {
-    tellingHandler handler;
+    reportTeller handler;
     goodThread thread;
     tell("created", thread.create());
     forkError = EAGAIN;
@@ -151,7 +147,7 @@ TEST(ThreadFailure, OfWaitpidIsReported) {
   for (const auto& row : cases) {
     SCOPED_TRACE(row.what);
     const processEnd end = runFreshChild([&] {
-      tellingHandler handler;
+      reportTeller handler;
       goodThread thread;
       tell("created", thread.create());
       waitFails = true;
@@ -171,7 +167,7 @@ TEST(ThreadFailure, OfWaitpidIsReported) {
 
 TEST(ThreadFailure, IsNotReportedWhereWaitpidIsNotNeeded) {
   const processEnd end = runFreshChild([] {
-    tellingHandler handler;
+    reportTeller handler;
     goodThread thread;
     tellWait = true;
     tell("waited", thread.waitFor());
@@ -211,7 +207,7 @@ TEST(ExitWaitThread, TicksEachSecondWithoutDrift) {
   for (const auto& row : cases) {
     SCOPED_TRACE(row.what);
     const processEnd end = runFreshChild([&] {
-      tellingHandler handler;
+      reportTeller handler;
       notified one;
       signal(SIGUSR1, [](int) { Thread::shutDown(); });
       simulateClock(row.oversleeps, row.count);

@@ -18,20 +18,19 @@
 #include <typeinfo>
 #include <vector>
 
-#include "fresh_process.h"
+#include "children.h"
 #include "processes.h"
-#include "telling_handler.h"
+#include "reports.h"
 #include "threading.h"
 
 namespace processes_test {
 
 namespace {
 
+using ::tell;
+
 void tell(const char* text) {
   dprintf(STDOUT_FILENO, "%s\n", text);
-}
-void tell(const char* name, int value) {
-  dprintf(STDOUT_FILENO, "%s %d\n", name, value);
 }
 
 // A thread that runs a function.
@@ -177,7 +176,7 @@ TEST(Thread, RunsBesideItsCreatorAndOthers) {
 
 TEST(Thread, IsNotWaitedForUnlessItWasStarted) {
   const processEnd end = runFreshChild([] {
-    tellingHandler handler;
+    reportTeller handler;
     functionThread thread(true, [] { return true; });
     tell("waited", thread.waitFor());
     return 0;
@@ -189,7 +188,7 @@ TEST(Thread, IsNotWaitedForUnlessItWasStarted) {
 
 TEST(Thread, ReportsASecondWait) {
   const processEnd end = runFreshChild([] {
-    tellingHandler handler;
+    reportTeller handler;
     functionThread thread(true, [] { return true; });
     tell("created", thread.create());
     tell("waited", thread.waitFor());
@@ -237,7 +236,7 @@ TEST(Thread, WritesNothingInTheBase) {
 
 TEST(Thread, IsNotImplementedAsALightWeightThread) {
   const processEnd end = runFreshChild([] {
-    tellingHandler handler;
+    reportTeller handler;
     functionThread thread(false, [] {
       tell("runs");
       return true;
@@ -493,7 +492,7 @@ TEST(ExitWaitThread, TellsTheNotifiersOfItsOwnProcess) {
 
 TEST(ExitWaitThread, IsNotImplementedAsALightWeightThread) {
   const processEnd end = runFreshChild([] {
-    tellingHandler handler;
+    reportTeller handler;
     exitWaitThread watcher(false);
     tell("created", watcher.create());
     return 0;

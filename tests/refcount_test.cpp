@@ -13,8 +13,9 @@
 #include <vector>
 
 #include "counted_box.h"
-#include "report_recorder.h"
+#include "reports.h"
 #include "section_watch.h"
+#include "semaphore_sets.h"
 #include "system_calls.h"
 
 namespace refcount_test {
@@ -551,12 +552,6 @@ TEST(Counted, PassesTheReleaseOnFromParentToParent) {
   EXPECT_EQ(takeHistory(), (lines{"destroyed a''", "destroyed a'", "destroyed a"}));
 }
 
-/// The argument of `semctl`.
-union semaphoreValue {
-  int val;
-  void* other;
-};
-
 void takeBadStage(int stage) {
   const boxRef holder(boxIn(static_cast<refCountStage>(stage), "a"));
 }
@@ -604,12 +599,12 @@ TEST(RefcountAssertions, ReportTheirPositions) {
     SCOPED_TRACE(row.what);
     EXPECT_EXIT(
         {
-          const reportPrinter printer;
+          const reportTeller printer(STDERR_FILENO, inAngles);
           row.fail();
         },
         testing::KilledBySignal(SIGABRT), row.report);
     // The publication dies inside the section.
-    ASSERT_EQ(semctl(set, CS_REFCOUNT, SETVAL, semaphoreValue{1}), 0);
+    ASSERT_EQ(semctl(set, CS_REFCOUNT, SETVAL, semaphoreArgument{1}), 0);
   }
 }
 
@@ -645,7 +640,7 @@ TEST(Reference, LeavesSharedInstancesAliveWhenTheSectionIsGone) {
   EXPECT_EXIT(releaseWithoutSections(), testing::ExitedWithCode(0),
               "destroyed private; destroyed parent'; canonical, count 1, version 0; obsolete, "
               "count 1, version 0; canonical, count 2, version 0[.]");
-  EXPECT_EQ(semctl(set, CS_REFCOUNT, GETVAL), 1) << "the child removed the set of its parent";
+  EXPECT_EQ(semaphoreValue(set, CS_REFCOUNT), 1) << "the child removed the set of its parent";
 }
 
 }  // namespace

@@ -15,6 +15,8 @@
 #include <string>
 #include <vector>
 
+#include "texts.h"
+
 namespace rooms_test {
 
 namespace {
@@ -39,8 +41,7 @@ std::string unitOf(const fs::path& file) {
 std::vector<std::string> includesOf(const fs::path& file) {
   const std::string directive = "#include \"";
   std::vector<std::string> result;
-  std::ifstream source(TOP / file);
-  for (std::string line; std::getline(source, line);) {
+  for (const std::string& line : linesOf(readFile(TOP / file))) {
     if (line.starts_with(directive)) {
       const std::size_t length = line.find('"', directive.size()) - directive.size();
       result.push_back(line.substr(directive.size(), length));

@@ -10,8 +10,9 @@
 #include <string>
 #include <vector>
 
-#include "fresh_process.h"
+#include "children.h"
 #include "processes.h"
+#include "section_state.h"
 #include "semaphore_sets.h"
 #include "threading.h"
 

@@ -389,10 +389,10 @@ TEST(ARegistration, ThatEndsInABareKeywordLosesItsURI) {
 
 // The wrapper is the first script in the document, indented by three.
 TEST(TheWrapperOfTheDocument, HandsNothingButAnAddressToTheViewer) {
-  const std::string document = launcher::readFile(SECURITY_DOCUMENT);
+  const std::string document = readFile(SECURITY_DOCUMENT);
   std::string script;
   bool inside = false;
-  for (const std::string& line : launcher::split(document, '\n')) {
+  for (const std::string& line : split(document, '\n')) {
     if (line.starts_with("   ```")) {
       inside = line == "   ```sh";
     } else if (inside) {
@@ -402,7 +402,7 @@ TEST(TheWrapperOfTheDocument, HandsNothingButAnAddressToTheViewer) {
   ASSERT_TRUE(script.ends_with("\nexec vncviewer \"$address\"\n")) << script;
   Workshop shop;
   const auto wrapper = shop.work() / "bin" / "wrapper";
-  launcher::writeFile(wrapper, script);
+  writeFile(wrapper, script);
   std::filesystem::permissions(wrapper, std::filesystem::perms::owner_all);
 
   Strings uris = hostile;

@@ -13,10 +13,10 @@
 #include <string>
 
 #include "asserts.h"
-#include "fresh_process.h"
+#include "children.h"
+#include "reports.h"
+#include "section_state.h"
 #include "semaphore_sets.h"
-#include "system_sets.h"
-#include "telling_handler.h"
 #include "threading.h"
 
 namespace semaphore_end_test {
@@ -38,7 +38,7 @@ int drawAndTell() {
 
 TEST(SemaphoreEnd, ByAnAssertionRemovesTheSetAfterTheReport) {
   const processEnd end = runFreshChild([] {
-    const tellingHandler handler;
+    const reportTeller handler;
     drawAndTell();
     const int one = 1;
     ASSERT(one == 2);
@@ -81,7 +81,7 @@ TEST(SemaphoreEnd, ByAnAssertionLeavesTheSetToItsReport) {
 TEST(SemaphoreEnd, OfAChildByAnAssertionLeavesTheSetOfItsParent) {
   const int set = semaphoreSet(false);
   const processEnd end = runChild([] {
-    const tellingHandler handler;
+    const reportTeller handler;
     const int one = 1;
     ASSERT(one == 2);
     return 0;
@@ -147,6 +147,28 @@ TEST(SemaphoreEnd, OfAChildByASignalLeavesTheSetOfItsParent) {
   });
   EXPECT_EQ("signal 15", end.ending);
   EXPECT_TRUE(setExists(set));
+}
+
+// SIGURG ends no process by itself.
+TEST(SemaphoreEnd, ByASignalIsAsIfThereWereNoHandler) {
+  const processEnd end = runFreshChild([] {
+    std::signal(SIGURG, semaphoreEndBy);
+    const int set = drawAndTell();
+    sigset_t blocked;
+    sigemptyset(&blocked);
+    sigaddset(&blocked, SIGURG);
+    sigprocmask(SIG_BLOCK, &blocked, nullptr);
+    semaphoreEndBy(SIGURG);
+    tell("gone", setExists(set) ? 0 : 1);
+    struct sigaction now = {};
+    sigaction(SIGURG, nullptr, &now);
+    tell("default", now.sa_handler == SIG_DFL ? 1 : 0);
+    sigprocmask(SIG_BLOCK, nullptr, &blocked);
+    tell("blocked", sigismember(&blocked, SIGURG));
+    return 0;
+  });
+  EXPECT_EQ("exit 0", end.ending);
+  EXPECT_EQ("gone 1\ndefault 1\nblocked 0\n", end.output.substr(end.output.find('\n') + 1));
 }
 
 TEST(SemaphoreEnd, ByASignalWithoutTheHandlerLeavesTheSet) {

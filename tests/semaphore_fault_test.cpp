@@ -6,16 +6,18 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstddef>
 #include <cstdio>
 #include <iterator>
 #include <string>
 #include <string_view>
 
-#include "fresh_process.h"
+#include "children.h"
+#include "reports.h"
+#include "section_state.h"
 #include "semaphore_sets.h"
 #include "system_calls.h"
-#include "telling_handler.h"
 #include "threading.h"
 
 namespace semaphore_fault_test {
@@ -27,6 +29,8 @@ struct faultPlan {
   bool tellCalls = false;  // the calls for the set of six
   bool tellSets = false;   // the sizes of the sets that are created and removed
   bool tellHave = false;   // the operations, and whether the section is held meanwhile
+
+  int signal = 0;  // comes while the set is made
 
   bool drawFails = false;
   bool drawIsZero = false;
@@ -102,7 +106,7 @@ template <class Body>
 processEnd runWith(const faultPlan& fault, Body body) {
   ledger();  // shared with the child from here on
   return runFreshChild([&] {
-    tellingHandler handler;  // gets no report of a failed semaphore call
+    reportTeller handler;  // gets no report of a failed semaphore call
     plan = fault;
     turn = 0;
     const int result = body();
@@ -114,7 +118,7 @@ processEnd runWith(const faultPlan& fault, Body body) {
 // Enters the section `id` in a child whose set exists already.
 processEnd takeWith(const faultPlan& fault, sectionId id) {
   return runSharingChild([&] {
-    tellingHandler handler;
+    reportTeller handler;
     plan = fault;
     {
       criticalSection section(id, false);
@@ -150,6 +154,10 @@ int get(key_t key, int count, int flags) {
   }
   const int result = systemCalls::semget.real(key, count, flags);
   if (result >= 0) enter(result, count);
+  if (plan.signal != 0 && count == 6) {
+    semaphoreEndBy(plan.signal);
+    tell("set exists", setExists(result) ? 1 : 0);
+  }
   return result;
 }
 
@@ -293,6 +301,23 @@ TEST(SemaphoreCalls, RemoveWhatTheyCreateByTheEndOfTheProcess) {
   EXPECT_EQ(end.errors, "");
   EXPECT_EQ(end.ending, "exit 0");
   EXPECT_EQ(removeLeftovers(), "");
+}
+
+TEST(SemaphoreCalls, MakeASignalWaitUntilTheSetCanBeRemoved) {
+  faultPlan fault;
+  fault.signal = SIGURG;  // which ends no process by itself
+  const processEnd end = runWith(fault, [] {
+    const int set = semaphoreSet(false);
+    tell("afterwards", setExists(set) ? 1 : 0);
+    return 0;
+  });
+  EXPECT_EQ("set exists 1\nafterwards 0\n", end.output);
+  EXPECT_EQ("exit 0", end.ending);
+  fault.signal = SIGTERM;
+  const processEnd ended = runWith(fault, [] { return semaphoreSet(false); });
+  EXPECT_EQ("set exists 1\n", ended.output);
+  EXPECT_EQ("signal 15", ended.ending);
+  EXPECT_EQ("", removeLeftovers());
 }
 
 // --- Creating the set fails ------------------------------------------------

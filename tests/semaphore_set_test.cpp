@@ -11,7 +11,8 @@
 #include <cstring>
 #include <string>
 
-#include "fresh_process.h"
+#include "children.h"
+#include "section_state.h"
 #include "semaphore_sets.h"
 #include "threading.h"
 #include "very_end.h"

@@ -9,7 +9,8 @@
 #include <string>
 #include <type_traits>
 
-#include "fresh_process.h"
+#include "children.h"
+#include "section_state.h"
 #include "semaphore_sets.h"
 #include "threading.h"
 

@@ -3,22 +3,20 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <csignal>
 #include <filesystem>
 #include <string>
 
 #include "settings_folder.h"
+#include "texts.h"
 
 namespace settings_fault_test {
 
 using settingsFolder::change;
 using settingsFolder::changeSettings;
-using settingsFolder::inChild;
 using settingsFolder::NEW;
 using settingsFolder::OLD;
 using settingsFolder::Plan;
@@ -65,7 +63,7 @@ TEST_F(SettingsFile, IsAsItWasWhenACallFails) {
        "choose another folder by XDG_CONFIG_HOME."},
   };
   for (const auto& row : rows) {
-    write(file, OLD);
+    writeFile(file, OLD);
     plan = Plan();
     plan.portion = 7;
     plan.failed = row.call;
@@ -73,25 +71,25 @@ TEST_F(SettingsFile, IsAsItWasWhenACallFails) {
     plan.error = row.error;
     EXPECT_EQ(changed(use("vnc", "b")), "Cannot write " + file + row.suffix + ": " + row.what)
         << row.call;
-    EXPECT_EQ(textOf(file), OLD) << row.call;
+    EXPECT_EQ(readFile(file), OLD) << row.call;
     EXPECT_FALSE(std::filesystem::exists(file + ".unfinished")) << row.call;
     plan = Plan();
     EXPECT_EQ(changed(use("vnc", "b")), "") << row.call;
-    EXPECT_EQ(textOf(file), NEW) << row.call;
+    EXPECT_EQ(readFile(file), NEW) << row.call;
   }
 }
 
 TEST_F(SettingsFile, IsAsItWasWhenNothingMoreIsWritten) {
-  write(file, OLD);
+  writeFile(file, OLD);
   plan.portion = 0;
   EXPECT_EQ(changed(use("vnc", "b")),
             "Cannot write " + file +
                 ": No space left on device. Nothing was changed. Make room there, and try again.");
-  EXPECT_EQ(textOf(file), OLD);
+  EXPECT_EQ(readFile(file), OLD);
 }
 
 TEST_F(SettingsFile, IsAFaultWhenItCannotBeRead) {
-  write(file, OLD);
+  writeFile(file, OLD);
   for (const int skipped : {0, 2}) {  // before and under the lock
     plan = Plan();
     plan.failed = "open";
@@ -100,7 +98,7 @@ TEST_F(SettingsFile, IsAFaultWhenItCannotBeRead) {
     EXPECT_EQ(changed(use("vnc", "b")), file +
                                             ":1:1: cannot be read: Permission denied. Nothing "
                                             "was changed. Fix the file first.");
-    EXPECT_EQ(textOf(file), OLD);
+    EXPECT_EQ(readFile(file), OLD);
   }
 }
 
@@ -123,81 +121,81 @@ TEST_F(SettingsFile, IsMadeInAFolderThatAnotherProcessMakesMeanwhile) {
   plan.active = true;
   EXPECT_EQ(changeSettings(folder + "/x/f", use("vnc", "a")), "");
   EXPECT_NE(plan.calls.find("stat mkdir "), std::string::npos) << plan.calls;
-  EXPECT_EQ(textOf(folder + "/x/f"), "[use]\nvnc = \"a\"\n");
+  EXPECT_EQ(readFile(folder + "/x/f"), "[use]\nvnc = \"a\"\n");
 }
 
 TEST_F(SettingsFile, IsNotFollowedThroughALinkThatCannotBeRead) {
-  write(folder + "/real", OLD);
+  writeFile(folder + "/real", OLD);
   std::filesystem::create_symlink("real", file);
   plan.failed = "readlink";
   plan.error = EACCES;
   EXPECT_EQ(changed(use("vnc", "b")), "Cannot write " + file +
                                           ": Permission denied. Nothing was changed. Check who "
                                           "may write there.");
-  EXPECT_EQ(textOf(folder + "/real"), OLD);
+  EXPECT_EQ(readFile(folder + "/real"), OLD);
 }
 
 TEST_F(SettingsFile, IsToldToBeInDangerWhenItsFolderCannotBeSynced) {
-  write(file, OLD);
+  writeFile(file, OLD);
   plan.failed = "fsync";
   plan.skipped = 1;
   plan.error = EIO;
   EXPECT_EQ(changed(use("vnc", "b")), "The settings in " + file +
                                           " are changed, but may be the old ones after a power "
                                           "failure: Input/output error. Check the disk.");
-  EXPECT_EQ(textOf(file), NEW);
+  EXPECT_EQ(readFile(file), NEW);
 }
 
 TEST_F(SettingsFile, IsWellWhereFoldersCannotBeSyncedAtAll) {
   for (const int error : {EINVAL, EROFS}) {
-    write(file, OLD);
+    writeFile(file, OLD);
     plan = Plan();
     plan.failed = "fsync";
     plan.skipped = 1;
     plan.error = error;
     EXPECT_EQ(changed(use("vnc", "b")), "");
-    EXPECT_EQ(textOf(file), NEW);
+    EXPECT_EQ(readFile(file), NEW);
   }
 }
 
 TEST_F(SettingsFile, IsWellWhenClosingIsInterrupted) {
-  write(file, OLD);
+  writeFile(file, OLD);
   plan.failed = "close";
   plan.skipped = 2;
   plan.error = EINTR;
   EXPECT_EQ(changed(use("vnc", "b")), "");
-  EXPECT_EQ(textOf(file), NEW);
+  EXPECT_EQ(readFile(file), NEW);
 }
 
 TEST_F(SettingsFile, LocksNoOtherFileThroughALink) {
-  write(folder + "/precious", "x");
+  writeFile(folder + "/precious", "x");
   std::filesystem::create_symlink("precious", file + ".lock");
   EXPECT_EQ(changed(use("vnc", "a")),
             "Cannot write " + file +
                 ".lock: Too many levels of symbolic links. Nothing was changed. Check what is "
                 "there, and try again.");
-  EXPECT_EQ(textOf(folder + "/precious"), "x");
+  EXPECT_EQ(readFile(folder + "/precious"), "x");
 }
 
 TEST_F(SettingsFile, WritesNoOtherFileThroughALink) {
-  write(folder + "/precious", "x");
+  writeFile(folder + "/precious", "x");
   std::filesystem::create_symlink("precious", file + ".unfinished");
   EXPECT_EQ(changed(use("vnc", "a")), "");
-  EXPECT_EQ(textOf(folder + "/precious"), "x");
+  EXPECT_EQ(readFile(folder + "/precious"), "x");
   EXPECT_EQ(names(), (texts{"hopopen.toml", "hopopen.toml.lock", "precious"}));
 }
 
 TEST_F(SettingsFile, IsTheOldOrTheNewOneWhicheverCallFails) {
   int failures = 0;
   for (int number = 1;; number++) {
-    write(file, OLD);
+    writeFile(file, OLD);
     plan = Plan();
     plan.portion = 7;
     plan.failing = number;
     plan.error = EIO;
     const std::string error = changed(use("vnc", "b"));
     const bool reached = plan.count >= number;
-    const std::string text = textOf(file);
+    const std::string text = readFile(file);
     EXPECT_TRUE(text == NEW || (text == OLD && !error.empty())) << number << text << error;
     EXPECT_FALSE(std::filesystem::exists(file + ".unfinished")) << number;
     failures += error.empty() ? 0 : 1;
@@ -234,19 +232,19 @@ class Killed : public SettingsFile {
 
  private:
   bool tryOne(bool before, int number, const texts& possible, const std::string& next) {
-    const int status = inChild([&] {
-      plan.portion = 7;
-      (before ? plan.killBefore : plan.killAfter) = number;
-      changed(use("vnc", "b"));
-    });
-    const bool killed = WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL;
-    EXPECT_TRUE(killed || status == 0);
-    EXPECT_TRUE(possible.contains(std::filesystem::exists(file) ? textOf(file) : "(none)"))
-        << before << number << textOf(file);
+    const std::string ending = runChild([&] {
+                                 plan.portion = 7;
+                                 (before ? plan.killBefore : plan.killAfter) = number;
+                                 changed(use("vnc", "b"));
+                               }).ending;
+    const bool killed = ending == "signal 9";
+    EXPECT_TRUE(killed || ending == "exit 0") << ending;
+    EXPECT_TRUE(possible.contains(std::filesystem::exists(file) ? readFile(file) : "(none)"))
+        << before << number << readFile(file);
     alarm(20);  // for a lock that stays
     EXPECT_EQ(changeSettings(file, use("vnc", "c")), "") << before << number;
     alarm(0);
-    EXPECT_EQ(textOf(file), next) << before << number;
+    EXPECT_EQ(readFile(file), next) << before << number;
     EXPECT_FALSE(
         std::filesystem::exists(std::filesystem::canonical(file).string() + ".unfinished"));
     return killed;
@@ -256,7 +254,7 @@ class Killed : public SettingsFile {
 }  // namespace
 
 TEST_F(Killed, AtAnyCallLeavesTheOldFileOrTheNewOne) {
-  tryAll([&] { write(file, OLD); }, {OLD, NEW}, "# mine\n[use]\nvnc = \"c\"\n");
+  tryAll([&] { writeFile(file, OLD); }, {OLD, NEW}, "# mine\n[use]\nvnc = \"c\"\n");
 }
 
 TEST_F(Killed, AtAnyCallLeavesTheFileBehindALink) {
@@ -264,7 +262,7 @@ TEST_F(Killed, AtAnyCallLeavesTheFileBehindALink) {
       [&] {
         std::filesystem::remove_all(folder + "/x");
         std::filesystem::create_directory(folder + "/x");
-        write(folder + "/x/real", OLD);
+        writeFile(folder + "/x/real", OLD);
         std::filesystem::remove(file);
         std::filesystem::create_symlink("x/real", file);
       },

@@ -17,12 +17,12 @@
 #include <vector>
 
 #include "settings_folder.h"
+#include "texts.h"
 
 namespace settings_file_test {
 
 using settingsFolder::change;
 using settingsFolder::changeSettings;
-using settingsFolder::inChild;
 using settingsFolder::NEW;
 using settingsFolder::OLD;
 using settingsFolder::Plan;
@@ -36,7 +36,7 @@ using settingsFolder::use;
 
 TEST_F(SettingsFile, IsMadeWithItsFolders) {
   EXPECT_EQ(changeSettings(folder + "/x/y/hopopen.toml", use("vnc", "a")), "");
-  EXPECT_EQ(textOf(folder + "/x/y/hopopen.toml"), "[use]\nvnc = \"a\"\n");
+  EXPECT_EQ(readFile(folder + "/x/y/hopopen.toml"), "[use]\nvnc = \"a\"\n");
   EXPECT_EQ(names(), (texts{"x", "x/y", "x/y/hopopen.toml", "x/y/hopopen.toml.lock"}));
   EXPECT_EQ(modeOf(folder + "/x"), 0700U);
   EXPECT_EQ(modeOf(folder + "/x/y"), 0700U);
@@ -45,17 +45,17 @@ TEST_F(SettingsFile, IsMadeWithItsFolders) {
 }
 
 TEST_F(SettingsFile, IsReplacedByOneOfItsOwnersAlone) {
-  write(file, OLD);
+  writeFile(file, OLD);
   ASSERT_EQ(chmod(file.c_str(), 0644), 0);
   umask(0277);
   EXPECT_EQ(changed(use("vnc", "b")), "");
-  EXPECT_EQ(textOf(file), NEW);
+  EXPECT_EQ(readFile(file), NEW);
   EXPECT_EQ(modeOf(file), 0600U);
   EXPECT_EQ(names(), (texts{"hopopen.toml", "hopopen.toml.lock"}));
 }
 
 TEST_F(SettingsFile, IsSyncedBeforeItIsRenamedAndItsFolderAfterwards) {
-  write(file, OLD);
+  writeFile(file, OLD);
   EXPECT_EQ(changed(use("vnc", "b")), "");
   const std::string once = "open fstat read read close ";
   const std::size_t locked = plan.calls.find("open flock ");
@@ -67,14 +67,14 @@ TEST_F(SettingsFile, IsSyncedBeforeItIsRenamedAndItsFolderAfterwards) {
 }
 
 TEST_F(SettingsFile, IsWrittenInPortionsWhenTheSystemWantsIt) {
-  write(file, OLD);
+  writeFile(file, OLD);
   plan.portion = 7;
   EXPECT_EQ(changed(use("vnc", "b")), "");
-  EXPECT_EQ(textOf(file), NEW);
+  EXPECT_EQ(readFile(file), NEW);
 }
 
 TEST_F(SettingsFile, IsLeftAloneWhenNothingChanges) {
-  write(file, OLD);
+  writeFile(file, OLD);
   ASSERT_EQ(chmod(file.c_str(), 0644), 0);
   EXPECT_EQ(changed(use("vnc", "a")), "");
   EXPECT_EQ(plan.calls, "open fstat read read close ");
@@ -91,15 +91,15 @@ TEST_F(SettingsFile, IsNotMadeToForgetSomething) {
 
 TEST_F(SettingsFile, MayBeInTheFolderWhereTheProgramRuns) {
   ASSERT_EQ(
-      inChild([&] {
+      runChild([&] {
         _exit(chdir(folder.c_str()) == 0 && changeSettings("f", use("vnc", "a")).empty() ? 7 : 1);
-      }),
-      7 << 8);
-  EXPECT_EQ(textOf(folder + "/f"), "[use]\nvnc = \"a\"\n");
+      }).ending,
+      "exit 7");
+  EXPECT_EQ(readFile(folder + "/f"), "[use]\nvnc = \"a\"\n");
 }
 
 TEST_F(SettingsFile, WaitsForTheLock) {
-  write(file, OLD);
+  writeFile(file, OLD);
   const int lock =
       systemCalls::open.real((file + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
   ASSERT_EQ(systemCalls::flock.real(lock, LOCK_EX), 0);
@@ -111,16 +111,16 @@ TEST_F(SettingsFile, WaitsForTheLock) {
   usleep(200000);
   int status = -1;
   EXPECT_EQ(waitpid(child, &status, WNOHANG), 0);
-  EXPECT_EQ(textOf(file), OLD);
-  write(file, "[use]\nvnc = \"a\"\nssh = \"c\"\n");  // what the other process did meanwhile
+  EXPECT_EQ(readFile(file), OLD);
+  writeFile(file, "[use]\nvnc = \"a\"\nssh = \"c\"\n");  // what the other process did meanwhile
   systemCalls::close.real(lock);
   ASSERT_EQ(waitpid(child, &status, 0), child);
   EXPECT_EQ(status, 0);
-  EXPECT_EQ(textOf(file), "[use]\nvnc = \"b\"\nssh = \"c\"\n");
+  EXPECT_EQ(readFile(file), "[use]\nvnc = \"b\"\nssh = \"c\"\n");
 }
 
 TEST_F(SettingsFile, IsLeftAloneWhenAnotherProcessHasMadeTheChangeMeanwhile) {
-  write(file, OLD);
+  writeFile(file, OLD);
   const int lock =
       systemCalls::open.real((file + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
   ASSERT_EQ(systemCalls::flock.real(lock, LOCK_EX), 0);
@@ -130,18 +130,18 @@ TEST_F(SettingsFile, IsLeftAloneWhenAnotherProcessHasMadeTheChangeMeanwhile) {
     _exit(changeSettings(file, use("vnc", "b")).empty() ? 0 : 1);
   }
   usleep(200000);
-  write(file, "use.vnc = 'b'");
+  writeFile(file, "use.vnc = 'b'");
   ASSERT_EQ(chmod(file.c_str(), 0644), 0);
   systemCalls::close.real(lock);
   int status = -1;
   ASSERT_EQ(waitpid(child, &status, 0), child);
   EXPECT_EQ(status, 0);
-  EXPECT_EQ(textOf(file), "use.vnc = 'b'");
+  EXPECT_EQ(readFile(file), "use.vnc = 'b'");
   EXPECT_EQ(modeOf(file), 0644U);
 }
 
 TEST_F(SettingsFile, IsChangedAfterInterruptions) {
-  write(file, OLD);
+  writeFile(file, OLD);
   plan.interruptions = 3;
   EXPECT_EQ(changed(use("vnc", "b")), "");
   EXPECT_NE(plan.calls.find("flock flock flock flock "), std::string::npos) << plan.calls;
@@ -150,29 +150,29 @@ TEST_F(SettingsFile, IsChangedAfterInterruptions) {
   plan.error = EINTR;
   EXPECT_EQ(changed(use("vnc", "a")), "");
   EXPECT_NE(plan.calls.find("write write "), std::string::npos) << plan.calls;
-  EXPECT_EQ(textOf(file), OLD);
+  EXPECT_EQ(readFile(file), OLD);
 }
 
 // --- Links -------------------------------------------------------------------
 
 TEST_F(SettingsFile, IsChangedThroughALink) {
   std::filesystem::create_directory(folder + "/dots");
-  write(folder + "/dots/real", OLD);
+  writeFile(folder + "/dots/real", OLD);
   std::filesystem::create_symlink(folder + "/dots/real", file);
   EXPECT_EQ(changed(use("vnc", "b")), "");
   EXPECT_EQ(std::filesystem::read_symlink(file), folder + "/dots/real");
-  EXPECT_EQ(textOf(folder + "/dots/real"), NEW);
+  EXPECT_EQ(readFile(folder + "/dots/real"), NEW);
   EXPECT_EQ(modeOf(folder + "/dots/real"), 0600U);
   EXPECT_EQ(names(), (texts{"dots", "dots/real", "dots/real.lock", "hopopen.toml"}));
 }
 
 TEST_F(SettingsFile, IsChangedThroughAChainOfRelativeLinks) {
   std::filesystem::create_directories(folder + "/a/b");
-  write(folder + "/a/real", OLD);
+  writeFile(folder + "/a/real", OLD);
   std::filesystem::create_symlink("../real", folder + "/a/b/second");
   std::filesystem::create_symlink("a/b/second", file);
   EXPECT_EQ(changed(use("vnc", "b")), "");
-  EXPECT_EQ(textOf(folder + "/a/real"), NEW);
+  EXPECT_EQ(readFile(folder + "/a/real"), NEW);
   EXPECT_EQ(names(), (texts{"a", "a/b", "a/b/second", "a/real", "a/real.lock", "hopopen.toml"}));
   EXPECT_EQ(std::filesystem::read_symlink(file), "a/b/second");
   EXPECT_EQ(std::filesystem::read_symlink(folder + "/a/b/second"), "../real");
@@ -181,7 +181,7 @@ TEST_F(SettingsFile, IsChangedThroughAChainOfRelativeLinks) {
 TEST_F(SettingsFile, IsMadeWhereALinkLeadsToNothing) {
   std::filesystem::create_symlink("x/y/real", file);
   EXPECT_EQ(changed(use("vnc", "a")), "");
-  EXPECT_EQ(textOf(folder + "/x/y/real"), "[use]\nvnc = \"a\"\n");
+  EXPECT_EQ(readFile(folder + "/x/y/real"), "[use]\nvnc = \"a\"\n");
   EXPECT_EQ(names(), (texts{"hopopen.toml", "x", "x/y", "x/y/real", "x/y/real.lock"}));
   EXPECT_EQ(modeOf(folder + "/x/y"), 0700U);
 }
@@ -204,13 +204,13 @@ TEST_F(SettingsFile, WithAFaultIsNeverTouched) {
            {"# mine\n[use\n", ":2:5: Error while parsing table header: expected ']', saw '\\n'"},
            {"trust.hosts = ['+']", ":1:16: \"+\" is not a host"},
            {std::string(1048577, '#'), ":1:1: is larger than 1 MiB"}}) {
-    write(file, text);
+    writeFile(file, text);
     ASSERT_EQ(chmod(file.c_str(), 0644), 0);
     for (const change& what : {use("vnc", "b"), trust("a"), change()}) {
       EXPECT_EQ(changeSettings(file, what),
                 file + fault + ". Nothing was changed. Fix the file first.");
     }
-    EXPECT_EQ(textOf(file), text);
+    EXPECT_EQ(readFile(file), text);
     EXPECT_EQ(names(), (texts{"hopopen.toml"}));
     EXPECT_EQ(modeOf(file), 0644U);
   }
@@ -228,7 +228,7 @@ TEST_F(SettingsFile, ThatIsNoFileIsNeverReplaced) {
 }
 
 TEST_F(SettingsFile, ThatGetsAFaultWhileWaitingIsNotTouched) {
-  write(file, OLD);
+  writeFile(file, OLD);
   const int lock =
       systemCalls::open.real((file + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
   ASSERT_EQ(systemCalls::flock.real(lock, LOCK_EX), 0);
@@ -241,33 +241,33 @@ TEST_F(SettingsFile, ThatGetsAFaultWhileWaitingIsNotTouched) {
               : 1);
   }
   usleep(200000);
-  write(file, "use = 1");
+  writeFile(file, "use = 1");
   systemCalls::close.real(lock);
   int status = -1;
   ASSERT_EQ(waitpid(child, &status, 0), child);
   EXPECT_EQ(status, 7 << 8);
-  EXPECT_EQ(textOf(file), "use = 1");
+  EXPECT_EQ(readFile(file), "use = 1");
 }
 
 TEST_F(SettingsFile, IsNotMadeLargerThanItCanBeRead) {
   const std::string text = "#" + std::string(1048540, 'x') + "\n";
-  write(file, text);
+  writeFile(file, text);
   EXPECT_EQ(changed(use("vnc", std::string(30, 'x'))),
             "Cannot write " + file +
                 ": it would be larger than 1 MiB. Nothing was changed. Remove something from it, "
                 "and try again.");
-  EXPECT_EQ(textOf(file), text);
+  EXPECT_EQ(readFile(file), text);
   // "\n[use]\nvnc = \"\"\n" has 16 bytes.
   EXPECT_EQ(changed(use("vnc", std::string(18, 'x'))), "");
-  EXPECT_EQ(textOf(file).size(), 1048576U);
+  EXPECT_EQ(readFile(file).size(), 1048576U);
 }
 
 TEST_F(SettingsFile, IsNotChangedToWhatItCannotSay) {
-  write(file, OLD);
+  writeFile(file, OLD);
   EXPECT_EQ(changed(use("vnc", "\xFF")),
             "Cannot change " + file +
                 " without losing something in it. Nothing was changed. Change it by hand.");
-  EXPECT_EQ(textOf(file), OLD);
+  EXPECT_EQ(readFile(file), OLD);
 }
 
 TEST_F(SettingsFile, IsNamedInPrintableWords) {
@@ -279,7 +279,7 @@ TEST_F(SettingsFile, IsNamedInPrintableWords) {
 // --- Many processes ----------------------------------------------------------
 
 TEST_F(SettingsFile, LosesNothingOfTwoHundredChangesAtOnce) {
-  write(file, "# mine\n[trust]\nhosts = [\n  \"first.example\", # one\n]\n");
+  writeFile(file, "# mine\n[trust]\nhosts = [\n  \"first.example\", # one\n]\n");
   int start[2];
   ASSERT_EQ(pipe(start), 0);
   std::vector<pid_t> children;
@@ -304,7 +304,7 @@ TEST_F(SettingsFile, LosesNothingOfTwoHundredChangesAtOnce) {
     ASSERT_EQ(waitpid(child, &status, 0), child);
     EXPECT_EQ(status, 0);
   }
-  const std::string text = textOf(file);
+  const std::string text = readFile(file);
   std::size_t lines = 0;
   for (const char c : text) {
     lines += c == '\n' ? 1U : 0U;

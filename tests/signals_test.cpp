@@ -12,7 +12,8 @@
 #include <streambuf>
 #include <string>
 
-#include "child_output.h"
+#include "captured_errors.h"
+#include "children.h"
 #include "kept_traces.h"
 #include "processes.h"
 #include "stack.h"
@@ -111,7 +112,7 @@ void anotherHandler(int) {}
 TEST(stack, InstallsTheHandlersOfTheFatalSignals) {
   EXPECT_EQ(sigHandler, signalHandler);
   for (void (*const handler)(int) : {signalHandler, anotherHandler}) {
-    const childEnd end = runInChild([handler] {
+    const processEnd end = runSharingChild([handler] {
       sigHandler = handler;
       stack::installHandler();
       for (int signal = 1; signal < 32; signal++) {
@@ -123,7 +124,7 @@ TEST(stack, InstallsTheHandlersOfTheFatalSignals) {
           tell((std::to_string(signal) + " abort\n").c_str());
       }
     });
-    EXPECT_EQ(end.ending(), "exit 0");
+    EXPECT_EQ(end.ending, "exit 0");
     EXPECT_EQ(end.errors, "4 fatal\n5 fatal\n6 abort\n7 fatal\n8 fatal\n11 fatal\n");
   }
 }
@@ -132,13 +133,13 @@ TEST(signalHandler, WritesSignalAndTraceAndReturns) {
   for (const auto& c : caught) {
     SCOPED_TRACE(c.start);
     ASSERT_EQ(c.signal, c.number);
-    const childEnd end = runInChild([&] {
+    const processEnd end = runSharingChild([&] {
       stack::installHandler();
       tellShutdown();
       std::raise(c.signal);
       tellShutdown();
     });
-    EXPECT_EQ(end.ending(), "exit 0");
+    EXPECT_EQ(end.ending, "exit 0");
     expectTrace(end.errors, "not shutting down\n" + std::string(c.start) + "\n", "shutting down\n");
   }
 }
@@ -146,34 +147,34 @@ TEST(signalHandler, WritesSignalAndTraceAndReturns) {
 TEST(signalHandler, NamesTheRecordedPosition) {
   for (const auto& c : caught) {
     SCOPED_TRACE(c.start);
-    const childEnd end = runInChild([&] {
+    const processEnd end = runSharingChild([&] {
       stack::installHandler();
       stack::position("../tools/launch", 42);
       std::raise(c.signal);
       tellShutdown();
     });
-    EXPECT_EQ(end.ending(), "exit 0");
+    EXPECT_EQ(end.ending, "exit 0");
     expectTrace(end.errors, c.start + std::string(" after line 42 in ../tools/launch\n"),
                 "shutting down\n");
   }
 }
 
 TEST(signalHandler, NamesNoPositionThatWasForgotten) {
-  const childEnd end = runInChild([] {
+  const processEnd end = runSharingChild([] {
     stack::position("../tools/launch", 42);
     stack::position(nullptr, 42);
     signalHandler(SIGSEGV);
   });
-  EXPECT_EQ(end.ending(), "exit 0");
+  EXPECT_EQ(end.ending, "exit 0");
   expectTrace(end.errors, "signal 11 caught: \n", "");
 }
 
 TEST(signalHandler, NamesAPositionThatWasSetDirectly) {
-  const childEnd end = runInChild([] {
+  const processEnd end = runSharingChild([] {
     lastFile = "somewhere";
     signalHandler(SIGFPE);
   });
-  EXPECT_EQ(end.ending(), "exit 0");
+  EXPECT_EQ(end.ending, "exit 0");
   expectTrace(end.errors, "signal 8 caught:  after line -1 in somewhere\n", "");
 }
 
@@ -181,7 +182,7 @@ TEST(signalHandler, AbortsTheSecondTime) {
   for (const auto& c : caught) {
     for (const bool positioned : {false, true}) {
       SCOPED_TRACE(c.start);
-      const childEnd end = runInChild([&] {
+      const processEnd end = runSharingChild([&] {
         stack::installHandler();
         if (positioned) stack::position("../tools/launch", 42);
         std::raise(c.signal);
@@ -189,7 +190,7 @@ TEST(signalHandler, AbortsTheSecondTime) {
         std::raise(c.signal);
         tell("not reached\n");
       });
-      EXPECT_EQ(end.ending(), "signal 6");
+      EXPECT_EQ(end.ending, "signal 6");
       expectTrace(end.errors,
                   c.start + std::string(positioned ? " after line 42 in ../tools/launch\n" : "\n"),
                   "between\n");
@@ -198,13 +199,13 @@ TEST(signalHandler, AbortsTheSecondTime) {
 }
 
 TEST(signalHandler, AbortsOnASecondSignalOfAnotherKind) {
-  const childEnd end = runInChild([] {
+  const processEnd end = runSharingChild([] {
     stack::installHandler();
     std::raise(SIGILL);
     std::raise(SIGFPE);
     tell("not reached\n");
   });
-  EXPECT_EQ(end.ending(), "signal 6");
+  EXPECT_EQ(end.ending, "signal 6");
   expectTrace(end.errors, "signal 4 caught: \n", "");
 }
 
@@ -223,23 +224,23 @@ TEST(signalHandler, AbortsOnASecondSignalWhileItWrites) {
    private:
     bool m_raised = false;
   };
-  const childEnd end = runInChild([] {
+  const processEnd end = runSharingChild([] {
     static faulty target;
     std::cerr.rdbuf(&target);
     stack::installHandler();
     std::raise(SIGILL);
     tell("not reached\n");
   });
-  EXPECT_EQ(end.ending(), "signal 6");
+  EXPECT_EQ(end.ending, "signal 6");
   EXPECT_EQ(end.errors, "");
 }
 
 TEST(signalHandler, WorksWithoutBeingInstalled) {
-  const childEnd twice = runInChild([] {
+  const processEnd twice = runSharingChild([] {
     signalHandler(15);
     signalHandler(15);
   });
-  EXPECT_EQ(twice.ending(), "signal 6");
+  EXPECT_EQ(twice.ending, "signal 6");
   expectTrace(twice.errors, "signal 15 caught: \n", "");
 }
 
@@ -258,13 +259,13 @@ TEST(signalHandler, LetsARealFaultEndTheProcess) {
   for (const auto& c : cases) {
     for (const bool positioned : {false, true}) {
       SCOPED_TRACE(c.start);
-      const childEnd end = runInChild([&] {
+      const processEnd end = runSharingChild([&] {
         stack::installHandler();
         if (positioned) stack::position("../tools/launch", 42);
         c.fault();
         tell("not reached\n");
       });
-      EXPECT_EQ(end.ending(), "signal 6");
+      EXPECT_EQ(end.ending, "signal 6");
       expectTrace(end.errors,
                   c.start + std::string(positioned ? " after line 42 in ../tools/launch\n" : "\n"),
                   "");
@@ -273,7 +274,7 @@ TEST(signalHandler, LetsARealFaultEndTheProcess) {
 }
 
 TEST(SIGABRThandler, OnlyBeginsTheShutdown) {
-  const childEnd end = runInChild([] {
+  const processEnd end = runSharingChild([] {
     stack::installHandler();
     stack::position("../tools/launch", 42);
     tellShutdown();
@@ -282,30 +283,30 @@ TEST(SIGABRThandler, OnlyBeginsTheShutdown) {
     std::raise(SIGABRT);
     tellShutdown();
   });
-  EXPECT_EQ(end.ending(), "exit 0");
+  EXPECT_EQ(end.ending, "exit 0");
   EXPECT_EQ(end.errors, "not shutting down\nshutting down\nshutting down\n");
 }
 
 TEST(SIGABRThandler, LetsAnAbortGoOn) {
   for (const bool positioned : {false, true}) {
-    const childEnd end = runInChild([positioned] {
+    const processEnd end = runSharingChild([positioned] {
       stack::installHandler();
       if (positioned) stack::position("../tools/launch", 42);
       std::abort();
     });
-    EXPECT_EQ(end.ending(), "signal 6");
+    EXPECT_EQ(end.ending, "signal 6");
     EXPECT_EQ(end.errors, "");
   }
 }
 
 TEST(SIGABRThandler, IsNoFatalSignalThatIsCounted) {
-  const childEnd end = runInChild([] {
+  const processEnd end = runSharingChild([] {
     stack::installHandler();
     std::raise(SIGABRT);
     std::raise(SIGSEGV);
     tell("still here\n");
   });
-  EXPECT_EQ(end.ending(), "exit 0");
+  EXPECT_EQ(end.ending, "exit 0");
   expectTrace(end.errors, "signal 11 caught: \n", "still here\n");
 }
 

@@ -12,9 +12,10 @@
 #include <string_view>
 #include <vector>
 
-#include "child_output.h"
+#include "children.h"
 #include "kept_traces.h"
 #include "system_calls.h"
+#include "texts.h"
 
 namespace {
 
@@ -60,14 +61,6 @@ extern "C" [[gnu::noinline]] void plainName() {
 }
 
 namespace {
-
-// The lines of a trace, without their ends.
-std::vector<std::string> linesOf(const std::string& text) {
-  std::vector<std::string> lines;
-  std::istringstream in(text);
-  for (std::string line; std::getline(in, line);) lines.push_back(line);
-  return lines;
-}
 
 std::string traceFrom(int depth) {
   std::ostringstream out;
@@ -156,12 +149,12 @@ TEST(stack, SaysWhenThereIsNoContext) {
 }
 
 TEST(signalHandler, SaysWhenThereIsNoContext) {
-  const childEnd end = runInChild([] {
+  const processEnd end = runSharingChild([] {
     stack::installHandler();
     contextFails = true;
     std::raise(SIGSEGV);  // no fault that would come again
   });
-  EXPECT_EQ(end.ending(), "exit 0");
+  EXPECT_EQ(end.ending, "exit 0");
   EXPECT_EQ(end.errors, "signal 11 caught: \ngetcontext failed\n\n");
 }
 

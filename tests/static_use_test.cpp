@@ -11,14 +11,15 @@
 #include <sstream>
 #include <string>
 
+#include "children.h"
 #include "configDB.h"
 #include "configRef.h"
 #include "events.h"
-#include "fresh_process.h"
 #include "kept_traces.h"
 #include "processes.h"
 #include "refcount.h"
-#include "report_recorder.h"
+#include "reports.h"
+#include "semaphore_sets.h"
 #include "threading.h"
 #include "trace.h"
 #include "very_end.h"
@@ -77,7 +78,7 @@ struct staticUse {
     static const std::ios_base::Init streams;
     commonEvent(WARNING, AUD_ALL, EC_COMMENT, who, "static_use_test");
     {
-      reportRecorder recorder;
+      reportCatcher recorder;
       commonEvent(FAILURE, AUD_DEVEL, EC_NO_MEMORY, who, "recorded");
       for (const std::string& line : recorder.take()) {
         recorded += line + ";";
@@ -196,7 +197,7 @@ bool setIsGone(const std::string& output) {
   const std::size_t start = output.find(label);
   EXPECT_NE(start, std::string::npos) << output;
   if (start == std::string::npos) return false;
-  return semctl(std::atoi(output.c_str() + start + label.size()), 0, GETVAL) == -1;
+  return !setExists(std::atoi(output.c_str() + start + label.size()));
 }
 
 /// What outlives everything else in the children below.
@@ -237,9 +238,9 @@ void useAtTheEnd() {
 }
 
 int leaveMuch() {
-  left.startUpHandler = new reportPrinter;
+  left.startUpHandler = new reportTeller(STDERR_FILENO, inAngles);
   ThreadData::instance(false);
-  left.threadHandler = new reportPrinter;
+  left.threadHandler = new reportTeller(STDERR_FILENO, inAngles);
   static_cast<void>(objects.item.value(false));
   Treference<page> first(RT_EMPTY);
   first.setCanonical(false);
@@ -288,7 +289,7 @@ TEST(StaticUse, DoesNoHarmAtTheEndOfAChildThatSharesTheSections) {
   EXPECT_NE(end.output.find("ended 1, initialised 1, forced 0, data 0, "), std::string::npos)
       << end.output;
   EXPECT_EQ(semaphoreSet(false), set);
-  EXPECT_EQ(semctl(set, CS_REFCOUNT, GETVAL), 1) << "the child took the set away";
+  EXPECT_EQ(semaphoreValue(set, CS_REFCOUNT), 1) << "the child took the set away";
 }
 
 TEST(StaticUse, DoesNoHarmAtTheEndWhenNothingWasUsedBefore) {

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "event_probe.h"
 #include "events.h"
+#include "reports.h"
 #include "system_calls.h"
 #include "trace.h"
 

@@ -4,9 +4,9 @@
 #include <string>
 #include <string_view>
 
-#include "fresh_process.h"
+#include "children.h"
+#include "reports.h"
 #include "system_calls.h"
-#include "telling_handler.h"
 #include "threading.h"
 
 namespace threading_fault_test {
@@ -30,7 +30,7 @@ const replacedCalls here(__FILE__, [] { systemCalls::newArray.replace(allocate);
 
 TEST(ThreadData, AssertsThatThereIsMemory) {
   const processEnd end = runFreshChild([] {
-    tellingHandler handler;
+    reportTeller handler;
     failNext = true;
     ThreadData::instance(false);
     return 0;

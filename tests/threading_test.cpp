@@ -8,18 +8,14 @@
 #include <string_view>
 #include <type_traits>
 
-#include "fresh_process.h"
-#include "telling_handler.h"
+#include "children.h"
+#include "reports.h"
 #include "threading.h"
 #include "very_end.h"
 
 namespace threading_test {
 
 namespace {
-
-void tell(const char* name, int value) {
-  dprintf(STDOUT_FILENO, "%s %d\n", name, value);
-}
 
 // Reports its end.
 class slip : public ThreadedDataObject {
@@ -190,7 +186,7 @@ TEST(ThreadedDatatype, CannotBeCopied) {
 TEST(ThreadedDatatype, CannotBeRegisteredOnceThereIsAThreadData) {
   const processEnd end = runFreshChild([] {
     ThreadData::instance(false);
-    tellingHandler handler;
+    reportTeller handler;
     kind late("late");
     return 0;
   });
@@ -201,7 +197,7 @@ TEST(ThreadedDatatype, CannotBeRegisteredOnceThereIsAThreadData) {
 TEST(ThreadedDatatype, CannotBeRegisteredOnceItsDataWasForced) {
   const processEnd end = runFreshChild([] {
     first.data(true);
-    tellingHandler handler;
+    reportTeller handler;
     kind late("late");
     return 0;
   });
@@ -211,7 +207,7 @@ TEST(ThreadedDatatype, CannotBeRegisteredOnceItsDataWasForced) {
 
 TEST(ThreadedDatatype, CannotBeRegisteredWhileTheThreadDataIsBuilt) {
   const processEnd end = runFreshChild([] {
-    tellingHandler handler;
+    reportTeller handler;
     kind::whileCreating = [] { kind late("late"); };
     ThreadData::instance(false);
     return 0;
@@ -295,7 +291,7 @@ TEST(ThreadData, IgnoresItsArgument) {
 
 TEST(ThreadData, LetsAReportPassWhileItIsBuilt) {
   const processEnd end = runFreshChild([] {
-    tellingHandler handler;
+    reportTeller handler;
     kind::whileCreating = [] {
       kind::whileCreating = nullptr;
       commonEvent(FAILURE, AUD_ADMIN, EC_COMMENT, "building", "create");

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "settings.h"
+#include "texts.h"
 
 namespace toml_test {
 
@@ -25,30 +26,22 @@ std::string read(const std::string& text) {
          std::string(result.error().description());
 }
 
-std::string repeated(const std::string& text, std::size_t count) {
-  std::string result;
-  for (std::size_t i = 0; i < count; i++) {
-    result += text;
-  }
-  return result;
-}
-
 }  // namespace
 
 TEST(Toml, MayHaveKeysOfThirtyTwoParts) {
-  EXPECT_EQ(read(repeated("a.", 31) + "a = 1"), "good");
-  EXPECT_EQ(read("[" + repeated("a.", 31) + "a]\n" + repeated("'.'. ", 31) + "a = 1.5"), "good");
-  EXPECT_EQ(read("x = {" + repeated("a.", 31) + "a = 1, " + repeated("b.", 31) + "b = 1}"), "good");
+  EXPECT_EQ(read(repeated(31, "a.") + "a = 1"), "good");
+  EXPECT_EQ(read("[" + repeated(31, "a.") + "a]\n" + repeated(31, "'.'. ") + "a = 1.5"), "good");
+  EXPECT_EQ(read("x = {" + repeated(31, "a.") + "a = 1, " + repeated(31, "b.") + "b = 1}"), "good");
 }
 
 TEST(Toml, MustNotHaveKeysOfMoreParts) {
-  EXPECT_EQ(read(repeated("a.", 32) + "a = 1"), "1:64: a key has more than 32 parts");
-  EXPECT_EQ(read("x = 1\r\n[" + repeated("a . ", 32) + "a]"),
+  EXPECT_EQ(read(repeated(32, "a.") + "a = 1"), "1:64: a key has more than 32 parts");
+  EXPECT_EQ(read("x = 1\r\n[" + repeated(32, "a . ") + "a]"),
             "2:128: a key has more than 32 parts");
-  EXPECT_EQ(read("[[" + repeated("a.", 32) + "a]]"), "1:66: a key has more than 32 parts");
-  EXPECT_EQ(read("x = {'\xC3\xA9' = {" + repeated("\"a\\\"\".", 31) + "'b'.a = 1}}"),
+  EXPECT_EQ(read("[[" + repeated(32, "a.") + "a]]"), "1:66: a key has more than 32 parts");
+  EXPECT_EQ(read("x = {'\xC3\xA9' = {" + repeated(31, "\"a\\\"\".") + "'b'.a = 1}}"),
             "1:202: a key has more than 32 parts");
-  EXPECT_EQ(read("\xEF\xBB\xBF" + repeated("a.", 32) + "a = 1"),
+  EXPECT_EQ(read("\xEF\xBB\xBF" + repeated(32, "a.") + "a = 1"),
             "1:64: a key has more than 32 parts");
 }
 
@@ -59,19 +52,19 @@ TEST(Toml, MayHaveAnyNumberOfDotsElsewhere) {
   EXPECT_EQ(read("x = '''\n" + dots + "'\n" + dots + "''" + dots + "'''\ny = 1"), "good");
   EXPECT_EQ(read("x = \"\"\"\n" + dots + "\\\"\"\"" + dots + "\"\"\"\"\"\ny = '" + dots + "'"),
             "good");
-  EXPECT_EQ(read("x = [" + repeated("1.5, ", 1000) + "]"), "good");
-  EXPECT_EQ(read("x = [" + repeated("'a.b.c', ", 1000) + "]"), "good");
-  EXPECT_EQ(read(repeated("[[a.b]]\nc.d = 1.5\n", 1000)), "good");
+  EXPECT_EQ(read("x = [" + repeated(1000, "1.5, ") + "]"), "good");
+  EXPECT_EQ(read("x = [" + repeated(1000, "'a.b.c', ") + "]"), "good");
+  EXPECT_EQ(read(repeated(1000, "[[a.b]]\nc.d = 1.5\n")), "good");
 }
 
 TEST(Toml, HasItsLongKeysFoundAfterTexts) {
   for (const std::string text :
        {"'''a'''", "'''a''''", "'''a'''''", "\"\"\"a\"\"\"", "\"\"\"a\\\"\"\"\"\"",
         "\"\"\"\"a\"\"\"\"\"", "''", "\"\"", "'\\'", "\"\\\\\"", "'#'"}) {
-    EXPECT_EQ(read("x = {b = " + text + ", " + repeated("a.", 32) + "a = 1}").substr(4),
+    EXPECT_EQ(read("x = {b = " + text + ", " + repeated(32, "a.") + "a = 1}").substr(4),
               ": a key has more than 32 parts")
         << text;
-    EXPECT_EQ(read("x = {b = " + text + ", " + repeated("a.", 31) + "a = 1}"), "good") << text;
+    EXPECT_EQ(read("x = {b = " + text + ", " + repeated(31, "a.") + "a = 1}"), "good") << text;
   }
 }
 
@@ -85,10 +78,10 @@ TEST(Toml, IsRefusedWithoutAnEndOfItsTexts) {
 // Reading any of these would overflow the stack.
 TEST(Toml, OfAMebibyteIsReadOrRefused) {
   const std::size_t half = 524288;
-  EXPECT_EQ(read(repeated("a.", half - 2) + "a=1"), "1:64: a key has more than 32 parts");
-  EXPECT_EQ(read("[" + repeated("a.", half - 2) + "a]"), "1:65: a key has more than 32 parts");
-  EXPECT_NE(read("a=" + repeated("[", half)), "good");
-  EXPECT_NE(read("a=" + repeated("{a=", half / 2)), "good");
+  EXPECT_EQ(read(repeated(half - 2, "a.") + "a=1"), "1:64: a key has more than 32 parts");
+  EXPECT_EQ(read("[" + repeated(half - 2, "a.") + "a]"), "1:65: a key has more than 32 parts");
+  EXPECT_NE(read("a=" + repeated(half, "[")), "good");
+  EXPECT_NE(read("a=" + repeated(half / 2, "{a=")), "good");
 }
 
 // The greatest depth of a file.  With sanitizers each level needs several times as much
@@ -100,9 +93,9 @@ TEST(Toml, MayHaveLongKeysInTablesWithinTables) {
   stack.rlim_cur = std::min<rlim_t>(stack.rlim_max, 64 << 20);
   ASSERT_EQ(setrlimit(RLIMIT_STACK, &stack), 0);
 #endif
-  const std::string key = repeated("a.", 31) + "a";
+  const std::string key = repeated(31, "a.") + "a";
   const std::string deep =
-      "[" + key + "]\n" + repeated(key + "={", 200) + key + "=1" + repeated("}", 200);
+      "[" + key + "]\n" + repeated(200, key + "={") + key + "=1" + repeated(200, "}");
   EXPECT_EQ(read(deep), "good");
   const toml::parse_result one = hopopen::readToml(deep);
   const toml::parse_result other = hopopen::readToml(deep);
@@ -111,7 +104,7 @@ TEST(Toml, MayHaveLongKeysInTablesWithinTables) {
 
 TEST(Toml, OfSettingsHasItsFaultTold) {
   hopopen::faults found;
-  hopopen::readSettings("[use]\n" + repeated("a.", 500000) + "a = 'b'\n", "f", found);
+  hopopen::readSettings("[use]\n" + repeated(500000, "a.") + "a = 'b'\n", "f", found);
   ASSERT_EQ(found.size(), 1U);
   EXPECT_EQ(found[0].lineOfText(), "f:2:64: a key has more than 32 parts");
 }

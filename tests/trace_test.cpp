@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "fresh_process.h"
+#include "children.h"
 #include "registered.h"
 #include "trace.h"
 

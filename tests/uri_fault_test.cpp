@@ -7,7 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "assertion_witness.h"
+#include "children.h"
+#include "reports.h"
 #include "system_calls.h"
 #include "uri.h"
 
@@ -93,7 +94,8 @@ TEST(URIexpressionsDeathTest, AbortWhenTheSchemeExpressionDoesNotCompile) {
     SCOPED_TRACE(text);
     EXPECT_EXIT(
         {
-          const assertionWitness witness;
+          leaveNoCoreFile();
+          const reportTeller witness(STDERR_FILENO, inWords);
           failAt = 1;
           const URI uri(text);
         },
@@ -111,7 +113,8 @@ TEST(URIexpressionsDeathTest, AbortWhenTheMachineExpressionDoesNotCompile) {
     SCOPED_TRACE(text);
     EXPECT_EXIT(
         {
-          const assertionWitness witness;
+          leaveNoCoreFile();
+          const reportTeller witness(STDERR_FILENO, inWords);
           failAt = 2;
           const URI uri(text);
         },

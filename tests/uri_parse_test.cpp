@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <string>
 
+#include "texts.h"
 #include "uri.h"
 
 namespace uri_parse_test {
@@ -39,14 +40,6 @@ void check(const stopCase (&cases)[size]) {
 
 void checkComplete(const std::string& text) {
   check({text, US_COMPLETE, 0});
-}
-
-std::string repeated(std::size_t count, const std::string& text) {
-  std::string result;
-  for (std::size_t i = 0; i < count; i++) {
-    result += text;
-  }
-  return result;
 }
 
 TEST(URIparseStop, OfTheHeadersExampleIsTheDelimiterAt7) {

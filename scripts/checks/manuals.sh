@@ -41,7 +41,7 @@ in_home() {
   local home=$scratch/homes/$1
   shift
   mkdir -p "$home/.config/hoplaunch/viewers"
-  cp tests/manual/demo.toml "$home/.config/hoplaunch/viewers/"
+  cp tests/data/demo.toml "$home/.config/hoplaunch/viewers/"
   env --chdir="$home" -u DISPLAY -u WAYLAND_DISPLAY -u XDG_CONFIG_HOME -u XDG_DATA_HOME \
     HOME="$home" XDG_CONFIG_DIRS="$scratch/none" XDG_DATA_DIRS="$scratch/none" \
     PATH="$build/viewers:$build:$PATH" "$@" 2>&1

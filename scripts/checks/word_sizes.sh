@@ -7,4 +7,4 @@ for preset in release i386; do
   build "$preset" hoplaunch recording_viewer
 done
 exec python3 scripts/checks/word_sizes.py "$PWD"/build/{release,i386}/hoplaunch \
-  "$PWD/build/release/tests/recording_viewer" tests/launcher_cases.txt
+  "$PWD/build/release/tests/recording_viewer" tests/data/launcher_cases.txt

@@ -100,7 +100,7 @@ installed() {
 
 files_are_listed() {
   local package path
-  diff <(sed "s/MACHINE/$(inside ls /usr/lib | grep linux-gnu)/" tests/package_files.txt) <(
+  diff <(sed "s/MACHINE/$(inside ls /usr/lib | grep linux-gnu)/" tests/data/package_files.txt) <(
     for package in "${packages[@]}"; do
       while read -r path; do
         if [[ ! -d $debian$path && $path != /usr/include/* ]]; then

@@ -103,7 +103,7 @@ trap 'exit 1' INT TERM HUP
 in_debian() { begin "$1" scripts/desktop/clean_debian.sh run "${@:2}"; }
 
 # viewers_of PREFIX FILE: the viewers that a script of tests has tests for.
-viewers_of() { sed -n "s/^$1_\([a-z-]*\)().*/\1/p" "scripts/desktop/$2"; }
+viewers_of() { sed -n "s/^$1_\([a-z0-9-]*\)().*/\1/p" "scripts/desktop/$2"; }
 
 begin_all() {
   local viewer

@@ -8,6 +8,7 @@ Prints them each with a NUL at its end: env, what it removes from the environmen
 to it, and the vector.  In a terminal, env comes after the words for the terminal.  The pieces are filled in as they are, and nothing is checked.
 """
 import argparse
+import os
 import pathlib
 import re
 import shutil
@@ -71,6 +72,17 @@ def parameter_words(definition, given, values):
     sys.exit(f"{given} has no arguments")
 
 
+def program_of(definition):
+    """The file of the viewer, as hopopen finds it: its name without links is in the list."""
+    names = definition["programs"]
+    for name in names:
+        for folder in os.get_exec_path():
+            path = shutil.which(os.path.join(folder, name))
+            if path and os.path.basename(os.path.realpath(path)) in names:
+                return os.path.realpath(path)
+    return None
+
+
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--trusted", action="store_true")
@@ -88,7 +100,7 @@ def main():
     if options.scheme not in definition["schemes"]:
         sys.exit(f"{options.viewer} does not open {options.scheme}")
     values = pieces(options, definition)
-    program = next(filter(None, map(shutil.which, definition["programs"])), None)
+    program = program_of(definition)
     if not program:
         sys.exit(f"{options.viewer} is not installed")
 

@@ -39,19 +39,6 @@ std::string readAll(int screen) {
 
 }  // namespace
 
-bool contains(std::string_view text, std::string_view part) {
-  return text.find(part) != std::string_view::npos;
-}
-
-std::size_t count(std::string_view text, std::string_view part) {
-  std::size_t result = 0;
-  for (std::size_t at = text.find(part); at != std::string_view::npos; at = text.find(part, at)) {
-    ++result;
-    at += part.size();
-  }
-  return result;
-}
-
 bool isPlain(std::string_view text) {
   return std::all_of(text.begin(), text.end(),
                      [](char c) { return c == '\n' || (c >= ' ' && c <= '~'); });
@@ -88,7 +75,7 @@ bool Machine::has(const std::string& name) const {
 
 void Machine::write(const std::string& name, const std::string& text) const {
   fs::create_directories(fs::path(path(name)).parent_path());
-  launcher::writeFile(path(name), text);
+  writeFile(path(name), text);
 }
 
 std::string Machine::definition(const std::string& name, const std::string& folder) {
@@ -191,7 +178,7 @@ Json Machine::dry(Strings arguments, const Variables& changed) const {
 Json Machine::json(const Strings& arguments, const Variables& changed) const {
   const Outcome outcome = run(arguments, changed);
   EXPECT_TRUE(isPlain(outcome.out)) << outcome.out;
-  EXPECT_EQ(1U, count(outcome.out, "\n")) << outcome.out;
+  EXPECT_EQ(1U, countOf(outcome.out, "\n")) << outcome.out;
   try {
     return Json::parse(outcome.out);
   } catch (const std::exception& error) {

@@ -29,9 +29,7 @@
 namespace door {
 
 namespace fs = std::filesystem;
-using launcher::readFile;
 using launcher::Recording;
-using launcher::split;
 using launcher::Strings;
 
 /// Variables of the environment; those without a value are removed.
@@ -63,11 +61,6 @@ inline const char* const PLAIN =
     "schemes = [\"vnc\"]\n"
     "programs = [\"plain\"]\n"
     "arguments = [\"{host}\"]\n";
-
-bool contains(std::string_view text, std::string_view part);
-
-/// How often `part` is in `text`.
-std::size_t count(std::string_view text, std::string_view part);
 
 /// True if each byte is printable ASCII or a line feed.
 bool isPlain(std::string_view text);

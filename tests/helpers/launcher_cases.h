@@ -113,7 +113,7 @@ inline void readLine(Case& value, const std::string& key, const std::string& res
 /// All cases of the file.
 inline std::vector<Case> readCases() {
   std::vector<Case> result;
-  std::ifstream in(LAUNCHER_CASES);
+  std::ifstream in(TEST_DATA "/launcher_cases.txt");
   for (std::string line; std::getline(in, line);) {
     if (line.empty() || line.starts_with("#")) {
       continue;

@@ -29,28 +29,6 @@ std::time_t now() {
 
 }  // namespace
 
-std::string readFile(const std::filesystem::path& name) {
-  std::ifstream in(name, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
-
-void writeFile(const std::filesystem::path& name, const std::string& text) {
-  std::ofstream out(name, std::ios::binary);
-  out << text;
-  ASSERT_TRUE(out.flush().good()) << name;
-}
-
-Strings split(const std::string& text, char end) {
-  Strings result;
-  std::size_t start = 0;
-  while (start < text.size()) {
-    const std::size_t found = std::min(text.find(end, start), text.size());
-    result.push_back(text.substr(start, found - start));
-    start = found + 1;
-  }
-  return result;
-}
-
 std::string stamp(std::time_t time) {
   std::tm fields{};
   gmtime_r(&time, &fields);

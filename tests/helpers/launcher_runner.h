@@ -18,15 +18,11 @@
 #include <string>
 #include <vector>
 
+#include "texts.h"
+
 namespace launcher {
 
 using Strings = std::vector<std::string>;
-
-std::string readFile(const std::filesystem::path& name);
-void writeFile(const std::filesystem::path& name, const std::string& text);
-
-/// The pieces of a text.  Each ends with `end`, which is left out.
-Strings split(const std::string& text, char end);
 
 /// A UTC time as the log writes it.
 std::string stamp(std::time_t time);

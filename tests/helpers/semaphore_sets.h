@@ -1,18 +1,15 @@
-// Looks into System V semaphore sets, and prints what the library says about them.
+// Looks into System V semaphore sets: into one, and at all those of the system.
 #pragma once
 
+#include <gtest/gtest.h>
 #include <sys/ipc.h>
 #include <sys/sem.h>
 #include <unistd.h>
 
-#include <gtest/gtest.h>
-
-#include <cstddef>
-#include <cstdio>
+#include <fstream>
+#include <sstream>
 #include <string>
-#include <string_view>
-
-#include "threading.h"
+#include <vector>
 
 /// The fourth argument of `semctl`.  Callers have to define its type.
 union semaphoreArgument {
@@ -21,10 +18,6 @@ union semaphoreArgument {
   unsigned short* array;
   seminfo* info;
 };
-
-/// All sections.
-inline constexpr sectionId sections[] = {CS_STDOUT,  CS_LOGOUT,     CS_REFCOUNT,
-                                         CS_NETWORK, CS_NAME_ALLOC, CS_STACK};
 
 inline int semaphoreValue(int set, int number) {
   return semctl(set, number, GETVAL);
@@ -60,34 +53,29 @@ inline bool someoneWaits(int set, int number) {
   return false;
 }
 
-/// Whether `text` is exactly one line, that of a failed semaphore call.
-inline testing::AssertionResult isFailureLine(std::string_view text, std::string_view expression) {
-  const std::string start = std::string(expression) + " in ../utilities/unix/semaphore_unx@";
-  std::size_t end = start.size();
-  if (text.starts_with(start)) {
-    while (end < text.size() && text[end] >= '0' && text[end] <= '9') ++end;
-    if (end > start.size() && text.substr(end) == "\n") return testing::AssertionSuccess();
-  }
-  return testing::AssertionFailure()
-         << "not the line \"" << start << "NNN\\n\": " << testing::PrintToString(std::string(text));
-}
-
-/// Prints a number on standard output.
-inline void tell(const char* name, int value) {
-  dprintf(STDOUT_FILENO, "%s %d\n", name, value);
-}
-
-/// The sections that the library says the calling thread has: "0 0 1 0 0 0".
-inline std::string allHave() {
-  std::string result;
-  for (const sectionId id : sections) {
-    if (!result.empty()) result += ' ';
-    result += criticalSection::have(id) ? '1' : '0';
+/// The ids of the sets that this process can see.
+inline std::vector<int> setsOfAll() {
+  std::vector<int> result;
+  std::ifstream in("/proc/sysvipc/sem");
+  std::string line;
+  EXPECT_TRUE(std::getline(in, line)) << "/proc/sysvipc/sem cannot be read";
+  while (std::getline(in, line)) {
+    std::istringstream fields(line);
+    int key = 0;
+    int id = 0;
+    fields >> key >> id;
+    result.push_back(id);
   }
   return result;
 }
 
-/// Prints all of that on standard output.
-inline void tellState(const char* when, int set) {
-  dprintf(STDOUT_FILENO, "%s: %s, have %s\n", when, sixValues(set).c_str(), allHave().c_str());
+/// The sets on whose first semaphore `process` acted last.
+inline std::vector<int> setsOf(pid_t process) {
+  std::vector<int> result;
+  for (const int id : setsOfAll()) {
+    if (semctl(id, 0, GETPID) == process) {
+      result.push_back(id);
+    }
+  }
+  return result;
 }

@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 #include <sys/file.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -20,8 +19,10 @@
 #include <sstream>
 #include <string>
 
+#include "children.h"
 #include "settings_file.h"
 #include "system_calls.h"
+#include "texts.h"
 
 namespace settingsFolder {
 
@@ -134,14 +135,6 @@ class SettingsFile : public testing::Test {
     std::filesystem::remove_all(folder);
   }
 
-  static void write(const std::string& path, const std::string& text) {
-    std::ofstream(path, std::ios::binary) << text;
-  }
-  static std::string textOf(const std::string& path) {
-    std::ostringstream text;
-    text << std::ifstream(path, std::ios::binary).rdbuf();
-    return text.str();
-  }
   texts names() const {
     texts result;
     for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
@@ -179,19 +172,6 @@ inline change trust(const std::string& host) {
   change result;
   result.trust.push_back(hopopen::readTrusted(host).value());
   return result;
-}
-
-// Runs `body` in a child.  Returns the status that `waitpid` gives.
-template <class Body>
-int inChild(Body body) {
-  const pid_t child = fork();
-  if (child == 0) {
-    body();
-    _exit(0);
-  }
-  int status = -1;
-  waitpid(child, &status, 0);
-  return status;
 }
 
 inline constexpr const char* OLD = "# mine\n[use]\nvnc = \"a\"\n";

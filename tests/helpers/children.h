@@ -1,5 +1,5 @@
-// Runs a test's body in a process of its own, to its real end: exit functions and
-// static destructors run, too.  The output of the process comes back as text.
+// Runs a test's body in a process of its own, to its real end.  The output of the process
+// comes back as text.  The functions differ in whose the semaphore set is.
 #pragma once
 
 #include <poll.h>
@@ -13,6 +13,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+#include <type_traits>
 
 #include "threading.h"
 
@@ -27,6 +28,11 @@ struct processEnd {
 inline std::string endingOf(int status) {
   if (WIFSIGNALED(status)) return "signal " + std::to_string(WTERMSIG(status));
   return "exit " + std::to_string(WEXITSTATUS(status));
+}
+
+/// Prints a number on standard output.
+inline void tell(const char* name, int value) {
+  dprintf(STDOUT_FILENO, "%s %d\n", name, value);
 }
 
 /// No test waits longer than this for something that never comes: SIGALRM ends the
@@ -53,7 +59,15 @@ inline void drain(std::array<pollfd, 2> ends, std::array<std::string*, 2> texts)
   }
 }
 
-/// Runs `body` in a child, which then ends through `exit` with the status that `body` returned.
+/// An expected abort of this process then leaves no core file.
+inline void leaveNoCoreFile() {
+  const rlimit none{0, 0};
+  setrlimit(RLIMIT_CORE, &none);
+}
+
+/// Runs `body` in a child.  When `body` returns a number, the child ends through `exit` with
+/// that: exit functions and static destructors run.  When it returns nothing, the child
+/// leaves with 0 at once.
 template <class Body>
 processEnd runChild(Body body) {
   std::fflush(nullptr);
@@ -67,13 +81,17 @@ processEnd runChild(Body body) {
   }
   const pid_t child = fork();
   if (child == 0) {
-    const rlimit noCore = {0, 0};
-    setrlimit(RLIMIT_CORE, &noCore);
+    leaveNoCoreFile();
     limitLife();
     dup2(out[1], STDOUT_FILENO);
     dup2(err[1], STDERR_FILENO);
     for (const int end : {out[0], out[1], err[0], err[1]}) close(end);
-    std::exit(body());
+    if constexpr (std::is_void_v<decltype(body())>) {
+      body();
+      std::_Exit(0);
+    } else {
+      std::exit(body());
+    }
   }
   close(out[1]);
   close(err[1]);
@@ -93,11 +111,17 @@ processEnd runFreshChild(Body body) {
   return runChild(body);
 }
 
-/// Runs `body` in a child that shares this process's semaphore set, and removes the
-/// set afterwards.  For bodies that a signal ends: such an end removes nothing.
+/// Creates the semaphore set in this process, which removes it at exit.  A child that a signal
+/// ends would leave a set of its own behind.
+inline void ownTheSemaphores() {
+  semaphoreSet(false);
+}
+
+/// Runs `body` in a child that shares this process's semaphore set, and removes
+/// the set afterwards.  For bodies that a signal ends, which removes nothing.
 template <class Body>
 processEnd runSharingChild(Body body) {
-  semaphoreSet(false);
+  ownTheSemaphores();
   processEnd result = runChild(body);
   semaphoreRelease();
   return result;
