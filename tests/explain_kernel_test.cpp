@@ -12,6 +12,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -218,6 +219,21 @@ TEST(Kernel, PassesOverAProgramWhoseLoaderIsMissingOrMayNotBeExecuted) {
     EXPECT_EQ(told("tool", {"tool"}, "first:second"), one.told);
     EXPECT_EQ(executed("tool", {"tool"}, "first:second"), "exit " + std::to_string(one.status));
   }
+}
+
+TEST(Kernel, ReadsTheHeadersOfAProgram) {
+  std::string otherSize = program(EM_X86_64, "/no/such/loader\0"s);
+  otherSize[offsetof(Elf64_Ehdr, e_phentsize)] = 1;
+  std::string noSegments = program(EM_X86_64, "/no/such/loader\0"s);
+  noSegments[offsetof(Elf64_Ehdr, e_phnum)] = 0;
+  std::string nameBeyondTheEnd = program(EM_X86_64, "/no/such/loader\0"s);
+  nameBeyondTheEnd[sizeof(Elf64_Ehdr) + offsetof(Elf64_Phdr, p_offset) + 2] = 1;
+  const kernelCase cases[] = {
+      {otherSize, "first/tool|/bin/sh|0", 201},
+      {noSegments, "first/tool|/bin/sh|0", 201},
+      {nameBeyondTheEnd, "||5", EIO},
+  };
+  check(cases);
 }
 
 TEST(Kernel, LooksNoFurtherThanTheHeadersOfAProgram) {

@@ -215,6 +215,104 @@ TEST(Wording, OfViewersThatCanDoWhatTheChosenOneCannot) {
             said(machine, link));
 }
 
+// Viewers of every kind: two are installed, one for trusted machines only.
+void furnish(const Machine& machine) {
+  install(machine, "other", "Other", "vnc");
+  machine.define("bare",
+                 "name = \"Bare\"\nschemes = [\"bare\"]\nprograms = [\"bare\"]\narguments = []\n");
+  machine.define("look",
+                 "name = \"Look\"\nschemes = [\"vnc\"]\nprograms = [\"look\"]\narguments = []\n"
+                 "packages = [\"look-viewer\", \"look-extra\"]\n");
+  machine.define("plain",
+                 "name = \"Plain\"\nschemes = [\"vnc\", \"x\"]\nprograms = [\"plain\"]\n"
+                 "arguments = [\"{host}\", \"a b\"]\nunguarded = [\"clipboard\"]\n"
+                 "unset = [\"VNC_VIA\"]\n[environment]\nWORD = \"{password}\"\nOTHER = \"it's\"\n");
+  machine.program("plain");
+}
+
+TEST(Wording, OfTheList) {
+  const Machine machine;
+  furnish(machine);
+  const std::string look =
+      "look: Look\n"
+      "  opens         vnc\n"
+      "  program       not installed (install look-viewer and look-extra)\n";
+  const std::string other =
+      "other: Other\n"
+      "  opens         vnc\n"
+      "  program       " +
+      machine.path("bin/other") + "\n";
+  const std::string plain =
+      "plain: Plain\n"
+      "  opens         vnc and x\n"
+      "  program       " +
+      machine.path("bin/plain") +
+      "\n"
+      "  lets through  clipboard\n";
+  const std::string bare =
+      "bare: Bare\n"
+      "  opens         bare\n"
+      "  program       not installed\n";
+  EXPECT_EQ(bare + look + other + "  for vnc links the first by rank\n" + plain,
+            machine.run({"--list"}).out);
+  machine.set("[use]\nvnc = \"plain\"\n");
+  machine.set("[use]\nbare = \"bare\"\n", "etc");
+  EXPECT_EQ(bare + "  for bare links chosen by the administrator\n" + look + other + plain +
+                "  for vnc links chosen by you\n",
+            machine.run({"--list"}).out);
+}
+
+TEST(Wording, OfADryRun) {
+  const Machine machine;
+  furnish(machine);
+  machine.set("[use]\nvnc = \"plain\"\n[trust]\nhosts = [\"h\"]\n");
+  EXPECT_EQ(
+      "link        \"vnc://u:***@h:5901/?a=b&VncPassword=***&QualityLevel=3#f\"\n"
+      "scheme      vnc\n"
+      "user        u\n"
+      "password    ***\n"
+      "host        h, trusted\n"
+      "port        5901\n"
+      "parameter   a = \"b\"\n"
+      "parameter   VncPassword = ***\n"
+      "parameter   QualityLevel = \"3\"\n"
+      "viewer      Plain (plain), chosen in your settings\n"
+      "file        " +
+          machine.path("bin/plain") +
+          "\n"
+          "unguarded   clipboard\n"
+          "dropped     user\n"
+          "dropped     fragment\n"
+          "dropped     a\n"
+          "dropped     VncPassword\n"
+          "dropped     QualityLevel\n"
+          "unset       VNC_VIA\n"
+          "environment OTHER=\"it's\"\n"
+          "environment WORD=***\n"
+          "arguments   \"plain\" \"h\" \"a b\"\n"
+          "launch      yes\n",
+      machine.run({"--dry-run", "vnc://u:p@h:5901/?a=b&VncPassword=&QualityLevel=3#f"}).out);
+  EXPECT_EQ(
+      "link        \"vnc://[::1]\"\n"
+      "scheme      vnc\n"
+      "host        [::1], not trusted\n"
+      "viewer      Other (other), chosen by --viewer\n"
+      "file        " +
+          machine.path("bin/other") +
+          "\n"
+          "arguments   \"other\" \"::1\"\n"
+          "launch      yes\n",
+      machine.run({"--dry-run", "--viewer=other", "vnc://[::1]"}).out);
+  EXPECT_EQ(
+      "link        \"vnc://x:0\"\n"
+      "scheme      vnc\n"
+      "host        x\n"
+      "fault at    byte 8 of the link, from 0\n"
+      "launch      no: Cannot open \"vnc://x:0\". The port is not a number from 1 to 65535 without "
+      "leading zeros. Check the link. (port)\n",
+      machine.run({"--dry-run", "vnc://x:0"}).out);
+}
+
 TEST(Wording, OfSettingsWithAFault) {
   const Machine machine;
   machine.plain();
