@@ -23,10 +23,11 @@ namespace hopopen {
 
 namespace {
 
-// Whether the link does not say what it asks for, so that no viewer could do it.
-bool isUnclear(const link& what) {
+// Whether the fault is that the link does not say what it asks for: no viewer could do it.
+bool isUnclear(const link& what, const refusal& fault) {
   return std::any_of(what.parameters.begin(), what.parameters.end(), [&](const parameter& one) {
-    return meaningIn(rulesOf(what.scheme), one) == meaning::VIEW_ONLY &&
+    return one.position == fault.position &&
+           meaningIn(rulesOf(what.scheme), one) == meaning::VIEW_ONLY &&
            readAnswer(one.meant()) == answer::UNCLEAR;
   });
 }
@@ -93,7 +94,7 @@ verdict open(const std::optional<std::string>& viewer, const candidates& among, 
   }
   filling filled;
   if (auto fault = fill(what, *into.trusted, *into.chosen.viewer, into.chosen.program, filled)) {
-    if (fault->why == code::RESTRICTION && !isUnclear(what)) {
+    if (fault->why == code::RESTRICTION && !isUnclear(what, *fault)) {
       into.unread = outlines(among.known, what.scheme);
       fault->message += alternatives(into, among);
     }

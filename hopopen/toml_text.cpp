@@ -8,15 +8,13 @@ namespace hopopen {
 
 namespace {
 
-// True when the header at that place, "[trust]" or "[trust.more]", has one key.
+// True when the header at that place, "[trust]" or "[trust.more]", has one key.  The first
+// one has no quote in it, however it is written.
 bool hasOneKey(const std::string& text, std::size_t header) {
   std::size_t at = skipBlanks(text, header + 1);
   const char quote = at < text.size() ? text[at] : ']';
   if (quote == '"' || quote == '\'') {
-    for (at++; at < text.size() && text[at] != quote; at++) {
-      at += quote == '"' && text[at] == '\\' ? 1U : 0U;
-    }
-    at++;
+    at = std::min(text.find(quote, at + 1), text.size() - 1) + 1;
   } else {
     while (at < text.size() && (isWord(text[at]) || text[at] == '-')) {
       at++;

@@ -95,10 +95,10 @@ def fuzzed(output):
 def mutated(output):
     """Takes the place of the rows of the files that were broken, and of the last one."""
     kept = json.loads((KEPT / "mutation.json").read_text(encoding="utf-8"))["tables"]["mutants"]
-    rows = {row[0]: row for row in kept["rows"][:-1]}
+    rows = {row[0].strip("`"): row for row in kept["rows"][:-1]}
     for name, killed, tried, same in re.findall(
             r"^(\S+): (\d+) of (\d+) killed, \d+ survived, (\d+) equivalent", output, re.MULTILINE):
-        rows[name] = [name, killed, tried, same]
+        rows[name] = [f"`{name}`", killed, tried, same]
     rows = {name: row for name, row in sorted(rows.items()) if pathlib.Path(name).exists()}
     sums = [sum(int(row[column]) for row in rows.values()) for column in (1, 2, 3)]
     last = [f"together, {100 * sums[0] / sums[1]:.1f} %"] + [f"{number:,}" for number in sums]
@@ -112,8 +112,8 @@ MEASURED = {
     "fuzz": (FUZZ_ROUND, lambda output: {"text": output.rstrip()}),
     "fuzz_long": (FUZZ_LONG, fuzzed),
     "hardening": ("scripts/check hardening", closing(1)),
-    "mutation": ("scripts/mutate $(git ls-files '*.cpp' | grep -E '^(brimcore|directory|tools|utilities)/')"
-                 " --longest 4", mutated),
+    "mutation": ("scripts/mutate $(git ls-files '*.cpp' |"
+                 " grep -E '^(brimcore|directory|hopopen|tools|utilities)/') --longest 35", mutated),
     "soak": ("scripts/soak", soaked),
     "word_sizes": ("scripts/check word_sizes", closing(2)),
 }

@@ -13,8 +13,10 @@
 
 #include <cerrno>
 #include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -24,6 +26,7 @@
 #include "elf_program.h"
 #include "execution.h"
 #include "find_program.h"
+#include "soft_limit.h"
 #include "texts.h"
 #include "working_folder.h"
 
@@ -236,6 +239,29 @@ TEST(Kernel, ReadsTheHeadersOfAProgram) {
   check(cases);
 }
 
+// A narrow program with so many segments, of which the first names a loader that is missing.
+std::string manySegments(std::uint16_t count) {
+  const std::string one = narrowElfProgram(EM_386, "/no/such/loader\0"s);
+  Elf32_Ehdr header = {};
+  Elf32_Phdr segment = {};
+  std::memcpy(&header, one.data(), sizeof header);
+  std::memcpy(&segment, one.data() + sizeof header, sizeof segment);
+  header.e_phnum = count;
+  segment.p_offset = static_cast<Elf32_Off>(sizeof header + count * sizeof segment);
+  std::string result(reinterpret_cast<const char*>(&header), sizeof header);
+  result.append(reinterpret_cast<const char*>(&segment), sizeof segment);
+  result.append((count - 1U) * sizeof segment, '\0');
+  return result + "/no/such/loader\0"s + "\nexit 201\n";
+}
+
+TEST(Kernel, ReadsAtMost65536BytesOfSegments) {
+  const kernelCase cases[] = {
+      {manySegments(2048), "second/tool||0", 202},
+      {manySegments(2049), "first/tool|/bin/sh|0", 201},
+  };
+  check(cases);
+}
+
 TEST(Kernel, LooksNoFurtherThanTheHeadersOfAProgram) {
   const Folder folder;
   std::filesystem::copy_file("/bin/true", "first/tool");
@@ -255,20 +281,22 @@ bool isWideKernel() {
   return uname(&system) == 0 && std::string(system.machine).find("64") != std::string::npos;
 }
 
+// One variable, and a stack of so many bytes; 0 leaves the stack as it is.
+void leaveRoom(rlim_t stack) {
+  clearenv();
+  setenv("A", "bc", 1);
+  if (stack != 0) {
+    setSoftLimit(RLIMIT_STACK, stack);
+  }
+}
+
 // Expects 0 if the vector executes, otherwise the error number, and the report of it.
 void checkRoom(const Strings& arguments, int error, rlim_t stack = 0) {
   SCOPED_TRACE(testing::Message() << arguments.size() << " arguments, the last of "
                                   << arguments.back().size() << " bytes, stack " << stack);
   const auto limited = [&](auto body) {
     return runChild([&] {
-      clearenv();
-      setenv("A", "bc", 1);
-      if (stack != 0) {
-        rlimit limit = {};
-        getrlimit(RLIMIT_STACK, &limit);
-        limit.rlim_cur = stack;
-        setrlimit(RLIMIT_STACK, &limit);
-      }
+      leaveRoom(stack);
       std::exit(body());
       return 0;
     });
@@ -276,11 +304,7 @@ void checkRoom(const Strings& arguments, int error, rlim_t stack = 0) {
   EXPECT_EQ(limited([&] { return executionError("/bin/true", arguments); }).ending,
             "exit " + std::to_string(error));
   const auto end = limited([&] {
-    std::vector<char*> vector;
-    for (const std::string& argument : arguments) {
-      vector.push_back(const_cast<char*>(argument.c_str()));
-    }
-    vector.push_back(nullptr);
+    const std::vector<char*> vector = execution::pointers(arguments);
     execv("/bin/true", vector.data());
     return errno;
   });
@@ -330,6 +354,21 @@ TEST(Kernel, HasAQuarterOfTheStackForStringsAndPointers) {
   checkRoom(argumentsOf(6 * MiB), 0, RLIM_INFINITY);
 }
 
+// One pointer of the stack is not for strings: of "/bin/true", "A=bc", "t" and this.
+TEST(Kernel, HasNoMoreRoomThanTheStack) {
+  constexpr std::size_t others = sizeof "/bin/true" + sizeof "A=bc" + sizeof "t" + 1;
+  constexpr std::size_t stack = 31 * 4096;
+  if (!isWideKernel() || sysconf(_SC_PAGESIZE) != 4096) {
+    GTEST_SKIP() << "the kernel's pointers or pages are not those of the test";
+  }
+  checkRoom({"t", std::string(stack - pointer - others + 1, 'x')}, E2BIG, stack);
+  const auto fits = runChild([] {
+    leaveRoom(stack);
+    return executionError("/bin/true", {"t", std::string(stack - pointer - others, 'x')});
+  });
+  EXPECT_EQ("exit 0", fits.ending);
+}
+
 TEST(Kernel, CountsWhatAScriptAddsToItsArguments) {
   if (!isWideKernel()) {
     GTEST_SKIP() << "the kernel's pointers are not those of the test";
@@ -348,17 +387,8 @@ TEST(Kernel, CountsWhatAScriptAddsToItsArguments) {
       return result;
     }();
     const auto end = runChild([&] {
-      clearenv();
-      setenv("A", "bc", 1);
-      rlimit limit = {};
-      getrlimit(RLIMIT_STACK, &limit);
-      limit.rlim_cur = 4 * 1024 * 1024;
-      setrlimit(RLIMIT_STACK, &limit);
-      std::vector<char*> vector;
-      for (const std::string& argument : arguments) {
-        vector.push_back(const_cast<char*>(argument.c_str()));
-      }
-      vector.push_back(nullptr);
+      leaveRoom(4 * 1024 * 1024);
+      const std::vector<char*> vector = execution::pointers(arguments);
       std::printf("%d ", executionError("./script", arguments));
       std::fflush(stdout);
       execv("./script", vector.data());
@@ -367,6 +397,35 @@ TEST(Kernel, CountsWhatAScriptAddsToItsArguments) {
     EXPECT_EQ(end.output, more == 0 ? "0 " : "7 ");
     EXPECT_EQ(end.ending, more == 0 ? "exit 0" : "exit 7");
   }
+}
+
+// It gets the name of the file, too: there are arguments that the file has room for and the
+// shell has not.
+TEST(Kernel, CountsWhatTheShellAddsToItsArguments) {
+  if (!isWideKernel()) {
+    GTEST_SKIP() << "the kernel's pointers are not those of the test";
+  }
+  const Folder folder;
+  writeFile("script", "exit 0\n", 0755);
+  int withoutTheShell = 0;
+  for (std::size_t less = 0; less <= 64; less += 4) {
+    SCOPED_TRACE(less);
+    Strings arguments = argumentsOf(1024 * 1024 - less);
+    arguments.insert(arguments.begin(), "");
+    const auto end = runChild([&] {
+      leaveRoom(4 * 1024 * 1024);
+      const std::vector<char*> vector = execution::pointers(arguments);
+      std::printf("%d %d", executionError("./script", arguments),
+                  findProgram("./script", "/bin", arguments).error);
+      std::fflush(stdout);
+      execvp("./script", vector.data());
+      return errno;
+    });
+    const std::string error = end.output.substr(end.output.find(' ') + 1);
+    EXPECT_EQ("exit " + error, end.ending);
+    withoutTheShell += end.output == "8 7" ? 1 : 0;
+  }
+  EXPECT_GT(withoutTheShell, 0);
 }
 
 // --- Folders of PATH that are too long --------------------------------------------

@@ -252,6 +252,7 @@ TEST(LogFault, DependsOnWhichFilesOfOthersLinuxProtects) {
   }
   const std::string denied = "cannot be opened: Permission denied";
   EXPECT_EQ("|", faults("0").output);
+  EXPECT_EQ("|", faults("").output) << "no number is none";
   EXPECT_EQ(denied + "|", faults("1").output);
   EXPECT_EQ(denied + "|" + denied, faults("2").output);
 }

@@ -183,6 +183,16 @@ TEST(CommandLine, TakesValuesAsTheyAre) {
   }
 }
 
+TEST(CommandLine, TakesAnEmptyValueForAValue) {
+  const Machine machine;
+  machine.plain();
+  EXPECT_EQ((Strings{"plain", "h"}), machine.launch({"--log=", "vnc://h"}));
+  EXPECT_EQ((Strings{"plain", "h"}), machine.launch({"--log", "", "vnc://h"}));
+  const Outcome outcome = machine.run({"--viewer=", "vnc://h"});
+  EXPECT_EQ(4, outcome.status);
+  EXPECT_TRUE(contains(outcome.err, "The chosen viewer \"\" is not known.")) << outcome.err;
+}
+
 TEST(CommandLine, TakesAnEmptyLinkForALink) {
   const Machine machine;
   machine.plain();

@@ -101,6 +101,17 @@ TEST(OpeningOutput, OfARefusalMayBeLost) {
   EXPECT_EQ(2, machine.call({.arguments = {"vnc://h:0"}, .prepare = noFileMayGrow}).status);
 }
 
+// The signals are as they were given when the viewer is executed, and ignored again after it.
+TEST(OpeningOutput, OfAStartThatFailsMayBeLost) {
+  const Machine machine;
+  machine.define("plain", door::PLAIN);
+  machine.write("bin/plain", "no program\n");
+  std::filesystem::permissions(machine.path("bin/plain"), std::filesystem::perms::owner_all);
+  EXPECT_EQ(3, machine.call({.arguments = {"vnc://h"}, .prepare = [] { closedPipe(2); }}).status);
+  EXPECT_EQ(3,
+            machine.call({.arguments = {"--log=log", "vnc://h"}, .prepare = noFileMayGrow}).status);
+}
+
 TEST(OpeningOutput, ThatIsIgnoredStaysSoForTheViewer) {
   const Machine machine;
   machine.plain();

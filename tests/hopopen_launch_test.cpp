@@ -54,6 +54,15 @@ TEST(Arguments, WithAPlaceholderThatHasNoValueAreLeftOutWhole) {
             machine.launch({"vnc://:p@h:/"}));
 }
 
+TEST(Arguments, OfAProtectionThatAreLeftOutWholeGiveNone) {
+  const Machine machine;
+  machine.program("plain");
+  machine.define("plain", std::string(door::PLAIN) +
+                              "[parameters.ViewOnly]\narguments = [\"-only-{user}\"]\n");
+  EXPECT_EQ((Strings{"plain", "-only-u", "h"}), machine.launch({"vnc://u@h?ViewOnly=true"}));
+  EXPECT_EQ("refused: restriction", machine.comesOf({"vnc://h?ViewOnly=true"}));
+}
+
 TEST(Arguments, HaveTheDefaultPortButTheLinkHasNot) {
   const Machine machine;
   machine.define("all", std::string(PLACEHOLDERS) + "[default]\nport = 5900\n");

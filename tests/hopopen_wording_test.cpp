@@ -105,6 +105,10 @@ TEST(Wording, OfLinksThatAreWrong) {
        "The link asks for a protection of the connection, \"SecurityType\", and Plain cannot do "
        "that. No other viewer that is installed can do it. Ask for a link without it. "
        "(restriction)"},
+      {"vnc://h?SecurityType=2&ViewOnly=maybe",
+       "The link asks for a protection of the connection, \"SecurityType\", and Plain cannot do "
+       "that. No other viewer that is installed can do it. Ask for a link without it. "
+       "(restriction)"},
       {"ssh://h?ViewOnly=1",
        "The link asks to look at the machine without controlling it, and Shell cannot do that. No "
        "other viewer that is installed can do it. Ask for a link without it. (restriction)"},

@@ -31,9 +31,6 @@ std::uint64_t roomOf(rlim_t stack, std::uint64_t pointers) {
   const std::uint64_t quarter = std::clamp<std::uint64_t>(stack / 4, leastRoom, mostRoom);
   const std::uint64_t left = quarter - std::min(quarter, pointers * pointerSize());
   const std::uint64_t pages = std::max<std::uint64_t>(stack / pageSize(), 1);
-  if (pages > mostRoom / pageSize()) {
-    return left;
-  }
   return std::min(left, pages * pageSize() - pointerSize());
 }
 
