@@ -1,0 +1,165 @@
+#!/usr/bin/env bash
+# Shows rdp links at work on a desktop, with the installed package: both of their forms bring up
+# a real RDP server, through xdg-open, gio and a click in Chromium, in the viewers of this
+# release of Debian.  Nothing of a link with every setting that there is reaches a viewer, but its
+# address, its user, and the size and the sound that it may ask for.
+#
+# A part of ./test --desktop, which runs it in a clean Debian.
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/../.."
+# shellcheck source=scripts/desktop/in_clean_debian.sh
+source scripts/desktop/in_clean_debian.sh
+# shellcheck source=scripts/desktop/scratch_desktop.sh
+source scripts/desktop/scratch_desktop.sh
+# shellcheck source=scripts/desktop/screen_checks.sh
+source scripts/desktop/screen_checks.sh
+# shellcheck source=scripts/desktop/remote_machine.sh
+source scripts/desktop/remote_machine.sh
+# shellcheck source=scripts/desktop/browser.sh
+source scripts/desktop/browser.sh
+
+use_scratch_home
+start_screen
+xsetroot -solid "$background"
+start_remote_rdp
+
+rdp=rdp://localhost:$rdp_port
+pairs=rdp://full%20address=s:localhost:$rdp_port # as people write them, with a plain ":"
+
+# hostile: a link with all that tests/data/rdp_settings.txt has.
+hostile() {
+  python3 -c '
+import sys, urllib.parse
+settings = [line.rstrip("\n") for line in sys.stdin if line.strip() and line[0] != "#"]
+settings += ["full address:s:localhost:" + sys.argv[1], "username:s:kim", "domain:s:LAB",
+             "desktopwidth:i:640", "desktopheight:i:480", "audiomode:i:2"]
+def pair(setting):
+    name, kind, value = setting.split(":", 2)
+    return urllib.parse.quote(name) + "=" + kind + ":" + urllib.parse.quote(value)
+print("rdp://" + "&".join(map(pair, settings)))' "$rdp_port" <tests/data/rdp_settings.txt
+}
+
+# --- What a viewer is told and does ----------------------------------------------
+
+# asks: a terminal or a window of the viewer's own has a question, such as whether the
+# certificate is the machine's.
+answer_questions() {
+  local window
+  window=$(windows | grep -m 1 -e uxterm -e "$question") || return 0
+  wmctrl -ia "${window%% *}" && sleep 0.3 && xdotool type --delay 50 "$answer"
+}
+
+# brings_desktop: answers questions until the desktop is there.
+brings_desktop() {
+  has_window "$title" || answer_questions
+  shows_desktop
+}
+clicks_and_brings_desktop() { clicks_link && brings_desktop; }
+
+# is_told WORD...: the program is started, with exactly these words.
+is_told() {
+  local id
+  wait_for 20 is_running "$1" || return
+  id=$(pgrep -n -x "$(basename "$1")")
+  diff <(printf '%s\n' "$@") <(tr '\0' '\n' <"/proc/$id/cmdline")
+}
+is_running() { pgrep -x "$(basename "$1")" >/dev/null; }
+
+# tells OPENER... -- WORD...: the link $link is opened, and the viewer is told these words.
+tells() {
+  local opener=() group status=0
+  while [[ $1 != -- ]]; do
+    opener+=("$1")
+    shift
+  done
+  shift
+  setsid "${opener[@]}" "$link" </dev/null &
+  group=$!
+  is_told "$@" || status=1
+  kill -- "-$group" 2>/dev/null || true
+  wait_for 10 no_window || kill -s KILL -- "-$group" 2>/dev/null || true
+  wait_for 10 no_window || status=1
+  wait "$group" 2>/dev/null || true
+  return "$status"
+}
+
+# waits_for_answer: nobody has answered the question of the certificate, so nothing is shown.
+waits_for_answer() {
+  wait_for 30 has_question && sleep 3 && has_question && ! has_window "$title"
+}
+has_question() { windows | grep -q -e uxterm -e "$question"; }
+
+# is_ordinary: the window is one among others, in its frame.
+is_ordinary() {
+  local window state frame
+  brings_desktop || return
+  window=$(windows | grep -m 1 -F -- "$title")
+  state=$(xprop -id "${window%% *}" _NET_WM_STATE)
+  frame=$(xprop -id "${window%% *}" _NET_FRAME_EXTENTS | grep -o '[0-9]*' | sed -n 3p)
+  [[ $state != *FULLSCREEN* && $state != *MAXIMIZED* ]] && ((${frame:-0} > 10))
+}
+
+# --- FreeRDP ----------------------------------------------------------------------
+
+# freerdp NAME PROGRAM: the viewer of that name.
+freerdp() {
+  local name=$1 program=$2 opener
+  show "$name-question" waits_for_answer hopopen --viewer "$name" "$rdp"
+  show "$name" brings_desktop hopopen --viewer "$name" "$rdp"
+  show "$name-pairs" brings_desktop hopopen --viewer "$name" "$pairs"
+  link=$(hostile)
+  try "$name: a hostile link" tells hopopen --viewer "$name" -- "$program" -clipboard \
+    -grab-keyboard -grab-mouse /w:640 /h:480 /audio-mode:2 '/u:LAB\kim' /v:localhost \
+    "/port:$rdp_port"
+  show "$name-hostile" is_ordinary hopopen --viewer "$name" "$link"
+  link="$pairs&screen%20mode%20id=i:2&desktopwidth=i:1100&desktopheight=i:720"
+  show "$name-large" is_ordinary hopopen --viewer "$name" "$link"
+}
+
+test_openers() {
+  show rdp-xdg-open brings_desktop xdg-open "$rdp"
+  show rdp-gio brings_desktop gio open "$rdp"
+  show rdp-pairs-xdg-open brings_desktop xdg-open "$pairs"
+  show rdp-pairs-gio brings_desktop gio open "$pairs"
+  link=$(hostile)
+  show rdp-hostile-xdg-open is_ordinary xdg-open "$link"
+}
+
+test_browser() {
+  start_web_server
+  page rdp "$rdp"
+  browser rdp
+  show rdp-chromium clicks_and_brings_desktop "${chromium[@]}"
+  page pairs "rdp://full%20address=s%3Alocalhost%3A$rdp_port"
+  browser pairs
+  show rdp-pairs-chromium clicks_and_brings_desktop "${chromium[@]}"
+}
+
+# Those that say they cannot be told are started when somebody chooses them.
+test_others() {
+  link=$(hostile)
+  try 'remmina: a hostile link' tells hopopen --viewer remmina-rdp -- /usr/bin/remmina -c \
+    "rdp://LAB%5Ckim@localhost:$rdp_port"
+  try 'krdc: a hostile link' tells hopopen --viewer krdc-rdp -- /usr/bin/krdc \
+    "rdp://LAB%5Ckim@localhost:$rdp_port"
+}
+
+title=FreeRDP
+question='no such window'
+answer=$'y\n'
+try 'install' install_package
+if command -v xfreerdp >/dev/null; then # Debian 12
+  freerdp freerdp2 /usr/bin/xfreerdp
+  test_openers
+  test_browser
+  test_others
+else
+  freerdp freerdp3-x11 /usr/bin/xfreerdp3
+  question=ertificate
+  answer=$'\n'
+  freerdp freerdp3 /usr/bin/sdl-freerdp3
+  test_openers
+fi
+try 'no link ran a command' test ! -e "$scratch/harmed"
+try 'all processes end' end_processes
+closing_line
