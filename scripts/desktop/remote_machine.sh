@@ -63,13 +63,14 @@ shows_desktop() {
 
 # --- Servers whose sessions are a shell that shows itself -------------------------
 
-# make_session FILE: a program that is such a session.
+# make_session FILE PORT: a program that is such a session, and knows its server's port.
 make_session() {
   mkdir -p "$scratch/remote"
   cat >"$1" <<END
 #!/bin/sh
 cd "$scratch/remote"
 printenv USER >user
+export SERVER_PORT=$2
 touch started
 printf 'This is the remote shell.\n'
 PS1='remote\$ ' exec bash --noprofile --norc -i
@@ -82,7 +83,7 @@ start_remote_shell() {
   mkdir "$scratch/ssh"
   ssh-keygen -q -t ed25519 -N '' -f "$scratch/ssh/host"
   ssh-keygen -q -t ed25519 -N '' -f "$scratch/ssh/user"
-  make_session "$scratch/ssh/session"
+  make_session "$scratch/ssh/session" "$ssh_port"
   cat >"$scratch/ssh/sshd_config" <<END
 Port $ssh_port
 PidFile none
@@ -104,8 +105,8 @@ END
 # Each connection gets a telnetd of its own.
 telnet_port=2323
 start_remote_telnet() {
-  make_session "$scratch/telnet_session"
-  service telnetd env HOME="$scratch/remote" TELNET_PORT="$telnet_port" python3 -c '
+  make_session "$scratch/telnet_session" "$telnet_port"
+  service telnetd env HOME="$scratch/remote" python3 -c '
 import socket, subprocess, sys
 address = ("::", int(sys.argv[1]))
 with socket.create_server(address, family=socket.AF_INET6, dualstack_ipv6=True) as listener:
@@ -131,16 +132,16 @@ visit_before() {
 }
 
 # shows_shell: a window of the title $title is there and in front, and what is typed into
-# it is done by the shell of the server, which is the one of $reached_server.
+# it is done by the shell of the server, the one of $reached_port.
 shows_shell() {
   [[ -e $scratch/remote/started ]] && wmctrl -a "$title" &&
     [[ $(xdotool getactivewindow getwindowname 2>/dev/null) == *"$title"* ]] || return 1
   sleep 0.5
-  xdotool type --delay 50 $'printenv SSH_CONNECTION TELNET_PORT >reached\n'
+  xdotool type --delay 50 $'printenv SERVER_PORT >reached\n'
   wait_for 5 reached_server
 }
-reached_server="^(127.0.0.1|::1) [0-9]+ (127.0.0.1|::1) $ssh_port\$"
-reached_server() { grep -qE "$reached_server" "$scratch/remote/reached" 2>/dev/null; }
+reached_port=$ssh_port
+reached_server() { grep -qx "$reached_port" "$scratch/remote/reached" 2>/dev/null; }
 show_shell() {
   rm -f "$scratch"/remote/*
   show "$1" shows_shell "${@:2}"

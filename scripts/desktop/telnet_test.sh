@@ -21,7 +21,7 @@ use_scratch_home
 start_screen
 xsetroot -solid "$background"
 start_remote_telnet
-reached_server="^$telnet_port\$"
+reached_port=$telnet_port
 
 telnet=telnet://localhost:$telnet_port
 telnet6="telnet://[::1]:$telnet_port"
