@@ -178,8 +178,7 @@ finding desktopCheck::ofProgram(const foundEntry& own) const {
   const auto first = m_programs.find("hopopen");
   if (first && withoutLinks(first->path) != withoutLinks(path)) {
     return {state::WARNING, "tryexec", first->path,
-            "comes first in PATH, but a click starts " + path,
-            REMOVE_ONE};
+            "comes first in PATH, but a click starts " + path, REMOVE_ONE};
   }
   // An entry without a path starts the first one, too.
   const auto other = first ? m_programs.findOther("hopopen") : std::nullopt;

@@ -247,9 +247,10 @@ TEST_F(CheckOfClicks, WarnsThatAnotherHopopenComesFirst) {
 TEST_F(CheckOfClicks, WarnsThatAnotherHopopenComesFirstThatTheEntryStartsAsWell) {
   machine.program("hopopen", "first");
   machine.write("share/applications/hopopen.desktop", ENTRY_WITHOUT_A_PATH);
-  EXPECT_EQ("warning tryexec: @/first/hopopen: comes before @/bin/hopopen in PATH\n"
-            "  Remove the one that you do not want, or change PATH.\n",
-            machine.told({{"PATH", machine.path("first") + ":" + machine.path("bin")}}));
+  EXPECT_EQ(
+      "warning tryexec: @/first/hopopen: comes before @/bin/hopopen in PATH\n"
+      "  Remove the one that you do not want, or change PATH.\n",
+      machine.told({{"PATH", machine.path("first") + ":" + machine.path("bin")}}));
 }
 
 TEST_F(CheckOfClicks, TakesALinkToTheSameHopopenForTheSame) {

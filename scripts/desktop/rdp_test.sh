@@ -41,11 +41,17 @@ print("rdp://" + "&".join(map(pair, settings)))' "$rdp_port" <tests/data/rdp_set
 
 # --- What a viewer is told and does ----------------------------------------------
 
-# answer_questions: of the terminal or a window of the viewer's own, such as whether the
-# certificate is the machine's.
+# answer_questions: those of the terminal, or of windows of the viewer's own: who one is, and
+# whether the certificate is the machine's.
+question=' \(uxterm\|xfreerdp3\)$\|redentials\|ertificate'
 answer_questions() {
-  local window
+  local window answer
   window=$(windows | grep -m 1 "$question") || return 0
+  case $window in
+    *redentials*) answer=$'kim\t\tpassword\n' ;;
+    *ertificate*) answer=$'\n' ;;
+    *) answer=$'y\n' ;;
+  esac
   wmctrl -ia "${window%% *}" && sleep 0.3 && xdotool type --delay 50 "$answer"
 }
 
@@ -89,30 +95,35 @@ waits_for_answer() {
 }
 has_question() { windows | grep -q "$question"; }
 
-# is_ordinary: the window is one among others, in its frame.
+# is_ordinary: the window is one among others, in its frame, and does not cover the screen without
+# its title.
 is_ordinary() {
-  local window state frame
+  local window state frame top width
   brings_desktop || return
   window=$(windows | grep -m 1 -F -- "$title")
   state=$(xprop -id "${window%% *}" _NET_WM_STATE)
   frame=$(xprop -id "${window%% *}" _NET_FRAME_EXTENTS | grep -o '[0-9]*' | sed -n 3p)
-  [[ $state != *FULLSCREEN* && $state != *MAXIMIZED* ]] && ((${frame:-0} > 10))
+  read -r top width < <(xwininfo -id "${window%% *}" |
+    awk '/Absolute upper-left Y/ { print $4 } /Width:/ { print $2 }' | xargs)
+  [[ $state != *FULLSCREEN* && $state != *MAXIMIZED* ]] && ((${frame:-0} > 10)) &&
+    ((top >= frame || width < 1100))
 }
 
 # --- FreeRDP ----------------------------------------------------------------------
 
-# freerdp NAME PROGRAM: the viewer of that name.
+# freerdp NAME PROGRAM SIZE...: the viewer of that name, and what it is told about the size of
+# the desktop that a hostile link asks for.
 freerdp() {
-  local name=$1 program=$2 opener
+  local name=$1 program=$2
   show "$name-question" waits_for_answer hopopen --viewer "$name" "$rdp"
   show "$name" brings_desktop hopopen --viewer "$name" "$rdp"
   show "$name-pairs" brings_desktop hopopen --viewer "$name" "$pairs"
   link=$(hostile)
   try "$name: a hostile link" tells hopopen --viewer "$name" -- "$program" -clipboard \
-    -grab-keyboard -grab-mouse /w:640 /h:480 /audio-mode:2 '/u:LAB\kim' /v:localhost \
+    -grab-keyboard -grab-mouse "${@:3}" /audio-mode:2 '/u:LAB\kim' /v:localhost \
     "/port:$rdp_port"
   show "$name-hostile" is_ordinary hopopen --viewer "$name" "$link"
-  link="$pairs&screen%20mode%20id=i:2&desktopwidth=i:1100&desktopheight=i:720"
+  link="$pairs&screen%20mode%20id=i:2&desktopwidth=i:4096&desktopheight=i:4096"
   show "$name-large" is_ordinary hopopen --viewer "$name" "$link"
 }
 
@@ -145,21 +156,16 @@ test_others() {
 }
 
 title=FreeRDP
-question=' \(uxterm\|xfreerdp3\)$' # the terminal
-answer=$'y\n'
 try 'install' install_package
 if command -v xfreerdp >/dev/null; then # Debian 12
-  freerdp freerdp2 /usr/bin/xfreerdp
+  freerdp freerdp2 /usr/bin/xfreerdp /w:640 /h:480
   test_openers
   test_browser
   test_others
 else
-  freerdp freerdp3-x11 /usr/bin/xfreerdp3
-  question=ertificate
-  answer=$'\n'
+  freerdp freerdp3-x11 /usr/bin/xfreerdp3 /w:640 /h:480
   freerdp freerdp3 sdl-freerdp3
   test_openers
 fi
-try 'no link ran a command' test ! -e "$scratch/harmed"
 try 'all processes end' end_processes
 closing_line

@@ -39,19 +39,38 @@ start_remote_rdp() {
   ready shadow listens "$rdp_port"
 }
 
+# boot_sector: what a computer without anything else starts: a picture in the same colours.
+boot_sector() {
+  python3 -c '
+import sys
+def six(colour):  # the bits of a colour that this kind of screen has
+    return [int(colour[i:i + 2], 16) >> 2 for i in (1, 3, 5)]
+code = bytes.fromhex("b81300 cd10")  # 320 x 200 points of 256 colours
+code += bytes.fromhex("bac803 b001 ee 42")  # colour 1, and then 2:
+for part in six(sys.argv[1]) + six(sys.argv[2]):
+    code += bytes([0xB0, part, 0xEE])
+code += bytes.fromhex("b800a0 8ec0 31ff b900fa b001 fc f3aa")  # all in colour 1
+code += bytes.fromhex("bb5000 bfdc7d b002 b95000 f3aa 81c7f000 4b 75f4")  # 80 x 80 in colour 2
+code += bytes.fromhex("fa f4 ebfd")  # nothing more
+sys.stdout.buffer.write(code.ljust(510, bytes(1)) + bytes.fromhex("55aa"))' \
+    "$remote_colour" "$clock_colour"
+}
+
 # The SPICE server has a plain port and one with TLS, whose certificate the user trusts.
 spice_port=5930
 spice_tls_port=5931
 start_remote_spice() {
+  mkdir "$scratch/spice"
   openssl req -x509 -newkey rsa:2048 -nodes -days 2 -subj /CN=localhost \
-    -keyout "$scratch/spice_key.pem" -out "$scratch/spice.pem" 2>"$scratch/openssl.log"
-  install -D "$scratch/spice.pem" "$HOME/.spicec/spice_truststore.pem"
-  service Xspice Xspice --auto --port "$spice_port" --tls-port "$spice_tls_port" \
-    --disable-ticketing --cacert-file "$scratch/spice.pem" --x509-dir "$scratch" \
-    --x509-cert-file "$scratch/spice.pem" --x509-key-file "$scratch/spice_key.pem" \
-    :20 -nolisten tcp -noreset
-  ready Xspice listens "$spice_port"
-  furnish_desktop :20
+    -keyout "$scratch/spice/server-key.pem" -out "$scratch/spice/ca-cert.pem" \
+    2>"$scratch/openssl.log"
+  cp "$scratch/spice/ca-cert.pem" "$scratch/spice/server-cert.pem"
+  install -D "$scratch/spice/ca-cert.pem" "$HOME/.spicec/spice_truststore.pem"
+  boot_sector >"$scratch/spice/disk"
+  service qemu qemu-system-x86_64 -nodefaults -accel tcg -m 16 -vga std -name 'remote desktop' \
+    -drive "format=raw,file=$scratch/spice/disk" -display none -spice \
+    "port=$spice_port,tls-port=$spice_tls_port,x509-dir=$scratch/spice,disable-ticketing=on"
+  ready qemu listens "$spice_tls_port"
 }
 
 # shows_desktop: a window of the title $title is there, and on the screen the remote

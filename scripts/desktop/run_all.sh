@@ -32,11 +32,10 @@ mkdir -p "$output"
 debian=(adwaita-icon-theme chromium dbus desktop-file-utils dunst firefox-esr fonts-dejavu-core
   freerdp2-shadow-x11 freerdp2-x11 gvncviewer imagemagick inetutils-telnet inetutils-telnetd
   kdialog krdc libglib2.0-bin libnotify-bin libnss-wrapper librsvg2-common openbox
-  openssh-client openssh-server openssl procps putty putty-tools python3 remmina
+  openssh-client openssh-server openssl procps putty putty-tools python3 qemu-system-x86 remmina
   remmina-plugin-rdp remmina-plugin-vnc spice-client-gtk strace tesseract-ocr
   tigervnc-standalone-server tigervnc-tools tigervnc-viewer virt-viewer wmctrl x11-apps x11-utils
-  x11-xserver-utils xauth xdg-utils xdotool xfonts-base xserver-xspice xsel xterm
-  xtightvncviewer xvfb zenity)
+  x11-xserver-utils xauth xdg-utils xdotool xfonts-base xsel xterm xtightvncviewer xvfb zenity)
 # What Debian 12 lacks.
 debian_13=(dbus desktop-file-utils fonts-dejavu-core freerdp3-sdl freerdp3-shadow-x11
   freerdp3-x11 imagemagick libglib2.0-bin openbox openssl procps python3 wmctrl x11-apps x11-utils

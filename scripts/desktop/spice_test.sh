@@ -74,9 +74,9 @@ test_openers() {
 
 try 'install' install_package
 try "a stranger's link is refused" is_refused "$spice" viewer
-with virt-viewer-spice 'Remote Viewer'
-with spicy spice
+with virt-viewer-spice 'remote desktop'
+with spicy 'remote desktop'
 hopopen --trust localhost
-test_openers 'Remote Viewer'
+test_openers 'remote desktop'
 try 'all processes end' end_processes
 closing_line
