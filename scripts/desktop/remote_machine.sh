@@ -88,7 +88,6 @@ make_session() {
   cat >"$1" <<END
 #!/bin/sh
 cd "$scratch/remote"
-printenv USER >user
 export SERVER_PORT=$2
 touch started
 printf 'This is the remote shell.\n'
