@@ -71,8 +71,8 @@ TEST(ShippedViewers, OfRdpAreToldNothingOfWhatIsDangerous) {
   const Machine machine;
   furnish(machine);
   const std::string env = machine.path("bin/env");
-  EXPECT_EQ((Strings{"sdl-freerdp3", "-clipboard", "-grab-keyboard", "-grab-mouse", "/v:h",
-                     "/port:3390"}),
+  EXPECT_EQ((Strings{"sdl-freerdp3", "-clipboard", "-grab-keyboard", "-grab-mouse", "/w:960",
+                     "/h:600", "/v:h", "/port:3390"}),
             vectorFor(machine, "freerdp3", everyPair()));
   EXPECT_EQ((Strings{"x-terminal-emulator", "-e", machine.path("bin/xfreerdp3"), "-clipboard",
                      "-grab-keyboard", "-grab-mouse", "/v:h", "/port:3390"}),
@@ -96,8 +96,8 @@ TEST(ShippedViewers, OfRdpAreToldWhatIsHarmless) {
                      "-grab-keyboard", "-grab-mouse", "/w:1024", "/h:768", "/audio-mode:2",
                      "/u:LAB\\kim", "/v:[::1]", "/port:3389"}),
             vectorFor(machine, "freerdp3-x11", wishes));
-  EXPECT_EQ((Strings{"sdl-freerdp3", "-clipboard", "-grab-keyboard", "-grab-mouse", "/audio-mode:2",
-                     "/u:LAB\\kim", "/v:[::1]", "/port:3389"}),
+  EXPECT_EQ((Strings{"sdl-freerdp3", "-clipboard", "-grab-keyboard", "-grab-mouse", "/w:960",
+                     "/h:600", "/audio-mode:2", "/u:LAB\\kim", "/v:[::1]", "/port:3389"}),
             vectorFor(machine, "freerdp3", wishes));
   const std::string trusted =
       "rdp://full%20address=s:good&desktopwidth=i:8192&screen%20mode%20id=i:2";

@@ -104,24 +104,21 @@ waits_for_answer() {
 }
 has_question() { windows | grep -q "$question"; }
 
-# is_ordinary: the window is one among others, in its frame, and does not cover the screen without
-# its title.
+# is_ordinary: the window is one among others, in its frame, with its title on the screen.
 is_ordinary() {
-  local window state frame top width
+  local window state frame top
   brings_desktop || return
   window=$(windows | grep -m 1 -F -- "$title")
   state=$(xprop -id "${window%% *}" _NET_WM_STATE 2>/dev/null)
   frame=$(xprop -id "${window%% *}" _NET_FRAME_EXTENTS 2>/dev/null | grep -o '[0-9]*' | sed -n 3p)
-  read -r top width < <(xwininfo -id "${window%% *}" 2>/dev/null |
-    awk '/Absolute upper-left Y/ { print $4 } /Width:/ { print $2 }' | xargs)
-  [[ $state != *FULLSCREEN* && $state != *MAXIMIZED* ]] && ((${frame:-0} > 10)) &&
-    ((top >= frame || width < 1100))
+  top=$(xwininfo -id "${window%% *}" 2>/dev/null | awk '/Absolute upper-left Y/ { print $4 }')
+  [[ $state != *FULLSCREEN* && $state != *MAXIMIZED* ]] && ((${frame:-0} > 10 && top >= frame))
 }
 
 # --- FreeRDP ----------------------------------------------------------------------
 
 # freerdp NAME PROGRAM SIZE...: the viewer of that name, and what it is told about the size of
-# the desktop that a hostile link asks for.
+# the desktop when a hostile link asks for 640 x 480.
 freerdp() {
   local name=$1 program=$2
   show "$name-question" waits_for_answer hopopen --viewer "$name" "$rdp"
@@ -174,7 +171,7 @@ if command -v xfreerdp >/dev/null; then # Debian 12
 else
   ulimit -v 8000000 # sdl-freerdp3 takes all memory for a text that is too long for its window
   freerdp freerdp3-x11 /usr/bin/xfreerdp3 /w:640 /h:480
-  freerdp freerdp3 sdl-freerdp3
+  freerdp freerdp3 sdl-freerdp3 /w:960 /h:600
   test_openers
 fi
 try 'all processes end' end_processes
