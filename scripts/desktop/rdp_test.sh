@@ -81,8 +81,8 @@ is_told() {
 }
 is_running() { pgrep -x "$(basename "$1")" >/dev/null; }
 
-# tells OPENER... -- WORD...: the link $link is opened, and the viewer is told these words.
-tells() {
+# opens_with OPENER... -- WORD...: the link $link is opened, and the viewer is told these words.
+opens_with() {
   local opener=() group status=0
   while [[ $1 != -- ]]; do
     opener+=("$1")
@@ -125,7 +125,7 @@ freerdp() {
   show "$name" brings_desktop hopopen --viewer "$name" "$rdp"
   show "$name-pairs" brings_desktop hopopen --viewer "$name" "$pairs"
   link=$(hostile)
-  try "$name: a hostile link" tells hopopen --viewer "$name" -- "$program" -clipboard \
+  try "$name: a hostile link" opens_with hopopen --viewer "$name" -- "$program" -clipboard \
     -grab-keyboard -grab-mouse "${@:3}" /audio-mode:2 '/u:LAB\kim' /v:localhost \
     "/port:$rdp_port"
   show "$name-hostile" is_ordinary hopopen --viewer "$name" "$link"
@@ -155,9 +155,9 @@ test_browser() {
 # Those that say they cannot be told are started when somebody chooses them.
 test_others() {
   link=$(hostile)
-  try 'remmina: a hostile link' tells hopopen --viewer remmina-rdp -- remmina -c \
+  try 'remmina: a hostile link' opens_with hopopen --viewer remmina-rdp -- remmina -c \
     "rdp://LAB%5Ckim@localhost:$rdp_port"
-  try 'krdc: a hostile link' tells hopopen --viewer krdc-rdp -- krdc \
+  try 'krdc: a hostile link' opens_with hopopen --viewer krdc-rdp -- krdc \
     "rdp://LAB%5Ckim@localhost:$rdp_port"
 }
 

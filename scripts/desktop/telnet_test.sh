@@ -46,7 +46,7 @@ test_openers() {
 
 # --- A server that asks for everything -----------------------------------------------
 
-# The session's secrets; and the screen, whose number stands in DISPLAY.
+# The session's secrets; and the screen, whose number is in DISPLAY.
 export PRINTER=printer-of-session SECRET=secret-of-session XAUTHORITY=/nowhere/authority
 secrets=("$DISPLAY" printer-of-session secret-of-session /nowhere "$scratch" "$(hostname)")
 
