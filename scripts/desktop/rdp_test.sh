@@ -115,6 +115,17 @@ is_ordinary() {
   [[ $state != *FULLSCREEN* && $state != *MAXIMIZED* ]] && ((${frame:-0} > 10 && top >= frame))
 }
 
+# leaves_keyboard, takes_keyboard: with the window in front and the pointer in it.
+leaves_keyboard() { in_front && sleep 2 && can_grab_keyboard; }
+takes_keyboard() { in_front && sleep 2 && ! can_grab_keyboard; }
+in_front() {
+  local window
+  brings_desktop || return
+  window=$(windows | grep -m 1 -F -- "$title")
+  xdotool mousemove 5 710 && wmctrl -ia "${window%% *}" && sleep 0.5 &&
+    xdotool mousemove --window "${window%% *}" 100 100
+}
+
 # --- FreeRDP ----------------------------------------------------------------------
 
 # freerdp NAME PROGRAM SIZE...: the viewer of that name, and what it is told about the size of
@@ -131,6 +142,10 @@ freerdp() {
   show "$name-hostile" is_ordinary hopopen --viewer "$name" "$link"
   link="$pairs&screen%20mode%20id=i:2&desktopwidth=i:4096&desktopheight=i:4096"
   show "$name-large" is_ordinary hopopen --viewer "$name" "$link"
+  show "$name-keyboard" leaves_keyboard hopopen --viewer "$name" "$rdp"
+  hopopen --trust localhost
+  show "$name-trusted" takes_keyboard hopopen --viewer "$name" "$rdp"
+  hopopen --distrust localhost
 }
 
 test_openers() {
