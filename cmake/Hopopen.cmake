@@ -11,24 +11,39 @@ foreach(header CLI/CLI.hpp toml++/toml.h nlohmann/json.hpp)
 endforeach()
 
 add_library(hoplaunch_opening STATIC
+  hopopen/associations.cpp
+  hopopen/base_folders.cpp
+  hopopen/browser_profile.cpp
   hopopen/catalog.cpp
   hopopen/catalog_file.cpp
   hopopen/check.cpp
+  hopopen/check_browsers.cpp
+  hopopen/check_desktop.cpp
+  hopopen/check_machine.cpp
   hopopen/choose.cpp
+  hopopen/chromium_policy.cpp
+  hopopen/click_places.cpp
   hopopen/credentials.cpp
   hopopen/decide.cpp
   hopopen/definition.cpp
   hopopen/definition_reader.cpp
   hopopen/definitions.cpp
+  hopopen/desktop_entry.cpp
   hopopen/enumeration.cpp
   hopopen/fault.cpp
   hopopen/file.cpp
   hopopen/file_replace.cpp
   hopopen/fill.cpp
+  hopopen/finding.cpp
+  hopopen/firefox_handler.cpp
+  hopopen/firefox_policy.cpp
   hopopen/folders.cpp
   hopopen/host.cpp
   hopopen/json.cpp
-  hopopen/link.cpp
+  hopopen/json_read.cpp
+  hopopen/key_file.cpp
+  hopopen/link_reader.cpp
+  hopopen/link_text.cpp
   hopopen/list.cpp
   hopopen/meaning.cpp
   hopopen/notify.cpp
@@ -39,11 +54,18 @@ add_library(hoplaunch_opening STATIC
   hopopen/paths.cpp
   hopopen/percent.cpp
   hopopen/piece.cpp
+  hopopen/place_reader.cpp
   hopopen/placeholder_values.cpp
+  hopopen/port.cpp
   hopopen/preferences.cpp
   hopopen/programs.cpp
+  hopopen/rdp_pairs.cpp
   hopopen/refusal.cpp
   hopopen/say.cpp
+  hopopen/scheme.cpp
+  hopopen/scheme_rdp.cpp
+  hopopen/scheme_spice.cpp
+  hopopen/semaphores.cpp
   hopopen/settings.cpp
   hopopen/settings_add.cpp
   hopopen/settings_edit.cpp

@@ -18,8 +18,8 @@ set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")  # the first line of each description
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_NAME hoplaunch)
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_SECTION net)
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_SHLIBDEPS ON)
-# Without desktop-file-utils most desktops do not see that vnc: and ssh: links have a
-# handler; the commands themselves do not need it.  hopopen has use for one viewer for each
+# Without desktop-file-utils most desktops do not see that vnc: and other links have
+# a handler; the commands themselves do not need it.  hopopen has use for a viewer of each
 # scheme, and for a program that shows why a link was not opened.
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_RECOMMENDS
   "desktop-file-utils, \
@@ -28,12 +28,14 @@ openssh-client | putty | remmina, \
 tigervnc-viewer | remmina | krdc, \
 xterm | x-terminal-emulator")
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_SUGGESTS
-  "bash-completion, gvncviewer, krdc, putty, remmina, virt-viewer, xdg-utils, xtightvncviewer")
+  "bash-completion, freerdp3-sdl | freerdp2-x11, gvncviewer, inetutils-telnet, krdc, putty, remmina, \
+spice-client-gtk, virt-viewer, xdg-utils, xtightvncviewer")
 set(CPACK_COMPONENT_PROGRAM_DESCRIPTION
 "launcher for remote-access URIs such as vnc: and ssh: links
-hopopen opens a vnc: or ssh: link in the right viewer, safely, or says why it
-does not. It registers itself with the desktop as the handler of such links,
-checks every piece of a link, and passes nothing else on to the viewer.
+hopopen opens a vnc:, rdp:, spice:, ssh: or telnet: link in the right viewer,
+safely, or says why it does not. It registers itself with the desktop as the
+handler of such links, checks every piece of a link, and passes nothing else
+on to the viewer.
 Data files say which viewers there are, and how each is started.
 
 hoplaunch is given one URI, such as vnc://host:5900/?shared=1, looks up the

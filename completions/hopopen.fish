@@ -35,7 +35,7 @@ complete -c hopopen -l format -x -a 'text json' -d 'Form of what is printed'
 complete -c hopopen -l log -r -F -d 'Append a log to this file'
 complete -c hopopen -l quiet -d 'Show no message'
 complete -c hopopen -l list -d 'Print the viewers, and which links they open'
-complete -c hopopen -l check -d 'Print the faults of definitions and settings'
+complete -c hopopen -l check -d 'Say why a click on a link does nothing'
 complete -c hopopen -l use -x -a '(__hopopen_viewers)' -d 'Open links in this viewer from now on'
 complete -c hopopen -l forget -x -a '(__hopopen_schemes)' \
     -d 'Choose no viewer for these schemes any more'

@@ -11,7 +11,7 @@
 //   beginning.
 // - Without markup, nothing has a "<", ">" or "&".
 
-#include "link.h"
+#include "link_reader.h"
 
 #include "decide.h"
 #include "fuzz.h"
@@ -23,7 +23,12 @@ namespace {
 
 // Scheme names that viewers are known for.
 bool known(const std::string& scheme) {
-  return scheme == "vnc" || scheme == "ssh" || scheme == "x";
+  for (const char* const one : {"vnc", "ssh", "x", "rdp", "spice", "spice+tls", "telnet"}) {
+    if (scheme == one) {
+      return true;
+    }
+  }
+  return false;
 }
 
 hopopen::verdict readAll(const std::string& text, hopopen::link& into) {
@@ -61,17 +66,19 @@ void checkPieces(const std::string& text, const hopopen::link& read, const ruled
         read.password.value_or(""));
   check(read.machine.has_value(), "there is a host", text);
   checkHost(*read.machine, expected, text);
-  check(read.port.has_value() == expected.port.has_value() &&
-            (!read.port || (*read.port == *expected.port &&
-                            text.compare(read.portPosition, std::to_string(*read.port).size(),
-                                         std::to_string(*read.port)) == 0)),
-        "the port is the link's", text);
+  check(read.port == expected.port && read.tlsPort == expected.tlsPort, "the port is the link's",
+        text);
+  check(read.plainPortDropped == expected.plainPortDropped, "so is what gives way", text);
+  check(read.portPosition <= text.size(), "the port is within the link", text);
   check(read.fragment == expected.fragment, "the fragment is the link's", text);
   check(read.parametersKnown && read.parameters.size() == expected.parameters.size(),
         "the parameters are the link's", text);
   for (std::size_t i = 0; i < read.parameters.size(); i++) {
-    checkSame(read.parameters[i].name, expected.parameters[i].first, "so are their names", text);
-    checkSame(read.parameters[i].value, expected.parameters[i].second, "so are their values", text);
+    checkSame(read.parameters[i].name, expected.parameters[i].name, "so are their names", text);
+    checkSame(read.parameters[i].value, expected.parameters[i].value, "so are their values", text);
+    check(read.parameters[i].type == expected.parameters[i].type &&
+              read.parameters[i].taken == expected.parameters[i].taken,
+          "so is what they are for", text);
     check(read.parameters[i].position < text.size(), "each is within the link", text);
   }
 }

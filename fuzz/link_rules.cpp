@@ -6,10 +6,10 @@
 #include <cstring>
 
 #include "fuzz.h"
+#include "rule_texts.h"
+#include "scheme_rules.h"
 
 namespace {
-
-constexpr std::size_t npos = std::string_view::npos;
 
 std::string concat(std::initializer_list<std::string_view> sets) {
   std::string result;
@@ -19,68 +19,12 @@ std::string concat(std::initializer_list<std::string_view> sets) {
   return result;
 }
 
-const std::string HEX = concat({DIGITS, "abcdefABCDEF"});
 const std::string WORD = concat({LETTERS, DIGITS, "_"});
 const std::string USER = concat({WORD, ".@\\-"});
 const std::string LABEL = concat({WORD, "-"});
 const std::string NAME = concat({WORD, ".-"});
 const std::string SCHEME = concat({LETTERS, DIGITS, "+-."});
 const std::string URI = concat({LETTERS, DIGITS, "-._~", ":/?#[]@", "!$&'()*+,;=", "%"});
-
-std::string lowered(std::string_view text) {
-  std::string result(text);
-  for (char& c : result) {
-    if (c >= 'A' && c <= 'Z') {
-      c = static_cast<char>(c + 32);
-    }
-  }
-  return result;
-}
-
-bool escapeAt(std::string_view text, std::size_t i) {
-  return text[i] == '%' && i + 2 < text.size() && only(text.substr(i + 1, 2), HEX);
-}
-
-std::string decoded(std::string_view text) {
-  std::string result;
-  for (std::size_t i = 0; i < text.size(); i++) {
-    if (escapeAt(text, i)) {
-      const std::string digits = lowered(text.substr(i + 1, 2));
-      result += static_cast<char>(LOWER_HEX.find(digits[0]) * 16 + LOWER_HEX.find(digits[1]));
-      i += 2;
-    } else {
-      result += text[i];
-    }
-  }
-  return result;
-}
-
-bool hasControl(std::string_view text) {
-  return std::any_of(text.begin(), text.end(), [](char c) {
-    const auto byte = static_cast<unsigned char>(c);
-    return byte < 0x20 || byte == 0x7F;
-  });
-}
-
-std::vector<stretch> split(std::string_view text, stretch part, char separator) {
-  std::vector<stretch> result;
-  for (std::size_t begin = part.begin; begin <= part.end;) {
-    const std::size_t end = std::min(text.find(separator, begin), part.end);
-    result.push_back({begin, end});
-    begin = end + 1;
-  }
-  return result;
-}
-
-std::string_view cut(std::string_view text, stretch part) {
-  return text.substr(part.begin, part.end - part.begin);
-}
-
-// The first of the bytes within a part, or its end.
-std::size_t find(std::string_view text, stretch part, std::string_view bytes) {
-  const std::size_t found = cut(text, part).find_first_of(bytes);
-  return found == npos ? part.end : part.begin + found;
-}
 
 // --- The parts -------------------------------------------------------------
 
@@ -187,7 +131,11 @@ bool readAddress(std::string_view text, ruledLink& into) {
 // --- Parameters ------------------------------------------------------------
 
 bool readParameters(std::string_view text, stretch part, char separator, ruledLink& into) {
-  for (const stretch one : split(text, part, separator)) {
+  std::string other(text);
+  if (separator == '&' && lowered(into.scheme).starts_with("spice")) {
+    std::replace(other.begin(), other.end(), ';', '&');
+  }
+  for (const stretch one : split(other, part, separator)) {
     if (one.begin == one.end) {
       continue;
     }
@@ -199,11 +147,12 @@ bool readParameters(std::string_view text, stretch part, char separator, ruledLi
         hasControl(value)) {
       return false;
     }
-    const auto other = std::find_if(into.parameters.begin(), into.parameters.end(),
-                                    [&](const auto& known) { return sameName(known.first, name); });
-    if (other == into.parameters.end()) {
-      into.parameters.emplace_back(name, value);
-    } else if (other->second != value) {
+    const auto known =
+        std::find_if(into.parameters.begin(), into.parameters.end(),
+                     [&](const auto& before) { return sameName(before.name, name); });
+    if (known == into.parameters.end()) {
+      into.parameters.push_back({name, value, 0, false, one});
+    } else if (known->value != value) {
       return false;
     }
   }
@@ -224,17 +173,6 @@ bool readUser(std::string_view text, stretch part, ruledLink& into) {
   }
   return (user.empty() || isUserByRules(user)) && isPasswordByRules(password) &&
          readParameters(text, {std::min(end + 1, colon), colon}, ',', into);
-}
-
-bool readPort(std::string_view digits, ruledLink& into) {
-  if (digits.empty()) {
-    return true;
-  }
-  if (!only(digits, DIGITS) || digits[0] == '0' || digits.size() > 5) {
-    return false;
-  }
-  into.port = static_cast<unsigned int>(std::stoul(std::string(digits)));
-  return *into.port <= 65535;
 }
 
 }  // namespace
@@ -268,19 +206,31 @@ bool readHostByRules(std::string_view text, ruledLink& into) {
              : readName(text, into);
 }
 
+bool readDecodedHostByRules(std::string_view text, ruledLink& into) {
+  std::string encoded;
+  for (const char c : text) {
+    encoded += c == '%' ? "%25" : std::string(1, c);
+  }
+  return readHostByRules(encoded, into);
+}
+
 std::optional<ruling> readByRules(std::string_view text,
                                   const std::function<bool(const std::string&)>& known,
                                   ruledLink& into) {
   const layout parts = layoutOf(text);
   const ruling syntax{"syntax", {0, text.size()}};
   if (text.empty() || text.size() > 8192 || !only(text, URI) || !escapesFit(text) ||
-      std::count(text.begin(), text.end(), '#') > 1 || !bracketsFit(text, parts) ||
+      std::count(text.begin(), text.end(), '#') > 1 ||
+      !(isPairsByRules(text) ? pairBracketsFit(text) : bracketsFit(text, parts)) ||
       parts.mark == npos || !isSchemeName(text.substr(0, parts.mark))) {
     return syntax;
   }
   into.scheme = lowered(text.substr(0, parts.mark));
   if (!known(into.scheme)) {
     return ruling{"scheme", {0, 0}};
+  }
+  if (isPairsByRules(text)) {
+    return readPairsByRules(text, into);
   }
   const std::string_view authority = cut(text, parts.authority);
   if (std::count(authority.begin(), authority.end(), '@') > 1) {
@@ -296,7 +246,7 @@ std::optional<ruling> readByRules(std::string_view text,
     return ruling{"host", {parts.host.begin, colon}};
   }
   const stretch port{std::min(colon + 1, parts.host.end), parts.host.end};
-  if (!readPort(cut(text, port), into)) {
+  if (!readDigits(cut(text, port), into.port)) {
     return ruling{"port", port};
   }
   if (parts.path.end - parts.path.begin > 1) {
@@ -306,7 +256,7 @@ std::optional<ruling> readByRules(std::string_view text,
     return ruling{"syntax", parts.query};
   }
   into.fragment = parts.fragment.begin < parts.fragment.end;
-  return {};
+  return into.scheme.starts_with("spice") ? readSpiceByRules(text, port, into) : std::nullopt;
 }
 
 std::vector<stretch> secretsOf(std::string_view text) {
@@ -314,6 +264,9 @@ std::vector<stretch> secretsOf(std::string_view text) {
   const std::size_t scheme = text.find(':');
   if (scheme == npos) {
     return result;
+  }
+  if (isPairsByRules(text)) {
+    return secretPairs(text);
   }
   const std::size_t begin = scheme + (text.substr(scheme + 1, 2) == "//" ? 3 : 1);
   const std::size_t colon = text.find(':', begin);
@@ -323,8 +276,12 @@ std::vector<stretch> secretsOf(std::string_view text) {
       result.push_back({colon + 1, colon + at});
     }
   }
+  std::string divided(text);
+  if (lowered(text).starts_with("spice")) {
+    std::replace(divided.begin(), divided.end(), ';', '&');
+  }
   const auto addValues = [&](stretch part, char separator) {
-    for (const stretch one : split(text, part, separator)) {
+    for (const stretch one : split(separator == '&' ? divided : text, part, separator)) {
       const std::size_t equals = find(text, one, "=");
       const std::string name = lowered(decoded(cut(text, {one.begin, equals})));
       if (equals < one.end &&

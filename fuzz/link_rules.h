@@ -7,8 +7,22 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
+
+/// A part of a text, from one offset to before another.
+struct stretch {
+  std::size_t begin;
+  std::size_t end;
+};
+
+/// A parameter, or a typed pair.
+struct ruledParameter {
+  std::string name;
+  std::string value;  ///< without its type
+  char type = 0;      ///< of a typed pair
+  bool taken = false;
+  stretch where{};
+};
 
 /// What a link says by the rules.
 struct ruledLink {
@@ -19,7 +33,9 @@ struct ruledLink {
   std::string zone;  ///< of an IPv6 address
   bool bracketed = false;
   std::optional<unsigned int> port;
-  std::vector<std::pair<std::string, std::string>> parameters;
+  std::optional<unsigned int> tlsPort;  ///< in place of the other
+  bool plainPortDropped = false;
+  std::vector<ruledParameter> parameters;
   bool fragment = false;
 
   std::string plainHost() const { return zone.empty() ? host : host + '%' + zone; }
@@ -28,12 +44,6 @@ struct ruledLink {
   std::string linkedHost() const {
     return zone.empty() ? bracketedHost() : '[' + host + "%25" + zone + ']';
   }
-};
-
-/// A part of a text, from one offset to before another.
-struct stretch {
-  std::size_t begin;
-  std::size_t end;
 };
 
 /// The result of a link by the rules: nothing, or the code of the first one that it breaks
@@ -60,6 +70,9 @@ bool sameHost(const ruledLink& a, const ruledLink& b);
 
 /// Reads a host in the form of a list of trusted ones.  False if it is not a host.
 bool readHostByRules(std::string_view text, ruledLink& into);
+
+/// The same of a text that is decoded already.
+bool readDecodedHostByRules(std::string_view text, ruledLink& into);
 
 /// Where the passwords are, whatever else is wrong with the text.  They may overlap.
 std::vector<stretch> secretsOf(std::string_view text);

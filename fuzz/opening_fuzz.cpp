@@ -8,7 +8,8 @@
 // - Otherwise the argument vector is made of the program's name, or the terminal's and the
 //   path, and the definition's words, in their order, with checked pieces of the link for
 //   their placeholders and nothing else.  What lacks a piece is left out.
-// - So are the variables, but that the password may be there.
+// - So are the variables, but that the password may be there.  In a terminal, words for env
+//   unset and set them.
 // - What is shown as used and dropped is what was used and dropped.
 //
 // The expectation is made of the text of the definition as the TOML reader gives it, and of
@@ -23,6 +24,7 @@
 #include "definition_reader.h"
 #include "fuzz.h"
 #include "link_rules.h"
+#include "scheme_rules.h"
 #include "toml.h"
 
 namespace {
@@ -31,7 +33,8 @@ using words = std::vector<std::string>;
 
 // Before the definition of every input, which says the rest.
 const std::string HEAD =
-    "name = \"V\"\nschemes = [\"vnc\", \"ssh\", \"x\"]\nprograms = [\"viewer\"]\n";
+    "name = \"V\"\nschemes = [\"vnc\", \"ssh\", \"x\", \"rdp\", \"spice\", \"spice+tls\", "
+    "\"telnet\"]\nprograms = [\"viewer\"]\n";
 
 // --- The definition as it is written ---------------------------------------
 
@@ -71,6 +74,10 @@ std::string encoded(std::string_view text) {
   return result;
 }
 
+bool isSpice(const ruledLink& link) {
+  return link.scheme == "spice" || link.scheme == "spice+tls";
+}
+
 // What placeholders stand for.
 using pieces = std::map<std::string, std::string>;
 
@@ -79,15 +86,20 @@ pieces piecesOf(const ruledLink& link, std::optional<unsigned int> port) {
   if (link.user) {
     result["user"] = *link.user;
   }
-  if (link.password) {
+  if (link.password && link.scheme != "telnet") {
     result["password"] = *link.password;
   }
   if (port) {
     result["port"] = std::to_string(*port);
     result["display"] = std::to_string(static_cast<int>(*port) - 5900);
   }
-  result["link"] = link.scheme + "://" + (link.user ? encoded(*link.user) + '@' : "") +
-                   link.linkedHost() + (link.port ? ':' + std::to_string(*link.port) : "");
+  if (link.tlsPort) {
+    result["tlsport"] = std::to_string(*link.tlsPort);
+  }
+  const auto connected = link.tlsPort ? link.tlsPort : link.port;
+  result["link"] = (link.tlsPort ? "spice+tls" : link.scheme) + "://" +
+                   (link.user && !isSpice(link) ? encoded(*link.user) + '@' : "") +
+                   link.linkedHost() + (connected ? ':' + std::to_string(*connected) : "");
   return result;
 }
 
@@ -111,7 +123,8 @@ class expectation {
   bool append(const std::vector<words>& elements, const std::string* value);
   const toml::table* rule(const std::string& parameter) const;
   bool pass(const std::string& parameter, const std::string& value);
-  std::string read(const std::string& name, const std::string& value, bool& isUsed);
+  std::string read(const ruledParameter& one, bool& isUsed);
+  void addTerminal();
   std::string readCredential(const std::string& value, bool valid,
                              const std::optional<std::string>& other, bool& isUsed);
   void takeCredentials();
@@ -217,7 +230,9 @@ std::string expectation::readCredential(const std::string& value, bool valid,
 }
 
 // The code of what is wrong with a parameter, or nothing.
-std::string expectation::read(const std::string& name, const std::string& value, bool& isUsed) {
+std::string expectation::read(const ruledParameter& one, bool& isUsed) {
+  const std::string name = keyByRules(one);
+  const std::string value = meantByRules(one);
   if (isOneOf(name, {"ViewOnly"})) {
     if (isOneOf(value, {"false", "0", "no"})) {
       return "";
@@ -236,32 +251,37 @@ std::string expectation::read(const std::string& name, const std::string& value,
   if (m_link.scheme == "vnc" && isOneOf(name, {"VncUsername"})) {
     return readCredential(value, isUserByRules(value), m_given.user, isUsed);
   }
-  if (m_link.scheme == "vnc" && isOneOf(name, {"VncPassword"})) {
+  if ((m_link.scheme == "vnc" && isOneOf(name, {"VncPassword"})) ||
+      (isSpice(m_link) && isOneOf(name, {"password"}))) {
     return readCredential(value, isPasswordByRules(value), m_given.password, isUsed);
   }
-  isUsed = isOneOf(name, {"Shared", "ColorLevel", "QualityLevel", "CompressLevel", "AutoSelect",
-                          "ConnectionName"}) &&
-           pass(name, value);
+  isUsed =
+      (m_link.scheme == "rdp" ? isNumberToPassByRules(one, m_trusted)
+                              : isOneOf(name, {"Shared", "ColorLevel", "QualityLevel",
+                                               "CompressLevel", "AutoSelect", "ConnectionName"})) &&
+      pass(name, value);
   return "";
 }
 
 void expectation::takeCredentials() {
   m_given = m_link;
-  for (const auto& [name, value] : m_link.parameters) {
-    if (m_link.scheme == "vnc" && !value.empty()) {
-      if (sameName(name, "VncUsername") && !m_link.user) {
-        m_link.user = value;
-      } else if (sameName(name, "VncPassword") && !m_link.password) {
-        m_link.password = value;
-      }
+  for (const ruledParameter& one : m_link.parameters) {
+    const bool vnc = m_link.scheme == "vnc" && !one.value.empty();
+    const bool spice = isSpice(m_link) && !one.value.empty();
+    if (vnc && sameName(one.name, "VncUsername") && !m_link.user) {
+      m_link.user = one.value;
+    } else if (((vnc && sameName(one.name, "VncPassword")) ||
+                (spice && sameName(one.name, "password"))) &&
+               !m_link.password) {
+      m_link.password = one.value;
     }
   }
 }
 
 void expectation::readParameters() {
-  for (const auto& [name, value] : m_link.parameters) {
-    bool isUsed = false;
-    code = read(name, value, isUsed);
+  for (const ruledParameter& one : m_link.parameters) {
+    bool isUsed = one.taken;
+    code = isUsed ? "" : read(one, isUsed);
     if (!code.empty()) {
       return;
     }
@@ -280,19 +300,43 @@ void expectation::fillEnvironment() {
   }
 }
 
+// Puts what starts the viewer before its arguments.
+void expectation::addTerminal() {
+  words first = {"viewer"};
+  if (m_file["terminal"].value_or(false)) {
+    first = {"terminal", "-e", "--"};
+    const toml::array* const unset = m_file["unset"].as_array();
+    if ((unset != nullptr && !unset->empty()) || !environment.empty()) {
+      first.emplace_back("/usr/bin/env");
+    }
+    for (std::size_t i = 0; unset != nullptr && i < unset->size(); i++) {
+      first.insert(first.end(), {"-u", unset->at(i).value_or(std::string())});
+    }
+    for (const auto& [name, value] : environment) {
+      first.push_back(std::string(name).append("=").append(value));
+    }
+    first.emplace_back("/usr/bin/viewer");
+  }
+  arguments.insert(arguments.begin(), first.begin(), first.end());
+}
+
 void expectation::listDropped() {
   if (m_link.password && !m_placed["password"]) {
     dropped.emplace_back("password");
   }
-  if (m_link.user && !m_placed["user"] && !m_placed["link"]) {
+  if (m_link.user && !m_placed["user"] && (!m_placed["link"] || isSpice(m_link))) {
     dropped.emplace_back("user");
   }
   if (m_link.fragment) {
     dropped.emplace_back("fragment");
   }
+  if (m_link.plainPortDropped) {
+    dropped.emplace_back("port");
+  }
   for (std::size_t i = 0; i < used.size(); i++) {
-    if (!used[i]) {
-      dropped.push_back(m_link.parameters[i].first);
+    const std::string& name = m_link.parameters[i].name;
+    if (!used[i] && !(m_link.plainPortDropped && sameName(name, "port"))) {
+      dropped.push_back(name);
     }
   }
 }
@@ -305,12 +349,11 @@ void expectation::make(bool chosen) {
   }
   takeCredentials();
   std::optional<unsigned int> port = m_link.port;
-  if (!port) {
+  if (!port && !m_link.tlsPort) {
     port = m_file["default"]["port"].value<unsigned int>();
   }
   m_pieces = piecesOf(m_link, port);
-  arguments = m_file["terminal"].value_or(false) ? words{"terminal", "-e", "--", "/usr/bin/viewer"}
-                                                 : words{"viewer"};
+  arguments.clear();
   append(elementsOf(m_file.get(m_trusted ? "trusted" : "stranger")), nullptr);
   readParameters();
   if (!code.empty()) {
@@ -318,7 +361,10 @@ void expectation::make(bool chosen) {
   }
   append(elementsOf(m_file.get("arguments")), nullptr);
   fillEnvironment();
-  if (m_placed["display"] && *port < 5900) {
+  addTerminal();
+  if (m_link.tlsPort && !m_placed["tlsport"] && !m_placed["link"]) {
+    code = "restriction";
+  } else if (m_placed["display"] && *port < 5900) {
     code = "port";
   }
   listDropped();
@@ -355,7 +401,7 @@ hopopen::settings settingsOf(std::string_view trusted) {
 }
 
 std::optional<hopopen::installed> findViewer(const hopopen::definition& viewer) {
-  hopopen::installed result{{"viewer", "/usr/bin/viewer"}, {}, {}};
+  hopopen::installed result{{"viewer", "/usr/bin/viewer"}, {}, {}, "/usr/bin/env"};
   if (viewer.terminal) {
     result.terminal = {"terminal", "/usr/bin/terminal"};
     result.separator = {"-e", "--"};
@@ -406,7 +452,7 @@ void checkOpening(const std::string& text, const hopopen::definition& viewer,
   const auto broken = readByRules(
       text,
       [](const std::string& s) {
-        return isOneOf(s, {"vnc", "ssh", "x"});
+        return isOneOf(s, {"vnc", "ssh", "x", "rdp", "spice", "spice+tls", "telnet"});
       },
       link);
   if (broken) {

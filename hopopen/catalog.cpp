@@ -11,7 +11,7 @@ namespace hopopen {
 
 namespace {
 
-constexpr std::string_view HEAD = "hopopen catalog 2\n";
+constexpr std::string_view HEAD = "hopopen catalog 3\n";
 constexpr char BETWEEN_FIELDS = '\t';
 constexpr char BETWEEN_TEXTS = '\x1f';  // no text of a definition has a control character
 
@@ -54,7 +54,8 @@ std::string lineOf(const definition& viewer) {
   std::string result = keyOf(viewer.file, viewer.identity);
   for (const std::string& field :
        {viewer.name, viewer.title, joined(viewer.schemes), joined(viewer.programs),
-        joined(viewer.unguarded), std::string(viewer.terminal ? "terminal" : "")}) {
+        joined(viewer.unguarded), std::string(viewer.terminal ? "terminal" : ""),
+        std::string(viewer.inVariables ? "variables" : "")}) {
     result += field + BETWEEN_FIELDS;
   }
   append(viewer.rank, result);
@@ -84,6 +85,7 @@ std::optional<definition> readOutline(std::string_view line) {
   result->programs = parted(taken(line, BETWEEN_FIELDS));
   result->unguarded = parted(taken(line, BETWEEN_FIELDS));
   result->terminal = !taken(line, BETWEEN_FIELDS).empty();
+  result->inVariables = !taken(line, BETWEEN_FIELDS).empty();
   const char* const end = line.data() + line.size();
   const auto [stop, error] = std::from_chars(line.data(), end, result->rank);
   if (error != std::errc() || stop != end) {

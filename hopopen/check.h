@@ -1,27 +1,27 @@
-// The check of all definitions and settings.
+// The check of all that a click on a link goes through, in the order of the click, and of all
+// definitions and settings.  It changes nothing, and needs no network.
 #pragma once
 
 #include <string>
-#include <vector>
 
+#include "base_folders.h"
 #include "fault.h"
+#include "finding.h"
 #include "folders.h"
 
 namespace hopopen {
 
 /// What a check found.
-struct findings {
-  faults found;
-  std::vector<std::string> ignored;  ///< files that are not looked at
+struct checkResult {
+  findings checks;
+  faults found;  ///< those of definitions and settings, which are among `checks`, too
 };
 
-/// Reads every definition and every settings file, those that do not count included.
-findings checkFiles(const folders& where);
-
-/// For people: a line for each fault, and for each file that is not looked at.
-std::string findingsAsText(const findings& told);
+/// Checks everything.  Every definition and every settings file is read, those that do not
+/// count included.
+checkResult checkAll(const folders& where, variableReader get);
 
 /// For programs: one line with a JSON object in pure ASCII.
-std::string findingsAsJSON(const findings& told);
+std::string checksAsJSON(const checkResult& told);
 
 }  // namespace hopopen

@@ -10,10 +10,13 @@
 #include "enumeration.h"
 #include "fault.h"
 #include "host.h"
+#include "link_reader.h"
 #include "meaning.h"
 #include "parameters.h"
 #include "preferences.h"
 #include "programs.h"
+#include "scheme.h"
+#include "scheme_rules.h"
 #include "shown.h"
 
 namespace hopopen {
@@ -24,8 +27,8 @@ namespace {
 bool isUnclear(const link& what, const refusal& fault) {
   return std::any_of(what.parameters.begin(), what.parameters.end(), [&](const parameter& one) {
     return one.position == fault.position &&
-           meaningOf(one.name, what.scheme) == meaning::VIEW_ONLY &&
-           readAnswer(one.value) == answer::UNCLEAR;
+           meaningIn(rulesOf(what.scheme), one) == meaning::VIEW_ONLY &&
+           readAnswer(one.meant()) == answer::UNCLEAR;
   });
 }
 
@@ -61,6 +64,9 @@ std::vector<std::string> outlines(const definitions& known, const std::string& s
 
 verdict open(const std::optional<std::string>& viewer, const candidates& among, opening& into) {
   link& what = into.what;
+  if (const char* const never = rulesOf(what.scheme).never) {
+    return refusal{code::SCHEME, never, 0};
+  }
   if (!among.known.open(what.scheme)) {
     return refusal{code::SCHEME,
                    "No viewer is known for " + shownWord(what.scheme) +

@@ -28,7 +28,7 @@ struct parameterRule {
   std::vector<element> arguments;
 };
 
-/// A definition, whole or in outline.  The members up to `terminal` are the outline: enough
+/// A definition, whole or in outline.  The members up to `inVariables` are the outline: enough
 /// to choose the viewer, and too little to start it.
 struct definition {
   std::string file;   ///< its path
@@ -41,6 +41,7 @@ struct definition {
   std::int64_t rank = 50;              ///< the lowest is preferred
   std::vector<std::string> unguarded;  ///< what the viewer has no option to protect
   bool terminal = false;               ///< runs inside a terminal
+  bool inVariables = false;            ///< `unset` or `environment` has something
   std::vector<std::string> packages;
   std::vector<element> arguments;
   std::vector<element> stranger;   ///< for hosts that nobody trusts

@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "characters.h"
-#include "meaning.h"
 #include "regexpr.h"
+#include "scheme.h"
 #include "shown.h"
 #include "template.h"
 #include "toml.h"
@@ -347,6 +347,7 @@ std::optional<definition> readDefinition(const std::string& name, const std::str
   const toml::parse_result parsed = readToml(text);
   if (parsed) {
     toFaults.read(parsed.table(), result);
+    result.inVariables = !result.unset.empty() || !result.environment.empty();
   } else {
     toFaults.complain(parsed.error().source().begin, std::string(parsed.error().description()));
   }

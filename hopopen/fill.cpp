@@ -2,11 +2,14 @@
 
 #include <cstddef>
 
+#include "characters.h"
 #include "credentials.h"
 #include "meaning.h"
 #include "parameters.h"
 #include "placeholder_values.h"
 #include "regexpr.h"
+#include "scheme.h"
+#include "scheme_rules.h"
 #include "shown.h"
 #include "template.h"
 
@@ -26,15 +29,21 @@ bool allows(const parameterRule& rule, const std::string& value) {
 // Takes in the parameters of a link, in their order.
 class interpreter {
  public:
-  interpreter(const link& what, const definition& viewer, placeholderValues& values, filling& into)
-      : m_link(what), m_viewer(viewer), m_values(values), m_filling(into) {}
+  interpreter(const link& what, bool trusted, const definition& viewer, placeholderValues& values,
+              filling& into)
+      : m_link(what),
+        m_rules(rulesOf(what.scheme)),
+        m_trusted(trusted),
+        m_viewer(viewer),
+        m_values(values),
+        m_filling(into) {}
 
   // Templates may ask for the user before the parameter comes that names it.
   void takeCredentials();
   verdict readAll() {
     for (const parameter& one : m_link.parameters) {
-      bool used = false;
-      if (auto fault = read(one, used)) {
+      bool used = one.taken;
+      if (auto fault = used ? verdict() : read(one, used)) {
         return fault;
       }
       m_filling.used.push_back(used);
@@ -50,6 +59,8 @@ class interpreter {
                                 std::optional<std::size_t> fault, const char* badValue, bool& used);
 
   const link& m_link;
+  const schemeRules& m_rules;
+  bool m_trusted;
   const definition& m_viewer;
   placeholderValues& m_values;
   filling& m_filling;
@@ -57,7 +68,7 @@ class interpreter {
 
 void interpreter::takeCredentials() {
   for (const parameter& one : m_link.parameters) {
-    const meaning what = meaningOf(one.name, m_link.scheme);
+    const meaning what = meaningIn(m_rules, one);
     if (what == meaning::USER && !one.value.empty() && !m_values.user()) {
       m_values.user() = one.value;
     } else if (what == meaning::PASSWORD && !one.value.empty() && !m_values.password()) {
@@ -68,9 +79,10 @@ void interpreter::takeCredentials() {
 
 // Passes the definition's arguments for a parameter, if it has any for that value.
 bool interpreter::pass(const parameter& one) {
-  const parameterRule* const rule = m_viewer.rule(one.name);
-  return rule != nullptr && allows(*rule, one.value) &&
-         m_values.append(rule->arguments, &one.value, m_filling.arguments);
+  const parameterRule* const rule = m_viewer.rule(one.key());
+  const std::string value = one.meant();
+  return rule != nullptr && allows(*rule, value) &&
+         m_values.append(rule->arguments, &value, m_filling.arguments);
 }
 
 refusal interpreter::restriction(const parameter& one, const std::string& wish) const {
@@ -97,9 +109,9 @@ verdict interpreter::readCredential(const parameter& one, const std::optional<st
 }
 
 verdict interpreter::read(const parameter& one, bool& used) {
-  switch (meaningOf(one.name, m_link.scheme)) {
+  switch (meaningIn(m_rules, one)) {
     case meaning::VIEW_ONLY: {
-      const answer wish = readAnswer(one.value);
+      const answer wish = readAnswer(one.meant());
       if (wish == answer::UNCLEAR) {
         return refusal{code::RESTRICTION,
                        "The link does not say clearly whether the machine may be controlled: "
@@ -112,7 +124,7 @@ verdict interpreter::read(const parameter& one, bool& used) {
                  : verdict();
     }
     case meaning::PROTECTION:
-      if (asksForNothing(one.name, one.value)) {
+      if (asksForNothing(one.name, one.meant())) {
         return {};
       }
       used = pass(one);
@@ -125,20 +137,32 @@ verdict interpreter::read(const parameter& one, bool& used) {
     case meaning::WISH:
       used = pass(one);
       return {};
+    case meaning::NUMBER:
+      used = isWithinLimits(m_rules, one, m_trusted) && pass(one);
+      return {};
     case meaning::NONE:
       return {};
   }
   return {};
 }
 
-void appendTerminal(const installed& program, std::vector<std::string>& into) {
-  if (!program.terminal) {
-    into.push_back(program.viewer.name);
-    return;
+// What comes before the arguments of a viewer that runs in a terminal.  A terminal may pass a
+// command on to a process that runs already, so the variables are changed inside.
+std::vector<std::string> terminalWords(const installed& program, const definition& viewer,
+                                       const std::vector<variable>& environment) {
+  std::vector<std::string> result{program.terminal->name};
+  result.insert(result.end(), program.separator.begin(), program.separator.end());
+  if (!viewer.unset.empty() || !environment.empty()) {
+    result.push_back(program.env);
   }
-  into.push_back(program.terminal->name);
-  into.insert(into.end(), program.separator.begin(), program.separator.end());
-  into.push_back(program.viewer.path);
+  for (const std::string& name : viewer.unset) {
+    result.insert(result.end(), {"-u", name});
+  }
+  for (const variable& one : environment) {
+    result.push_back(one.name + '=' + one.value);
+  }
+  result.push_back(program.viewer.path);
+  return result;
 }
 
 void listDropped(const link& what, const placeholderValues& values, filling& into) {
@@ -151,9 +175,14 @@ void listDropped(const link& what, const placeholderValues& values, filling& int
   if (what.fragment) {
     into.dropped.emplace_back("fragment");
   }
+  if (what.plainPortDropped) {
+    into.dropped.emplace_back("port");
+  }
   for (std::size_t i = 0; i < what.parameters.size(); i++) {
-    if (!into.used[i]) {
-      into.dropped.push_back(what.parameters[i].name);
+    const std::string& name = what.parameters[i].name;
+    const bool told = what.plainPortDropped && sameLetters(name, "port");
+    if (!into.used[i] && !told) {
+      into.dropped.push_back(name);
     }
   }
 }
@@ -163,8 +192,7 @@ void listDropped(const link& what, const placeholderValues& values, filling& int
 verdict fill(const link& what, bool trusted, const definition& viewer, const installed& program,
              filling& into) {
   placeholderValues values(what, viewer);
-  appendTerminal(program, into.arguments);
-  interpreter parameters(what, viewer, values, into);
+  interpreter parameters(what, trusted, viewer, values, into);
   parameters.takeCredentials();
   values.append(trusted ? viewer.trusted : viewer.stranger, nullptr, into.arguments);
   if (auto fault = parameters.readAll()) {
@@ -176,6 +204,16 @@ verdict fill(const link& what, bool trusted, const definition& viewer, const ins
       into.environment.push_back({name, *value, uses(from, placeholder::PASSWORD)});
       values.note(from);
     }
+  }
+  const std::vector<std::string> first = program.terminal
+                                             ? terminalWords(program, viewer, into.environment)
+                                             : std::vector{program.viewer.name};
+  into.arguments.insert(into.arguments.begin(), first.begin(), first.end());
+  if (what.tlsPort && !values.usedTls()) {
+    return refusal{code::RESTRICTION,
+                   "The link asks for an encrypted connection, and " + printable(viewer.title) +
+                       " cannot be told to make one.",
+                   what.portPosition};
   }
   if (values.negativeDisplay()) {
     return refusal{code::PORT,

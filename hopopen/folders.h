@@ -4,11 +4,9 @@
 #include <string>
 #include <vector>
 
-namespace hopopen {
+#include "base_folders.h"
 
-/// Reads an environment variable: `std::getenv`, or what a test puts in its place.  Null
-/// when the variable is not set.
-using variableReader = char* (*)(const char* name);
+namespace hopopen {
 
 /// The user's own folder is first in each list, if there is one: without HOME there may be
 /// none.  Variables that are empty count as not set, and paths that are not absolute do not

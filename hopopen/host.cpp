@@ -58,8 +58,9 @@ bool isIPv4(const std::string& text) {
   return inet_pton(AF_INET, text.c_str(), &address) == 1;
 }
 
-std::optional<hostFault> readName(const piece& source, host& into) {
-  const std::string decoded = decode(source.text);
+std::optional<hostFault> readName(const piece& source, host& into, coding how) {
+  const std::string decoded =
+      how == coding::ENCODED ? decode(source.text) : std::string(source.text);
   if (decoded.empty()) {
     return hostFault{source.start, "The link names no host."};
   }
@@ -109,7 +110,8 @@ std::optional<hostFault> readZone(const piece& zone) {
 }
 
 // What is between the brackets; nothing in it is decoded.
-std::optional<hostFault> readAddress(const piece& source, host& into) {
+std::optional<hostFault> readAddress(const piece& source, host& into, coding how) {
+  const std::string_view mark = how == coding::ENCODED ? "%25" : "%";  // of a zone
   const std::size_t percent = source.text.find('%');
   const std::string address(source.text.substr(0, percent));
   in6_addr bytes;
@@ -122,10 +124,10 @@ std::optional<hostFault> readAddress(const piece& source, host& into) {
   if (percent == std::string_view::npos) {
     return {};
   }
-  if (source.text.substr(percent, 3) != "%25") {
+  if (source.text.substr(percent, mark.size()) != mark) {
     return hostFault{source.start + percent, "A zone begins with \"%25\" in a link."};
   }
-  const piece zone = source.part(percent + 3);
+  const piece zone = source.part(percent + mark.size());
   into.zone = zone.text;
   return readZone(zone);
 }
@@ -157,11 +159,11 @@ bool host::operator==(const host& other) const {
   return name == other.name;
 }
 
-std::optional<hostFault> readHost(const piece& text, host& into) {
+std::optional<hostFault> readHost(const piece& text, host& into, coding how) {
   if (text.text.size() >= 2 && text.text.front() == '[' && text.text.back() == ']') {
-    return readAddress(text.part(1, text.text.size() - 2), into);
+    return readAddress(text.part(1, text.text.size() - 2), into, how);
   }
-  return readName(text, into);
+  return readName(text, into, how);
 }
 
 }  // namespace hopopen

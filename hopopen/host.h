@@ -39,8 +39,11 @@ struct hostFault {
   const char* message;
 };
 
+/// Whether a text is percent-encoded, or was and is decoded.
+enum class coding : std::uint8_t { ENCODED, DECODED };
+
 /// Reads a host as it is in a link: percent-encoded, or an IPv6 address in brackets
-/// (RFC 3986, section 3.2.2; RFC 6874).
-std::optional<hostFault> readHost(const piece& text, host& into);
+/// (RFC 3986, section 3.2.2; RFC 6874).  In a decoded text a "%" only begins a zone.
+std::optional<hostFault> readHost(const piece& text, host& into, coding how = coding::ENCODED);
 
 }  // namespace hopopen

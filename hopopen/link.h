@@ -1,9 +1,4 @@
-// Reading a link: what its text says, piece by piece, by RFC 3986, RFC 7869 and the IETF
-// draft on ssh URIs.  Nothing is looked up; what the pieces mean to a viewer is decided
-// elsewhere.
-//
-// Whatever a stranger can put into a link is compared with a short list of what is allowed,
-// and everything else is refused, so that any program can be given a piece.
+// A link: what its text says, piece by piece.  Each piece was checked when it was read.
 #pragma once
 
 #include <cstddef>
@@ -14,7 +9,6 @@
 
 #include "host.h"
 #include "parameters.h"
-#include "refusal.h"
 
 namespace hopopen {
 
@@ -24,18 +18,16 @@ struct link {
   std::optional<std::string> user;      ///< decoded
   std::optional<std::string> password;  ///< decoded
   std::optional<host> machine;
-  std::optional<std::uint16_t> port;  ///< 1 to 65535
-  std::size_t portPosition = 0;       ///< where it begins, if there is one
-  std::vector<parameter> parameters;  ///< in the order of the link; each name once
-  bool parametersKnown = false;       ///< whether the reading came that far
-  bool fragment = false;              ///< whether there is one that is not empty
+  std::optional<std::uint16_t> port;     ///< 1 to 65535
+  std::optional<std::uint16_t> tlsPort;  ///< instead of the other, where a link asks for TLS
+  std::size_t portPosition = 0;          ///< where the port begins, if there is one
+  bool plainPortDropped = false;         ///< whether one gave way to that for TLS
+  std::vector<parameter> parameters;     ///< in the order of the link; each name once
+  bool parametersKnown = false;          ///< whether the reading came that far
+  bool fragment = false;                 ///< whether there is one that is not empty
+
+  /// The port that is connected to, if the link says which.
+  std::optional<std::uint16_t> anyPort() const { return tlsPort ? tlsPort : port; }
 };
-
-/// The first steps: keeps the text, and reads its scheme.
-verdict readScheme(const std::string& text, link& into);
-
-/// All other steps.
-/// REQUIRES: `readScheme` found no fault.
-verdict readRest(link& into);
 
 }  // namespace hopopen

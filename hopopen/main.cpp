@@ -39,9 +39,9 @@ int list(const options& asked, const folders& where, const surroundings& around)
 }
 
 int check(const options& asked, const folders& where) {
-  const findings told = checkFiles(where);
-  return say(asked.json ? findingsAsJSON(told) : findingsAsText(told),
-             told.found.empty() ? 0 : FAULTS_FOUND);
+  const checkResult told = checkAll(where, std::getenv);
+  return say(asked.json ? checksAsJSON(told) : findingsAsText(told.checks),
+             hasFault(told.checks) ? FAULTS_FOUND : 0);
 }
 
 int change(const options& asked, const folders& where, const surroundings& around) {

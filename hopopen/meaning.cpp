@@ -11,28 +11,25 @@ namespace {
 
 struct known {
   std::string_view name;
-  std::string_view scheme;  // the only one in which it means that, or empty
   meaning what;
 };
 
-constexpr std::array<known, 17> KNOWN = {{
-    {"ViewOnly", "", meaning::VIEW_ONLY},
-    {"SecurityType", "", meaning::PROTECTION},
-    {"ChannelType", "", meaning::PROTECTION},
-    {"SshHost", "", meaning::PROTECTION},
-    {"SshPort", "", meaning::PROTECTION},
-    {"SshUsername", "", meaning::PROTECTION},
-    {"IdHash", "", meaning::PROTECTION},
-    {"IdHashAlgorithm", "", meaning::PROTECTION},
-    {"fingerprint", "", meaning::PROTECTION},
-    {"VncUsername", "vnc", meaning::USER},
-    {"VncPassword", "vnc", meaning::PASSWORD},
-    {"Shared", "", meaning::WISH},
-    {"ColorLevel", "", meaning::WISH},
-    {"QualityLevel", "", meaning::WISH},
-    {"CompressLevel", "", meaning::WISH},
-    {"AutoSelect", "", meaning::WISH},
-    {"ConnectionName", "", meaning::WISH},
+constexpr std::array<known, 15> KNOWN = {{
+    {"ViewOnly", meaning::VIEW_ONLY},
+    {"SecurityType", meaning::PROTECTION},
+    {"ChannelType", meaning::PROTECTION},
+    {"SshHost", meaning::PROTECTION},
+    {"SshPort", meaning::PROTECTION},
+    {"SshUsername", meaning::PROTECTION},
+    {"IdHash", meaning::PROTECTION},
+    {"IdHashAlgorithm", meaning::PROTECTION},
+    {"fingerprint", meaning::PROTECTION},
+    {"Shared", meaning::WISH},
+    {"ColorLevel", meaning::WISH},
+    {"QualityLevel", meaning::WISH},
+    {"CompressLevel", meaning::WISH},
+    {"AutoSelect", meaning::WISH},
+    {"ConnectionName", meaning::WISH},
 }};
 
 bool isOneOf(std::string_view value, std::initializer_list<std::string_view> words) {
@@ -46,17 +43,13 @@ bool isOneOf(std::string_view value, std::initializer_list<std::string_view> wor
 
 }  // namespace
 
-meaning meaningOf(std::string_view name, std::string_view scheme) {
+meaning meaningOf(std::string_view name) {
   for (const known& one : KNOWN) {
-    if (sameLetters(name, one.name) && (one.scheme.empty() || one.scheme == scheme)) {
+    if (sameLetters(name, one.name)) {
       return one.what;
     }
   }
   return meaning::NONE;
-}
-
-bool isConfigurable(std::string_view name) {
-  return meaningOf(name, "") != meaning::NONE;
 }
 
 answer readAnswer(std::string_view value) {

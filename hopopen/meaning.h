@@ -12,15 +12,13 @@ enum class meaning : std::uint8_t {
   USER,        ///< gives the user name
   PASSWORD,    ///< gives the password
   WISH,        ///< asks for a kind of picture; dropped if a viewer has no option for it
+  NUMBER,      ///< the same; also dropped if it is outside the limits of the scheme
   NONE         ///< nothing that a viewer needs
 };
 
-/// What the parameter means in a link of that scheme (RFC 7869, section 2.1, and the IETF
+/// What the parameter means in links of every scheme (RFC 7869, section 2.1, and the IETF
 /// draft on ssh URIs).  The letter case of its name does not matter.
-meaning meaningOf(std::string_view name, std::string_view scheme);
-
-/// True for the parameters for which a definition may have arguments.
-bool isConfigurable(std::string_view name);
+meaning meaningOf(std::string_view name);
 
 /// What a value of `ViewOnly` says.
 enum class answer : std::uint8_t { YES, NO, UNCLEAR };

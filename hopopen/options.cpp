@@ -55,7 +55,7 @@ void declare(CLI::App& app, given& into) {
       ->expected(1);
   app.add_flag("--quiet", into.read.quiet, "Show no message");
   app.add_flag("--list", into.list, "Print the viewers, and which links they open");
-  app.add_flag("--check", into.check, "Print the faults of definitions and settings");
+  app.add_flag("--check", into.check, "Say why a click on a link does nothing");
   app.add_option("--use", into.use, "Open links in this viewer from now on")
       ->type_name("NAME [SCHEME]")
       ->expected(1, any);

@@ -1,17 +1,22 @@
 #include "parameters.h"
 
 #include <optional>
+#include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "characters.h"
 #include "percent.h"
+#include "piece.h"
+#include "rdp_pairs.h"
+#include "refusal.h"
+#include "shown.h"
 
 namespace hopopen {
 
 namespace {
 
-constexpr std::size_t LONGEST_PARAMETER = 64;
 constexpr std::size_t LONGEST_VALUE = 4096;
 
 verdict at(code why, std::size_t position, const char* message) {
@@ -24,15 +29,45 @@ verdict readName(const piece& encoded, code why, std::string& into) {
     const bool allowed =
         i == 0 ? isLetter(into[i]) : isWord(into[i]) || into[i] == '.' || into[i] == '-';
     if (!allowed || i == LONGEST_PARAMETER) {
-      return at(why, origin(encoded, i),
-                "A parameter of the link has a name that is too long or has a character that "
-                "names cannot have. Check the link.");
+      return at(why, origin(encoded, i), BAD_NAME);
     }
   }
   if (into.empty()) {
-    return at(why, encoded.start, "A parameter of the link has no name. Check the link.");
+    return at(why, encoded.start, NO_NAME);
   }
   return {};
+}
+
+// Reads `name` or `name=value`, and adds it unless it is there already.
+verdict readParameter(piece text, code why, std::vector<parameter>& into) {
+  const piece name = text.takeUntil("=");
+  parameter read{.name = {}, .value = {}, .position = name.start};
+  if (auto fault = readName(name, why, read.name)) {
+    return fault;
+  }
+  if (auto fault = readValue(text, why, read.value)) {
+    return fault;
+  }
+  return addParameter(std::move(read), why, into);
+}
+
+}  // namespace
+
+std::string parameter::key() const {
+  return type == 0 ? name : pairKey(name);
+}
+
+std::string parameter::meant() const {
+  if (type != 'i') {
+    return value;
+  }
+  const std::size_t sign = value.starts_with('-') ? 1 : 0;
+  const std::size_t first = value.find_first_not_of('0', sign);
+  return first == std::string::npos ? "0" : value.substr(0, sign) + value.substr(first);
+}
+
+bool parameter::holdsPassword() const {
+  return type == 0 ? isSecret(name) : lower(name).find("password") != std::string::npos;
 }
 
 verdict readValue(const piece& encoded, code why, std::string& into) {
@@ -47,19 +82,10 @@ verdict readValue(const piece& encoded, code why, std::string& into) {
   return {};
 }
 
-// Reads `name` or `name=value`, and adds it unless it is there already.
-verdict readParameter(piece text, code why, std::vector<parameter>& into) {
-  const piece name = text.takeUntil("=");
-  parameter read{{}, {}, name.start};
-  if (auto fault = readName(name, why, read.name)) {
-    return fault;
-  }
-  if (auto fault = readValue(text, why, read.value)) {
-    return fault;
-  }
+verdict addParameter(parameter read, code why, std::vector<parameter>& into) {
   for (const parameter& other : into) {
-    if (sameLetters(other.name, read.name)) {
-      return other.value == read.value
+    if (sameLetters(other.key(), read.key())) {
+      return other.value == read.value && other.type == read.type
                  ? verdict()
                  : at(why, read.position,
                       "A parameter is given twice, with two values. Check the link.");
@@ -69,11 +95,9 @@ verdict readParameter(piece text, code why, std::vector<parameter>& into) {
   return {};
 }
 
-}  // namespace
-
-verdict readParameters(piece text, const char* separator, code why, std::vector<parameter>& into) {
+verdict readParameters(piece text, const char* separators, code why, std::vector<parameter>& into) {
   while (!text.text.empty()) {
-    const piece next = text.takeUntil(separator);
+    const piece next = text.takeUntil(separators);
     if (next.text.empty()) {
       continue;
     }

@@ -17,13 +17,13 @@ constexpr int FIRST_DISPLAY = 5900;
 }  // namespace
 
 std::string placeholderValues::linkAnew() const {
-  std::string result = m_link.scheme + "://";
-  if (m_user) {
+  std::string result = (m_link.tlsPort ? "spice+tls" : m_link.scheme) + "://";
+  if (m_user && m_rules.userInLink) {
     result += percentEncoded(*m_user) + '@';
   }
   result += m_link.machine->inLink();
-  if (m_link.port) {
-    result += ':' + std::to_string(*m_link.port);
+  if (const auto port = m_link.anyPort()) {
+    result += ':' + std::to_string(*port);
   }
   return result;
 }
@@ -34,13 +34,15 @@ std::optional<std::string> placeholderValues::valueOf(placeholder what,
     case placeholder::USER:
       return m_user;
     case placeholder::PASSWORD:
-      return m_password;
+      return m_rules.passwords ? m_password : std::nullopt;
     case placeholder::HOST:
       return m_link.machine->plain();
     case placeholder::BRACKETED:
       return m_link.machine->bracketed();
     case placeholder::PORT:
       return m_port ? std::optional(std::to_string(*m_port)) : std::nullopt;
+    case placeholder::TLS_PORT:
+      return m_link.tlsPort ? std::optional(std::to_string(*m_link.tlsPort)) : std::nullopt;
     case placeholder::DISPLAY:
       return m_port ? std::optional(std::to_string(*m_port - FIRST_DISPLAY)) : std::nullopt;
     case placeholder::LINK:
@@ -67,7 +69,9 @@ std::optional<std::string> placeholderValues::text(const textTemplate& from,
 }
 
 void placeholderValues::note(const textTemplate& passed) {
-  m_usedUser = m_usedUser || uses(passed, placeholder::USER) || uses(passed, placeholder::LINK);
+  const bool link = uses(passed, placeholder::LINK);
+  m_usedUser = m_usedUser || uses(passed, placeholder::USER) || (link && m_rules.userInLink);
+  m_usedTls = m_usedTls || uses(passed, placeholder::TLS_PORT) || link;
   m_usedPassword = m_usedPassword || uses(passed, placeholder::PASSWORD);
   m_negativeDisplay = m_negativeDisplay ||
                       (uses(passed, placeholder::DISPLAY) && m_port && *m_port < FIRST_DISPLAY);

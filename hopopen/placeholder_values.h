@@ -9,6 +9,8 @@
 
 #include "definition.h"
 #include "link.h"
+#include "scheme.h"
+#include "scheme_rules.h"
 #include "template.h"
 
 namespace hopopen {
@@ -18,7 +20,8 @@ class placeholderValues {
  public:
   placeholderValues(const link& what, const definition& viewer)
       : m_link(what),
-        m_port(what.port ? what.port : viewer.port),
+        m_rules(rulesOf(what.scheme)),
+        m_port(what.port || what.tlsPort ? what.port : viewer.port),
         m_user(what.user),
         m_password(what.password) {}
 
@@ -29,6 +32,7 @@ class placeholderValues {
   const std::optional<std::string>& password() const { return m_password; }
   bool usedUser() const { return m_usedUser; }
   bool usedPassword() const { return m_usedPassword; }
+  bool usedTls() const { return m_usedTls; }
   bool negativeDisplay() const { return m_negativeDisplay; }
 
   /// The text of a template, or nothing when a placeholder has no value.
@@ -46,11 +50,13 @@ class placeholderValues {
   std::string linkAnew() const;
 
   const link& m_link;
+  const schemeRules& m_rules;
   std::optional<std::uint16_t> m_port;
   std::optional<std::string> m_user;
   std::optional<std::string> m_password;
   bool m_usedUser = false;
   bool m_usedPassword = false;
+  bool m_usedTls = false;
   bool m_negativeDisplay = false;
 };
 

@@ -6,6 +6,8 @@
 
 #include "characters.h"
 #include "percent.h"
+#include "piece.h"
+#include "rdp_pairs.h"
 
 namespace hopopen {
 
@@ -56,17 +58,33 @@ void findPassword(std::string_view link, std::size_t start, std::vector<stretch>
   }
 }
 
+// Adds the value of each typed pair whose name contains "password".
+void findPairs(std::string_view link, std::vector<stretch>& secrets) {
+  piece rest{link, 0};
+  rest.takeUntil(":");
+  rest = rest.part(2);
+  while (!rest.text.empty()) {
+    const piece pair = rest.takeUntil("&#");
+    const auto parts = divide(pair);
+    if (parts && lower(decode(parts->name.text)).find("password") != std::string::npos) {
+      secrets.push_back({parts->value.start, pair.end()});
+    }
+  }
+}
+
 // The link with "***" for each of the stretches, or for several that overlap.
 std::string without(std::string_view link, std::vector<stretch> secrets) {
   std::sort(secrets.begin(), secrets.end(),
             [](const stretch& a, const stretch& b) { return a.begin < b.begin; });
   std::string result;
   std::size_t shown = 0;  // up to here
+  std::size_t last = std::string::npos;
   for (const stretch& secret : secrets) {
-    if (secret.begin >= shown) {
+    if (secret.begin >= shown && secret.begin != last) {
       result += link.substr(shown, secret.begin - shown);
       result += MASK;
     }
+    last = secret.begin;
     shown = std::max(shown, secret.end);
   }
   result += link.substr(shown);
@@ -85,6 +103,12 @@ bool isSecret(std::string_view name) {
 }
 
 std::string masked(std::string_view link) {
+  std::vector<stretch> secrets;
+  if (isMadeOfPairs(link)) {
+    findPairs(link, secrets);
+    findValues(link, {0, link.size()}, "/?#&;", "&#", secrets);
+    return without(link, std::move(secrets));
+  }
   const std::size_t scheme = link.find(':');
   std::size_t start = scheme == std::string_view::npos ? 0 : scheme + 1;
   if (link.substr(start, 2) == "//") {
@@ -93,11 +117,11 @@ std::string masked(std::string_view link) {
   const std::size_t end = std::min(link.find_first_of("/?#", start), link.size());
   const std::size_t at = std::min(link.substr(0, end).rfind('@'), end);
   const std::size_t user = std::min(link.find(':', start), at);
-  std::vector<stretch> secrets;
+  const bool spice = sameLetters(link.substr(0, std::min<std::size_t>(scheme, 5)), "spice");
   findPassword(link, start, secrets);
   findValues(link, {start, user}, ";,", ",", secrets);
   findValues(link, {user, end}, ";,", ",:@", secrets);
-  findValues(link, {end, link.size()}, "/?#&;", "&#", secrets);
+  findValues(link, {end, link.size()}, "/?#&;", spice ? "&;#" : "&#", secrets);
   return without(link, std::move(secrets));
 }
 

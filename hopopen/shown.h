@@ -13,7 +13,9 @@ namespace hopopen {
 /// - what is between the first colon after the scheme's (and "//") and the last "@" before
 ///   the next "/", "?" or "#";
 /// - the values of the parameters `VncPassword`, `SshPassword` and `password`, the names
-///   percent-decoded and in any letter case.
+///   percent-decoded and in any letter case;
+/// - in an rdp link that is made of typed pairs, in place of the first, the values of all pairs
+///   whose name contains `password`.
 ///
 ///     masked("vnc://u:secret@h?password=secret")   // vnc://u:***@h?password=***
 std::string masked(std::string_view link);

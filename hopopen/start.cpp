@@ -30,7 +30,11 @@ std::vector<char*> pointersTo(std::vector<std::string>& texts) {
   return result;
 }
 
+// In a terminal, variables are changed by what the terminal runs.
 bool isReplaced(const opening& decided, std::string_view name) {
+  if (decided.chosen.program.terminal) {
+    return false;
+  }
   const auto& unset = decided.chosen.viewer->unset;
   const auto& set = decided.filled->environment;
   return std::find(unset.begin(), unset.end(), name) != unset.end() ||
@@ -47,8 +51,10 @@ std::vector<std::string> environmentFor(const opening& decided, const char* cons
       result.emplace_back(entry);
     }
   }
-  for (const variable& one : decided.filled->environment) {
-    result.push_back(one.name + '=' + one.value);
+  if (!decided.chosen.program.terminal) {
+    for (const variable& one : decided.filled->environment) {
+      result.push_back(one.name + '=' + one.value);
+    }
   }
   return result;
 }

@@ -79,12 +79,12 @@ void tellLink(const opening& told, sheet& out) {
                                                   : *told.trusted ? ", trusted"
                                                                   : ", not trusted"));
   }
-  if (what.port) {
-    out.line("port", std::to_string(*what.port));
+  if (const auto port = what.anyPort()) {
+    out.line("port", std::to_string(*port));
   }
   for (const parameter& one : what.parameters) {
-    out.line("parameter",
-             one.name + " = " + (isSecret(one.name) ? "***" : quoted(one.value, one.value.size())));
+    out.line("parameter", one.name + " = " +
+                              (one.holdsPassword() ? "***" : quoted(one.value, one.value.size())));
   }
 }
 

@@ -32,7 +32,7 @@ json parameters(const opening& told) {
     const parameter& one = told.what.parameters[i];
     json& shown = result.emplace_back();
     shown["name"] = one.name;
-    shown["value"] = isSecret(one.name) ? json("***") : jsonText(one.value);
+    shown["value"] = one.holdsPassword() ? json("***") : jsonText(one.value);
     shown["used"] = told.filled ? json(told.filled->used[i]) : json();
   }
   return result;
@@ -86,7 +86,7 @@ std::string asJSON(const opening& told) {
   result["scheme"] = what.scheme.empty() ? json() : json(what.scheme);
   result["user"] = optionalText(userOf(told));
   result["host"] = what.machine ? json(what.machine->plain()) : json();
-  result["port"] = what.port ? json(*what.port) : json();
+  result["port"] = what.anyPort() ? json(*what.anyPort()) : json();
   result["trusted"] = told.trusted ? json(*told.trusted) : json();
   result["parameters"] = parameters(told);
   result["dropped"] = filled != nullptr ? jsonTexts(filled->dropped) : json();

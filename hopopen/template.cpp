@@ -9,12 +9,13 @@ namespace hopopen {
 
 namespace {
 
-constexpr std::array<std::pair<std::string_view, placeholder>, 8> NAMES = {{
+constexpr std::array<std::pair<std::string_view, placeholder>, 9> NAMES = {{
     {"user", placeholder::USER},
     {"password", placeholder::PASSWORD},
     {"host", placeholder::HOST},
     {"bracketed", placeholder::BRACKETED},
     {"port", placeholder::PORT},
+    {"tlsport", placeholder::TLS_PORT},
     {"display", placeholder::DISPLAY},
     {"link", placeholder::LINK},
     {"value", placeholder::VALUE},

@@ -19,9 +19,10 @@ enum class placeholder : std::uint8_t {
   HOST,       ///< without brackets
   BRACKETED,  ///< an IPv6 address in brackets
   PORT,
-  DISPLAY,  ///< the port less 5900
-  LINK,     ///< a link made anew of the checked pieces
-  VALUE     ///< of the parameter that the template belongs to
+  TLS_PORT,  ///< of a link that asks for TLS; it has no other
+  DISPLAY,   ///< the port less 5900
+  LINK,      ///< a link made anew of the checked pieces
+  VALUE      ///< of the parameter that the template belongs to
 };
 
 /// Text and placeholders, in their order.

@@ -36,11 +36,11 @@ definition viewer(const std::string& file) {
   return result;
 }
 
-const std::string HEAD = "hopopen catalog 2\n";
+const std::string HEAD = "hopopen catalog 3\n";
 const std::string REST =
     "own\tA viewer\tvnc\x1fspice+tls\ta b\x1f"
     "c\tclipboard\x1f"
-    "full screen\t\t-7\n";
+    "full screen\t\t\t-7\n";
 
 TEST(Catalog, IsALineForEachFile) {
   EXPECT_EQ(HEAD + "/a/b.toml\t1\t2\t3\t4\t5\t" + REST,
@@ -60,6 +60,7 @@ TEST(Catalog, FindsTheOutlinesThatItWrote) {
   EXPECT_EQ((std::vector<std::string>{"a b", "c"}), found->programs);
   EXPECT_EQ((std::vector<std::string>{"clipboard", "full screen"}), found->unguarded);
   EXPECT_FALSE(found->terminal);
+  EXPECT_FALSE(found->inVariables);
   EXPECT_EQ(-7, found->rank);
   EXPECT_TRUE(read.find("/d.toml", STAMP));
   EXPECT_FALSE(read.find("/e.toml", STAMP));
@@ -68,10 +69,12 @@ TEST(Catalog, FindsTheOutlinesThatItWrote) {
 TEST(Catalog, KnowsWhoNeedsATerminalAndLetsNothingThrough) {
   definition other = viewer("/a.toml");
   other.terminal = true;
+  other.inVariables = true;
   other.unguarded.clear();
   const auto found = catalog(std::vector{other}).find("/a.toml", STAMP);
   ASSERT_TRUE(found);
   EXPECT_TRUE(found->terminal);
+  EXPECT_TRUE(found->inVariables);
   EXPECT_TRUE(found->unguarded.empty());
 }
 
@@ -147,13 +150,13 @@ class CatalogFile : public testing::Test {
 };
 
 TEST_F(CatalogFile, IsEmptyWhenThereIsNone) {
-  EXPECT_EQ("hopopen catalog 2\n", readCatalog(path()).text());
-  EXPECT_EQ("hopopen catalog 2\n", readCatalog("").text());
+  EXPECT_EQ("hopopen catalog 3\n", readCatalog(path()).text());
+  EXPECT_EQ("hopopen catalog 3\n", readCatalog("").text());
 }
 
 TEST_F(CatalogFile, LeavesOutFilesThatWereChangedJustNow) {
   keepCatalog(path(), readDefinitions(folders()));
-  EXPECT_EQ("hopopen catalog 2\n", readCatalog(path()).text());
+  EXPECT_EQ("hopopen catalog 3\n", readCatalog(path()).text());
 }
 
 TEST_F(CatalogFile, KeepsFilesThatWereChangedEarlier) {

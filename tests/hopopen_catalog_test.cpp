@@ -50,6 +50,9 @@ const Strings LINKS = {"vnc://h",
                        "ssh://user@h:22",
                        "ssh://h;fingerprint=x@h",
                        "nothing://h",
+                       "telnet://kim@h",
+                       "rdp://full%20address=s:h&audiomode=i:1",
+                       "spice://h?tls-port=5901",
                        "vnc:h"};
 
 void expectTheSame(const Machine& machine, const Strings& further) {
@@ -71,7 +74,8 @@ TEST(HopopenCatalog, ChangesNothingThatIsSaid) {
   for (const Strings& programs : {
 #ifndef SANITIZED  // each takes long
            Strings{}, Strings{"krdc", "gvncviewer"},
-           Strings{"ssh", "x-terminal-emulator", "krdc", "remmina"},
+           Strings{"ssh", "telnet", "x-terminal-emulator", "krdc", "remmina"},
+           Strings{"ssh", "telnet", "env", "x-terminal-emulator", "xfreerdp", "spicy"},
 #endif
            Strings{"xtigervncviewer", "remmina", "putty"}}) {
     const Machine machine;
@@ -106,8 +110,8 @@ TEST(HopopenCatalog, OfNonsenseDoesNoHarm) {
   furnish(machine, {"xtigervncviewer"});
   const Strings before = machine.launch({"vnc://h"});
   for (const std::string& text :
-       {std::string("hopopen catalog 2\n\t\t\t\n"), std::string(3000, '\n'),
-        "hopopen catalog 2\n" + std::string(2000000, 'x')}) {
+       {std::string("hopopen catalog 3\n\t\t\t\n"), std::string(3000, '\n'),
+        "hopopen catalog 3\n" + std::string(2000000, 'x')}) {
     machine.write(CATALOG, text);
     EXPECT_EQ(before, machine.launch({"vnc://h"}));
   }

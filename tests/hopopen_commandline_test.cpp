@@ -302,6 +302,7 @@ TEST(CommandLine, HasAVersion) {
 TEST(CommandLine, StartsNothingForAWish) {
   const Machine machine;
   machine.plain();
+  machine.registered();
   for (const Strings& arguments :
        {Strings{"--list"}, Strings{"--check"}, Strings{"--use", "plain"},
         Strings{"--forget", "vnc"}, Strings{"--trust", "h"}, Strings{"--distrust", "h"},

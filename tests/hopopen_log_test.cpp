@@ -144,6 +144,7 @@ std::map<std::string, std::string> contents(const Machine& machine) {
 
 TEST(Click, WritesNoFile) {
   const Machine machine;
+  machine.registered();
   machine.define("a", door::PLAIN);
   machine.script("plain", "exit 42\n");
   const std::vector<std::pair<Strings, int>> calls{{{"vnc://u:p@h:5901/?ViewOnly=0"}, 42},

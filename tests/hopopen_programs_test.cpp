@@ -187,6 +187,81 @@ TEST(Terminals, AreNeededToCountAsInstalled) {
   EXPECT_EQ("other", machine.comesOf({"ssh://h"}));
 }
 
+const char* const WITH_VARIABLES =
+    "name = \"Shell\"\n"
+    "schemes = [\"ssh\"]\n"
+    "programs = [\"shell\"]\n"
+    "terminal = true\n"
+    "arguments = [\"-x\", \"{host}\"]\n"
+    "unset = [\"GONE\", \"NEW\"]\n"
+    "[environment]\n"
+    "NEW = \"{host} {link}\"\n"
+    "WHO = \"{user}\"\n";
+
+TEST(Terminals, GetTheWordsThatChangeVariablesInside) {
+  const Machine machine;
+  machine.define("shell", WITH_VARIABLES);
+  machine.program("shell");
+  machine.program("env");
+  machine.program("x-terminal-emulator");
+  EXPECT_EQ((Strings{"x-terminal-emulator", "-e", machine.path("bin/env"), "-u", "GONE", "-u",
+                     "NEW", "NEW=h ssh://h", machine.path("bin/shell"), "-x", "h"}),
+            machine.launch({"ssh://h"}));
+  const Json told = machine.dry({"ssh://kim@h"});
+  EXPECT_EQ((Strings{"x-terminal-emulator", "-e", machine.path("bin/env"), "-u", "GONE", "-u",
+                     "NEW", "NEW=h ssh://kim@h", "WHO=kim", machine.path("bin/shell"), "-x", "h"}),
+            told["arguments"].get<Strings>());
+  EXPECT_EQ((std::map<std::string, std::string>{{"NEW", "h ssh://kim@h"}, {"WHO", "kim"}}),
+            (told["environment"].get<std::map<std::string, std::string>>()));
+  EXPECT_EQ((Strings{"GONE", "NEW"}), told["unset"].get<Strings>());
+}
+
+TEST(Terminals, KeepTheirOwnVariables) {
+  const Machine machine;
+  machine.define("shell", WITH_VARIABLES);
+  machine.program("shell");
+  fs::create_symlink("/usr/bin/env", machine.path("bin/env"));
+  machine.script("xdg-terminal-exec", "printenv GONE NEW >\"$HOME/seen\"\nexec \"$@\"\n");
+  const Outcome outcome =
+      machine.run({"ssh://kim@h"}, {{"GONE", "kept"}, {"NEW", "old"}, {"OTHER", "same"}});
+  ASSERT_TRUE(outcome.viewer) << outcome.err;
+  EXPECT_EQ("kept\nold\n", machine.read("home/seen"));
+  Strings named;
+  for (const std::string& variable : outcome.viewer->environment) {
+    const std::string name = variable.substr(0, variable.find('='));
+    if (name == "GONE" || name == "NEW" || name == "WHO" || name == "OTHER") {
+      named.push_back(variable);
+    }
+  }
+  std::sort(named.begin(), named.end());
+  EXPECT_EQ((Strings{"NEW=h ssh://kim@h", "OTHER=same", "WHO=kim"}), named);
+}
+
+TEST(Terminals, NeedAProgramThatChangesVariables) {
+  const Machine machine;
+  machine.define("shell", WITH_VARIABLES);
+  machine.program("shell");
+  machine.program("xdg-terminal-exec");
+  EXPECT_EQ("refused: viewer", machine.comesOf({"ssh://h"}));
+  EXPECT_EQ("refused: choice", machine.comesOf({"--viewer=shell", "ssh://h"}));
+  EXPECT_TRUE(machine.json({"--list", "--format=json"})["viewers"][0]["file"].is_null());
+  machine.program("env", "work");
+  EXPECT_EQ("refused: viewer",
+            machine.comesOf({"ssh://h"}, {{"PATH", ".:work:" + machine.path("bin")}}));
+  machine.program("env");
+  EXPECT_EQ("shell", machine.comesOf({"ssh://h"}));
+}
+
+TEST(Terminals, GetNoProgramWhosePathCouldBeAVariable) {
+  const Machine machine;
+  machine.define("shell", WITH_VARIABLES);
+  machine.program("shell", "a=b");
+  machine.program("env");
+  machine.program("xdg-terminal-exec");
+  EXPECT_EQ("refused: viewer",
+            machine.comesOf({"ssh://h"}, {{"PATH", joined(machine, {"bin", "a=b"})}}));
+}
+
 TEST(Terminals, AreNotLookedForInFoldersThatAreEmptyOrRelative) {
   const Machine machine;
   machine.define("shell", IN_TERMINAL);

@@ -289,13 +289,25 @@ TEST(LinksTable, HasARowForEveryCode) {
 }
 
 TEST(LinksTable, HasManyRows) {
-  EXPECT_LE(250U, rows().size());
+  EXPECT_LE(1000U, rows().size());
 }
 
 TEST(LinksTable, HasManyLinksOfPagesAndManuals) {
   EXPECT_LE(40, std::count_if(rows().begin(), rows().end(), [](const Row& row) {
               return row.section == "Links as pages, mails, chats, programs and manuals write them";
             }));
+}
+
+TEST(LinksTable, HasManyFoundLinksOfEachFurtherScheme) {
+  std::map<std::string, int> found;
+  for (const Row& row : rows()) {
+    if (row.section == "Links of rdp, spice and telnet as pages, products and manuals write them") {
+      ++found[row.link.substr(0, row.link.find_first_of("+:"))];
+    }
+  }
+  EXPECT_LE(20, found["rdp"]);
+  EXPECT_LE(15, found["spice"]);
+  EXPECT_LE(10, found["telnet"]);
 }
 
 TEST(LinksTable, HasNoRowTwice) {

@@ -61,6 +61,24 @@ TEST(Masked, HidesSecretParametersOfTheUserInformation) {
   EXPECT_EQ("ssh://;password=***@h:22/", masked("ssh://;password=x@h:22/"));
 }
 
+TEST(Masked, HidesPairsWhoseNamesContainPassword) {
+  EXPECT_EQ("rdp://full%20address=s:h&password%2051=***&x=s:y",
+            masked("rdp://full%20address=s:h&password%2051=b:01&x=s:y"));
+  EXPECT_EQ("RDP://GatewayPassword=***#x", masked("RDP://GatewayPassword=s:a@b:c#x"));
+  EXPECT_EQ("rdp://x=s:y&my%70assword:***", masked("rdp://x=s:y&my%70assword:s:a=b"));
+  EXPECT_EQ("rdp://password=***", masked("rdp://password="));
+}
+
+TEST(Masked, LeavesTheAddressOfPairs) {
+  EXPECT_EQ("rdp://full%20address=s:a:b@c", masked("rdp://full%20address=s:a:b@c"));
+  EXPECT_EQ("rdp://u:***@h", masked("rdp://u:a=b@h"));
+}
+
+TEST(Masked, EndsAValueOfSpiceAtASemicolon) {
+  EXPECT_EQ("spice+tls://h?password=***;port=1&x", masked("spice+tls://h?password=a;port=1&x"));
+  EXPECT_EQ("vnc://h?password=***&x", masked("vnc://h?password=a;port=1&x"));
+}
+
 TEST(Quoted, EscapesWhatATerminalOrAReaderCouldTakeForSomethingElse) {
   EXPECT_EQ("\"vnc://h\"", quoted("vnc://h", SHORT));
   EXPECT_EQ("\"a\\x22b\\x5Cc\"", quoted("a\"b\\c", SHORT));

@@ -31,9 +31,9 @@ TEST(Template, HasTextAndPlaceholders) {
   EXPECT_EQ("[a]<2>", read("a{host}"));
 }
 
-TEST(Template, KnowsEightPlaceholders) {
-  EXPECT_EQ("<0><1><2><3><4><5><6><7>",
-            read("{user}{password}{host}{bracketed}{port}{display}{link}{value}"));
+TEST(Template, KnowsNinePlaceholders) {
+  EXPECT_EQ("<0><1><2><3><4><5><6><7><8>",
+            read("{user}{password}{host}{bracketed}{port}{tlsport}{display}{link}{value}"));
 }
 
 TEST(Template, HasBracesThatAreDoubled) {

@@ -67,7 +67,7 @@ described_options() {
   sed -n '/^\.Ss What to do/,/^\.Ss Links/s/^\.It \(Fl h , \)\{0,1\}Fl Fl \([^ ]*\).*/\2/p' man/hopopen.1 | sort
 }
 codes() { sed -n 's/^      return "\(.*\)";$/\1/p' hopopen/refusal.cpp | sort; }
-known_parameters() { sed -n 's/^    {"\([A-Za-z]*\)", "[a-z]*", meaning::.*/\1/p' hopopen/meaning.cpp | sort; }
+known_parameters() { sed -n 's/^    {"\([A-Za-z]*\)", meaning::.*/\1/p' hopopen/meaning.cpp hopopen/scheme.cpp | sort; }
 definition_keys() { sed -n 's/^    {"\([a-z]*\)", &reader::.*/\1/p' hopopen/definition_reader.cpp | sort; }
 placeholders() { sed -n 's/^    {"\([a-z]*\)", placeholder::.*/{\1}/p' hopopen/template.cpp | sort; }
 
@@ -166,6 +166,14 @@ check 'hopopen: JSON of a viewer' silent names_members 'Of the list' '["viewers"
 check 'hopopen: JSON of the check' silent names_members 'Of the check' '' --check
 mkdir -p "$scratch/homes/json/.config/hoplaunch"
 printf 'use = 1' >"$scratch/homes/json/.config/hoplaunch/hopopen.toml"
+check 'hopopen: JSON of a line of the check' silent names_members 'Of the check' '["checks"][0]' --check
+# Without an entry, neither its program nor its cache is looked at.
+checked() {
+  opening_json --check |
+    python3 -c 'import json, sys; print(*(one["name"].split()[0] for one in json.load(sys.stdin)["checks"]), sep="\n")'
+  printf 'tryexec\ncache\n'
+}
+check 'hopopen: what is checked' silent diff <(checked | sort -u) <(items CHECK Places | sort -u)
 check 'hopopen: JSON of a fault' silent names_members 'Of the check' '["faults"][0]' --check
 
 closing_line

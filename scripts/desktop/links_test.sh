@@ -34,7 +34,7 @@ examples=/usr/share/doc/hoplaunch/examples
 # has_schemes: Remmina has registered the schemes, too, but nobody has to choose.
 has_schemes() {
   local scheme
-  for scheme in vnc ssh; do
+  for scheme in vnc rdp spice spice+tls ssh telnet; do
     xdg-mime query default "x-scheme-handler/$scheme"
     gio mime "x-scheme-handler/$scheme"
     [[ $(xdg-mime query default "x-scheme-handler/$scheme") == hopopen.desktop ]] || return

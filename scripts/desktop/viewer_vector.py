@@ -5,7 +5,7 @@
                      [--terminal PROGRAM] VIEWER SCHEME HOST
 
 Prints them each with a NUL at its end: env, what it removes from the environment and adds
-to it, and the vector.  The pieces are filled in as they are, and nothing is checked.
+to it, and the vector.  In a terminal, env comes after the words for the terminal.  The pieces are filled in as they are, and nothing is checked.
 """
 import argparse
 import os
@@ -36,6 +36,7 @@ def pieces(options, definition):
         "host": host,
         "bracketed": bracketed,
         "port": port,
+        "tlsport": None,
         "display": port and port - 5900,
         "link": link,
     }
@@ -103,13 +104,13 @@ def main():
     if not program:
         sys.exit(f"{options.viewer} is not installed")
 
-    words = ["env"]
+    words = [options.terminal, "-e"] if definition.get("terminal") else []
+    words += ["env"]
     for name in definition.get("unset", []):
         words += ["-u", name]
     for name, text in definition.get("environment", {}).items():
         value = fill(text, values)
         words += [] if value is None else [f"{name}={value}"]
-    words += [options.terminal, "-e"] if definition.get("terminal") else []
     words += [program]
     words += filled(definition.get("trusted" if options.trusted else "stranger", []), values)
     for given in options.parameter:

@@ -21,7 +21,7 @@ function below(limit) {
 const pick = (list) => list[below(list.length)];
 const often = (usual, list) => (below(12) > 0 ? pick(usual) : pick(list));
 
-const SCHEMES = ['vnc', 'ssh', 'VNC', 'Ssh'];
+const SCHEMES = ['vnc', 'ssh', 'rdp', 'telnet', 'VNC', 'Ssh', 'Rdp'];
 const MARKS = ['://', ':/', ':///', ':////', ':', ':\\\\', ':/\\', '::/', ':// ', ':\t//', '//'];
 const USERS = ['', 'kim', 'KIM', 'k%69m', 'a.b-c_d', '_svc', 'LAB%5Ckim', 'lab%5ckim',
   'kim%40corp.example', '%6bim'];

@@ -7,6 +7,9 @@
 // for the three in this order: user, host and zone in hexadecimal, "-" for a missing
 // part, and four times "!" for one that does not accept the link.  An IPv6 address is
 // the bytes of its value.
+//
+// Left out are rdp links that are made of typed pairs, which others take for no link, and spice
+// links, whose port may be in the query.
 
 #include <arpa/inet.h>
 #include <curl/curl.h>
@@ -18,7 +21,8 @@
 #include <optional>
 #include <string>
 
-#include "link.h"
+#include "link_reader.h"
+#include "rdp_pairs.h"
 
 namespace {
 
@@ -67,10 +71,18 @@ void print(const std::optional<reading>& what) {
 
 // --- The readers -----------------------------------------------------------
 
+bool isCompared(const hopopen::link& link) {
+  for (const char* const scheme : {"vnc", "ssh", "rdp", "telnet"}) {
+    if (link.scheme == scheme) {
+      return !hopopen::isMadeOfPairs(link.text);
+    }
+  }
+  return false;
+}
+
 std::optional<reading> byHopopen(const std::string& text) {
   hopopen::link link;
-  if (hopopen::readScheme(text, link) || (link.scheme != "vnc" && link.scheme != "ssh") ||
-      hopopen::readRest(link)) {
+  if (hopopen::readScheme(text, link) || !isCompared(link) || hopopen::readRest(link)) {
     return {};
   }
   reading result{link.user, link.machine->plain(), {}, {}};

@@ -113,6 +113,21 @@ void Machine::plain() const {
   program("plain");
 }
 
+void Machine::registered(const Strings& schemes) const {
+  std::string types;
+  std::string cache = "[MIME Cache]\n";
+  for (const std::string& scheme : schemes) {
+    types += "x-scheme-handler/" + scheme + ";";
+    cache += "x-scheme-handler/" + scheme + "=hopopen.desktop;\n";
+  }
+  program("hopopen");
+  write("share/applications/hopopen.desktop",
+        "[Desktop Entry]\nType=Application\nName=Remote access links\nExec=" + path("bin/hopopen") +
+            " -- %u\nTryExec=" + path("bin/hopopen") + "\nMimeType=" + types +
+            "\nNoDisplay=true\n");
+  write("share/applications/mimeinfo.cache", cache);
+}
+
 Variables Machine::variables() const {
   Variables result{{"HOME", path("home")},           {"XDG_CONFIG_HOME", path("config")},
                    {"XDG_DATA_HOME", path("data")},  {"XDG_CONFIG_DIRS", path("etc")},

@@ -92,6 +92,9 @@ class Machine {
               const std::string& folder = "bin") const;
   /// `PLAIN`, with its program.
   void plain() const;
+  /// What the package brings for these schemes: a hopopen, its desktop entry, and the cache
+  /// that names it, all in "share" and "bin".
+  void registered(const Strings& schemes = {"vnc"}) const;
 
   Variables variables() const;
 
