@@ -38,6 +38,7 @@ add_library(hoplaunch_opening STATIC
   hopopen/firefox_handler.cpp
   hopopen/firefox_policy.cpp
   hopopen/folders.cpp
+  hopopen/gateway.cpp
   hopopen/host.cpp
   hopopen/json.cpp
   hopopen/json_read.cpp
