@@ -40,6 +40,7 @@ add_library(hoplaunch_opening STATIC
   hopopen/folders.cpp
   hopopen/gateway.cpp
   hopopen/host.cpp
+  hopopen/host_rules.cpp
   hopopen/json.cpp
   hopopen/json_read.cpp
   hopopen/key_file.cpp

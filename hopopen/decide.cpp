@@ -10,6 +10,7 @@
 #include "enumeration.h"
 #include "fault.h"
 #include "host.h"
+#include "host_rules.h"
 #include "link_reader.h"
 #include "meaning.h"
 #include "parameters.h"
@@ -39,7 +40,7 @@ std::string alternatives(const opening& result, const candidates& among) {
   for (const definition* const other : ranked(among.known, result.what.scheme)) {
     const auto program = among.find(*other);
     filling ignored;
-    if (program && !fill(result.what, *result.trusted, *other, *program, ignored)) {
+    if (program && !fill(result.what, result.rules, *other, *program, ignored)) {
       titles.push_back(printable(other->title));
       first = first.empty() ? other->name : first;
     }
@@ -48,7 +49,8 @@ std::string alternatives(const opening& result, const candidates& among) {
     return " No other viewer that is installed can do it. Ask for a link without it.";
   }
   return ' ' + enumeration(titles) + " can. To use " + (titles.size() > 1 ? "the first" : "it") +
-         ", type \"hopopen --use " + first + ' ' + result.what.scheme + "\".";
+         ", type \"hopopen --use " + first + ' ' + result.what.scheme +
+         forHosts(result.chosen.where) + "\".";
 }
 
 // The viewers for a scheme that are known in outline only.
@@ -82,8 +84,9 @@ verdict open(const std::optional<std::string>& viewer, const candidates& among, 
                        among.wishes.found.front().lineOfText() + '.',
                    {}};
   }
-  into.trusted = among.wishes.trust(*what.machine);
-  const occasion when{what.scheme, what.machine->inLink(), *into.trusted};
+  into.rules = rulesFor(among.wishes, *what.machine, what.scheme);
+  into.trusted = into.rules.trusted;
+  const occasion when{what.scheme, what.machine->inLink(), into.rules};
   if (auto fault = choose(among, when, viewer, into.chosen)) {
     into.unread = outlines(among.known, what.scheme);
     return fault;
@@ -93,7 +96,7 @@ verdict open(const std::optional<std::string>& viewer, const candidates& among, 
     return {};
   }
   filling filled;
-  if (auto fault = fill(what, *into.trusted, *into.chosen.viewer, into.chosen.program, filled)) {
+  if (auto fault = fill(what, into.rules, *into.chosen.viewer, into.chosen.program, filled)) {
     if (fault->why == code::RESTRICTION && !isUnclear(what, *fault)) {
       into.unread = outlines(among.known, what.scheme);
       fault->message += alternatives(into, among);

@@ -7,6 +7,7 @@
 
 #include "choose.h"
 #include "fill.h"
+#include "host_rules.h"
 #include "link.h"
 #include "refusal.h"
 
@@ -17,6 +18,7 @@ namespace hopopen {
 struct opening {
   link what;
   std::optional<bool> trusted;
+  hostRules rules;                ///< what the settings say of the host
   choice chosen;                  ///< its viewer is null while it is not known
   std::optional<filling> filled;  ///< what the viewer is given
   verdict why;                    ///< the refusal, if there is one; its message names the link

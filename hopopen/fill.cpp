@@ -189,12 +189,16 @@ void listDropped(const link& what, const placeholderValues& values, filling& int
 
 }  // namespace
 
-verdict fill(const link& what, bool trusted, const definition& viewer, const installed& program,
-             filling& into) {
+verdict fill(const link& what, const hostRules& rules, const definition& viewer,
+             const installed& program, filling& into) {
   placeholderValues values(what, viewer);
-  interpreter parameters(what, trusted, viewer, values, into);
+  interpreter parameters(what, rules.trusted, viewer, values, into);
   parameters.takeCredentials();
-  values.append(trusted ? viewer.trusted : viewer.stranger, nullptr, into.arguments);
+  into.userOfSettings = rules.user && !values.user();
+  if (into.userOfSettings) {
+    values.user() = rules.user->value;
+  }
+  values.append(rules.trusted ? viewer.trusted : viewer.stranger, nullptr, into.arguments);
   if (auto fault = parameters.readAll()) {
     return fault;
   }

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "definition.h"
+#include "host_rules.h"
 #include "link.h"
 #include "programs.h"
 #include "refusal.h"
@@ -26,14 +27,15 @@ struct variable {
 struct filling {
   std::vector<std::string> arguments;  ///< the whole vector, the terminal's included
   std::vector<variable> environment;
-  std::optional<std::string> user;   ///< from wherever in the link it comes
+  std::optional<std::string> user;   ///< from wherever in the link it comes, or the settings
+  bool userOfSettings = false;       ///< whether it is that of the settings
   std::vector<bool> used;            ///< for each parameter of the link
   std::vector<std::string> dropped;  ///< "password", "user", "fragment", names of parameters
 };
 
-/// Fills in the viewer's templates.  A parameter may ask for what the viewer cannot be held
-/// to; then nothing is started.
-verdict fill(const link& what, bool trusted, const definition& viewer, const installed& program,
-             filling& into);
+/// Fills in the viewer's templates, for a host of which the settings say that.  A parameter may ask
+/// for what the viewer cannot be held to; then nothing is started.
+verdict fill(const link& what, const hostRules& rules, const definition& viewer,
+             const installed& program, filling& into);
 
 }  // namespace hopopen

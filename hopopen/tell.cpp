@@ -70,6 +70,8 @@ void tellLink(const opening& told, sheet& out) {
   }
   if (what.user) {
     out.line("user", *what.user);
+  } else if (told.filled && told.filled->userOfSettings) {
+    out.line("user", *told.filled->user + ", by the settings for " + told.rules.user->where.text());
   }
   if (what.password) {
     out.line("password", "***");
@@ -94,7 +96,7 @@ void tellViewer(const opening& told, sheet& out) {
     return;
   }
   out.line("viewer", printable(chosen.viewer->title) + " (" + chosen.viewer->name + "), " +
-                         reason(chosen.by));
+                         reason(chosen.by) + (chosen.where ? " for " + chosen.where->text() : ""));
   out.line("file", printable(chosen.program.viewer.path));
   if (!chosen.viewer->unguarded.empty()) {
     out.line("unguarded", printable(enumeration(chosen.viewer->unguarded)));
