@@ -72,6 +72,8 @@ add_library(hoplaunch_opening STATIC
   hopopen/settings_add.cpp
   hopopen/settings_edit.cpp
   hopopen/settings_file.cpp
+  hopopen/settings_host.cpp
+  hopopen/settings_pairs.cpp
   hopopen/settings_remove.cpp
   hopopen/shown.cpp
   hopopen/start.cpp

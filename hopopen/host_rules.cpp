@@ -19,9 +19,10 @@ void takeClosest(const preferences& wishes, const host& machine, bool ofUser, co
       continue;
     }
     for (const hostTable& table : wishes.files[i].hosts) {
-      const std::optional<Value> value = read(table);
-      if (value && table.where.covers(machine) &&
-          (!into || table.where.length() > into->where.length())) {
+      if (!table.where.covers(machine) || (into && into->where.length() >= table.where.length())) {
+        continue;
+      }
+      if (const std::optional<Value> value = read(table)) {
         into = said<Value>{*value, table.where, wishes.files[i].file, ofUser};
       }
     }

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <optional>
+#include <set>
 #include <string_view>
+#include <utility>
 
 #include "characters.h"
 #include "credentials.h"
@@ -105,8 +107,8 @@ class reader {
       complain(key.source().begin, shownWord(key.str()) + " is not a host");
       return;
     }
-    if (std::any_of(m_into.hosts.begin(), m_into.hosts.end(),
-                    [&](const hostTable& other) { return other.where == *where; })) {
+    if (!m_hosts.insert(std::string(where->below ? 1 : 0, '.') + where->machine.canonical())
+             .second) {
       complain(key.source().begin, "there is another table for the host " + shownWord(key.str()));
       return;
     }
@@ -145,6 +147,7 @@ class reader {
   }
 
   settings& m_into;
+  std::set<std::string> m_hosts;  // that have tables
   faults m_found;
 };
 
