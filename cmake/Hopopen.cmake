@@ -85,6 +85,7 @@ add_library(hoplaunch_opening STATIC
   hopopen/toml.cpp
   hopopen/toml_read.cpp
   hopopen/toml_text.cpp
+  hopopen/trust_left.cpp
   hopopen/trusted.cpp
   hopopen/wishes.cpp)
 target_include_directories(hoplaunch_opening PUBLIC hopopen)
