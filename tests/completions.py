@@ -126,8 +126,8 @@ FISH_CASES = [
     ("hopopen -- v", ["vnc://"]),
     (
         "hopopen --",
-        ["--check", "--distrust", "--dry-run", "--forget", "--format", "--help", "--list", "--log"]
-        + ["--quiet", "--trust", "--use", "--version", "--viewer"],
+        ["--check", "--distrust", "--dry-run", "--for", "--forget", "--format", "--help", "--list"]
+        + ["--log", "--quiet", "--trust", "--use", "--version", "--viewer"],
     ),
 ]
 
