@@ -32,7 +32,7 @@ struct gateway {
 ///
 ///     readGateway("me@gate.example:2222")   // user "me", host "gate.example", port 2222
 ///
-/// Nothing when it is anything else.  A "\" in the user may stand as it is.
+/// Nothing when it is anything else.  A "\" in the user need not be encoded.
 std::optional<gateway> readGateway(std::string_view text);
 
 }  // namespace hopopen
