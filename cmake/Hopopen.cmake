@@ -63,6 +63,7 @@ add_library(hoplaunch_opening STATIC
   hopopen/programs.cpp
   hopopen/rdp_pairs.cpp
   hopopen/refusal.cpp
+  hopopen/route.cpp
   hopopen/say.cpp
   hopopen/scheme.cpp
   hopopen/scheme_rdp.cpp
@@ -76,6 +77,7 @@ add_library(hoplaunch_opening STATIC
   hopopen/settings_pairs.cpp
   hopopen/settings_remove.cpp
   hopopen/shown.cpp
+  hopopen/ssh_command.cpp
   hopopen/start.cpp
   hopopen/tell.cpp
   hopopen/tell_json.cpp
@@ -87,6 +89,8 @@ add_library(hoplaunch_opening STATIC
   hopopen/toml_text.cpp
   hopopen/trust_left.cpp
   hopopen/trusted.cpp
+  hopopen/tunnel.cpp
+  hopopen/tunnel_folder.cpp
   hopopen/wishes.cpp)
 target_include_directories(hoplaunch_opening PUBLIC hopopen)
 target_link_libraries(hoplaunch_opening PUBLIC hoplaunch_log hoplaunch_support PRIVATE hoplaunch_options)

@@ -84,6 +84,9 @@ void tellLink(const opening& told, sheet& out) {
   if (const auto port = what.anyPort()) {
     out.line("port", std::to_string(*port));
   }
+  if (told.way && told.way->through) {
+    out.line("through", told.way->through->text());
+  }
   for (const parameter& one : what.parameters) {
     out.line("parameter", one.name + " = " +
                               (one.holdsPassword() ? "***" : quoted(one.value, one.value.size())));

@@ -263,7 +263,7 @@ TEST(CommandLine, HasTextAndJson) {
   EXPECT_LT(1U, countOf(text.out, "\n"));
   const Outcome json = machine.run({"--dry-run", "--format", "json", "vnc://h"});
   EXPECT_EQ(
-      R"({"link":"vnc://h","scheme":"vnc","user":null,"host":"h","port":null,"trusted":false,)"
+      R"({"link":"vnc://h","scheme":"vnc","user":null,"host":"h","port":null,"through":null,"trusted":false,)"
       R"("parameters":[],"dropped":[],"viewer":{"name":"plain","title":"Plain","file":")" +
           machine.path("bin/plain") +
           R"("},"arguments":["plain","h"],"environment":{},"unset":[],"launch":true,)"
@@ -280,11 +280,12 @@ TEST(CommandLine, GivesNullForWhatIsNotKnownYet) {
   for (const auto& [name, value] : told.items()) {
     members.push_back(name);
   }
-  EXPECT_EQ((Strings{"link", "scheme", "user", "host", "port", "trusted", "parameters", "dropped",
-                     "viewer", "arguments", "environment", "unset", "launch", "refusal"}),
-            members);
-  for (const char* name : {"scheme", "user", "host", "port", "trusted", "parameters", "dropped",
-                           "viewer", "arguments", "environment", "unset"}) {
+  EXPECT_EQ(
+      (Strings{"link", "scheme", "user", "host", "port", "through", "trusted", "parameters",
+               "dropped", "viewer", "arguments", "environment", "unset", "launch", "refusal"}),
+      members);
+  for (const char* name : {"scheme", "user", "host", "port", "through", "trusted", "parameters",
+                           "dropped", "viewer", "arguments", "environment", "unset"}) {
     EXPECT_TRUE(told[name].is_null()) << name << " " << told;
   }
   EXPECT_EQ(false, told["launch"]);
