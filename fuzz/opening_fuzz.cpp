@@ -1,13 +1,14 @@
 // What a viewer gets for a link.  An input has a host that is trusted, the link, and a
-// definition; a "!" before the host means that the viewer was chosen by name.  For every
-// link:
+// definition; a "!" before the host means that the viewer was chosen by name, a "?" that a table
+// of the settings trusts the host and names a user.  For every link:
 //
 // - It is refused exactly when it breaks a rule, when it asks for a protection that the
 //   definition does not give, when the viewer leaves a stranger something and nobody chose
 //   it, or when it has no display; with the code of the first of these.
 // - Otherwise the argument vector is made of the program's name, or the terminal's and the
-//   path, and the definition's words, in their order, with checked pieces of the link for
-//   their placeholders and nothing else.  What lacks a piece is left out.
+//   path, and the definition's words, in their order, with checked pieces of the link, or
+//   the user of the settings, for their placeholders and nothing else.  What lacks a piece is left
+//   out.
 // - So are the variables, but that the password may be there.  In a terminal, words for env
 //   unset and set them.
 // - What is shown as used and dropped is what was used and dropped.
@@ -106,8 +107,10 @@ pieces piecesOf(const ruledLink& link, std::optional<unsigned int> port) {
 // The launch that a definition gives for a link.
 class expectation {
  public:
-  expectation(const toml::table& file, const ruledLink& link, bool trusted)
-      : m_file(file), m_link(link), m_trusted(trusted) {}
+  // The user of the settings is for links without one.
+  expectation(const toml::table& file, const ruledLink& link, bool trusted,
+              const std::optional<std::string>& userOfSettings)
+      : m_file(file), m_link(link), m_trusted(trusted), m_userOfSettings(userOfSettings) {}
 
   void make(bool chosen);
 
@@ -135,6 +138,7 @@ class expectation {
   const toml::table& m_file;
   ruledLink m_link;
   bool m_trusted;
+  std::optional<std::string> m_userOfSettings;
   pieces m_pieces;
   std::map<std::string, bool> m_placed;  // the placeholders that were filled in and passed
   ruledLink m_given;                     // before parameters named a user or a password
@@ -276,6 +280,9 @@ void expectation::takeCredentials() {
       m_link.password = one.value;
     }
   }
+  if (!m_link.user) {
+    m_link.user = m_userOfSettings;
+  }
 }
 
 void expectation::readParameters() {
@@ -390,10 +397,18 @@ std::optional<bool> trustsByRules(std::string_view text, const ruledLink& host) 
          host.host.size() > trusted.host.size() + 1;
 }
 
-hopopen::settings settingsOf(std::string_view trusted) {
+constexpr const char* USER_OF_SETTINGS = "LAB\\me@x";
+
+// With the host in the list of those that are trusted, or in a table that trusts it and names a
+// user.
+hopopen::settings settingsOf(std::string_view trusted, bool byTable) {
   hopopen::settings result;
   if (const auto host = hopopen::readTrusted(trusted)) {
-    result.trust.push_back(*host);
+    if (byTable) {
+      result.hosts.push_back({*host, {}, USER_OF_SETTINGS, true, {}});
+    } else {
+      result.trust.push_back(*host);
+    }
     const auto again = hopopen::readTrusted(host->text());
     check(again && *again == *host, "a trusted host reads back", host->text());
   }
@@ -436,10 +451,10 @@ void checkFilling(const hopopen::filling& filled, const expectation& expected,
 }
 
 void checkOpening(const std::string& text, const hopopen::definition& viewer,
-                  const toml::table& file, std::string_view host, bool chosen) {
+                  const toml::table& file, std::string_view host, bool chosen, bool byTable) {
   hopopen::definitions known;
   known.viewers.push_back(viewer);
-  const hopopen::preferences wishes{{settingsOf(host)}, true, {}};
+  const hopopen::preferences wishes{{settingsOf(host, byTable)}, true, {}};
   const std::optional<std::string> name =
       chosen ? std::optional<std::string>("v") : std::optional<std::string>();
   const hopopen::opening result = hopopen::decide(text, name, {known, wishes, findViewer});
@@ -461,7 +476,9 @@ void checkOpening(const std::string& text, const hopopen::definition& viewer,
   }
   const bool trusted = trustsByRules(host, link).value_or(false);
   check(result.trusted == trusted, "a host is trusted as the settings say", text, host);
-  expectation expected(file, link, trusted);
+  expectation expected(
+      file, link, trusted,
+      trusted && byTable ? std::optional<std::string>(USER_OF_SETTINGS) : std::nullopt);
   expected.make(chosen);
   checkSame(code, expected.code, "exactly what cannot be done is refused", text);
   check(result.filled.has_value() == code.empty(), "what is not refused is decided", text);
@@ -485,6 +502,13 @@ void fuzz(std::string_view input) {
   }
   const toml::parse_result file = toml::parse(text);
   check(static_cast<bool>(file), "a definition is TOML", text);
-  const bool chosen = host.starts_with('!');
-  checkOpening(link, *viewer, file.table(), std::string_view(host).substr(chosen ? 1 : 0), chosen);
+  std::string_view trusted = host;
+  const auto take = [&](char mark) {
+    const bool there = trusted.starts_with(mark);
+    trusted.remove_prefix(there ? 1 : 0);
+    return there;
+  };
+  const bool chosen = take('!');
+  const bool byTable = take('?');
+  checkOpening(link, *viewer, file.table(), trusted, chosen, byTable);
 }
