@@ -1,13 +1,14 @@
 // What a viewer gets for a link.  An input has a host that is trusted, the link, and a
-// definition; a "!" before the host means that the viewer was chosen by name.  For every
-// link:
+// definition; a "!" before the host means that the viewer was chosen by name, a "?" that a table
+// of the settings trusts the host and names a user.  For every link:
 //
 // - It is refused exactly when it breaks a rule, when it asks for a protection that the
 //   definition does not give, when the viewer leaves a stranger something and nobody chose
 //   it, or when it has no display; with the code of the first of these.
 // - Otherwise the argument vector is made of the program's name, or the terminal's and the
-//   path, and the definition's words, in their order, with checked pieces of the link for
-//   their placeholders and nothing else.  What lacks a piece is left out.
+//   path, and the definition's words, in their order, with checked pieces of the link, or
+//   the user of the settings, for their placeholders and nothing else.  What lacks a piece is left
+//   out.
 // - So are the variables, but that the password may be there.  In a terminal, words for env
 //   unset and set them.
 // - What is shown as used and dropped is what was used and dropped.
@@ -23,6 +24,7 @@
 
 #include "decide.h"
 #include "definition_reader.h"
+#include "definition_words.h"
 #include "fuzz.h"
 #include "link_pieces.h"
 #include "link_rules.h"
@@ -31,35 +33,10 @@
 
 namespace {
 
-using words = std::vector<std::string>;
-
 // Before the definition of every input, which says the rest.
 const std::string HEAD =
     "name = \"V\"\nschemes = [\"vnc\", \"ssh\", \"x\", \"rdp\", \"spice\", \"spice+tls\", "
     "\"telnet\"]\nprograms = [\"viewer\"]\n";
-
-// --- The definition as it is written ---------------------------------------
-
-words wordsOf(const toml::node& node) {
-  words result;
-  if (const toml::array* const list = node.as_array()) {
-    for (const toml::node& word : *list) {
-      result.push_back(word.value_or(std::string()));
-    }
-    return result;
-  }
-  return {node.value_or(std::string())};
-}
-
-std::vector<words> elementsOf(const toml::node* node) {
-  std::vector<words> result;
-  if (node != nullptr && node->is_array()) {
-    for (const toml::node& one : *node->as_array()) {
-      result.push_back(wordsOf(one));
-    }
-  }
-  return result;
-}
 
 // --- The launch ------------------------------------------------------------
 
@@ -69,8 +46,14 @@ using trusting = std::function<bool(const ruledLink& host)>;
 // The launch that a definition gives for a link.
 class expectation {
  public:
-  expectation(const toml::table& file, const ruledLink& link, trusting trusts)
-      : m_file(file), m_link(link), m_trusts(std::move(trusts)), m_trusted(m_trusts(link)) {
+  // The user of the settings is for links without one.
+  expectation(const toml::table& file, const ruledLink& link, trusting trusts,
+              const std::optional<std::string>& userOfSettings)
+      : m_file(file),
+        m_link(link),
+        m_trusts(std::move(trusts)),
+        m_trusted(m_trusts(link)),
+        m_userOfSettings(userOfSettings) {
     for (const ruledParameter& one : link.parameters) {
       m_gateway = m_gateway || (sameName(keyByRules(one), "SshHost") && !one.value.empty());
     }
@@ -109,6 +92,7 @@ class expectation {
   trusting m_trusts;
   bool m_trusted;
   bool m_gateway = false;  // whether the link asks for one
+  std::optional<std::string> m_userOfSettings;
   pieces m_pieces;
   std::map<std::string, bool> m_placed;  // the placeholders that were filled in and passed
   ruledLink m_given;                     // before parameters named a user or a password
@@ -270,6 +254,9 @@ void expectation::takeCredentials() {
       m_link.password = one.value;
     }
   }
+  if (!m_link.user) {
+    m_link.user = m_userOfSettings;
+  }
 }
 
 void expectation::readParameters() {
@@ -388,10 +375,18 @@ std::optional<bool> trustsByRules(std::string_view text, const ruledLink& host) 
          host.host.size() > trusted.host.size() + 1;
 }
 
-hopopen::settings settingsOf(std::string_view trusted) {
+constexpr const char* USER_OF_SETTINGS = "LAB\\me@x";
+
+// With the host in the list of those that are trusted, or in a table that trusts it and names a
+// user.
+hopopen::settings settingsOf(std::string_view trusted, bool byTable) {
   hopopen::settings result;
   if (const auto host = hopopen::readTrusted(trusted)) {
-    result.trust.push_back(*host);
+    if (byTable) {
+      result.hosts.push_back({*host, {}, USER_OF_SETTINGS, true, {}});
+    } else {
+      result.trust.push_back(*host);
+    }
     const auto again = hopopen::readTrusted(host->text());
     check(again && *again == *host, "a trusted host reads back", host->text());
   }
@@ -434,10 +429,10 @@ void checkFilling(const hopopen::filling& filled, const expectation& expected,
 }
 
 void checkOpening(const std::string& text, const hopopen::definition& viewer,
-                  const toml::table& file, std::string_view host, bool chosen) {
+                  const toml::table& file, std::string_view host, bool chosen, bool byTable) {
   hopopen::definitions known;
   known.viewers.push_back(viewer);
-  const hopopen::preferences wishes{{settingsOf(host)}, true, {}};
+  const hopopen::preferences wishes{{settingsOf(host, byTable)}, true, {}};
   const std::optional<std::string> name =
       chosen ? std::optional<std::string>("v") : std::optional<std::string>();
   const hopopen::opening result = hopopen::decide(text, name, {known, wishes, findViewer});
@@ -457,8 +452,12 @@ void checkOpening(const std::string& text, const hopopen::definition& viewer,
     checkSame(code, broken->code, "the first rule that is broken decides", text);
     return;
   }
+  const trusting trusts = [&](const ruledLink& one) {
+    return trustsByRules(host, one).value_or(false);
+  };
   expectation expected(
-      file, link, [&](const ruledLink& one) { return trustsByRules(host, one).value_or(false); });
+      file, link, trusts,
+      trusts(link) && byTable ? std::optional<std::string>(USER_OF_SETTINGS) : std::nullopt);
   check(result.trusted == expected.trusted(), "a host is trusted as the settings say", text, host);
   expected.make(chosen);
   checkSame(code, expected.code, "exactly what cannot be done is refused", text);
@@ -483,6 +482,13 @@ void fuzz(std::string_view input) {
   }
   const toml::parse_result file = toml::parse(text);
   check(static_cast<bool>(file), "a definition is TOML", text);
-  const bool chosen = host.starts_with('!');
-  checkOpening(link, *viewer, file.table(), std::string_view(host).substr(chosen ? 1 : 0), chosen);
+  std::string_view trusted = host;
+  const auto take = [&](char mark) {
+    const bool there = trusted.starts_with(mark);
+    trusted.remove_prefix(there ? 1 : 0);
+    return there;
+  };
+  const bool chosen = take('!');
+  const bool byTable = take('?');
+  checkOpening(link, *viewer, file.table(), trusted, chosen, byTable);
 }
