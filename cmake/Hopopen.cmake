@@ -38,7 +38,9 @@ add_library(hoplaunch_opening STATIC
   hopopen/firefox_handler.cpp
   hopopen/firefox_policy.cpp
   hopopen/folders.cpp
+  hopopen/gateway.cpp
   hopopen/host.cpp
+  hopopen/host_rules.cpp
   hopopen/json.cpp
   hopopen/json_read.cpp
   hopopen/key_file.cpp
@@ -61,6 +63,7 @@ add_library(hoplaunch_opening STATIC
   hopopen/programs.cpp
   hopopen/rdp_pairs.cpp
   hopopen/refusal.cpp
+  hopopen/route.cpp
   hopopen/say.cpp
   hopopen/scheme.cpp
   hopopen/scheme_rdp.cpp
@@ -70,8 +73,11 @@ add_library(hoplaunch_opening STATIC
   hopopen/settings_add.cpp
   hopopen/settings_edit.cpp
   hopopen/settings_file.cpp
+  hopopen/settings_host.cpp
+  hopopen/settings_pairs.cpp
   hopopen/settings_remove.cpp
   hopopen/shown.cpp
+  hopopen/ssh_command.cpp
   hopopen/start.cpp
   hopopen/tell.cpp
   hopopen/tell_json.cpp
@@ -81,7 +87,10 @@ add_library(hoplaunch_opening STATIC
   hopopen/toml.cpp
   hopopen/toml_read.cpp
   hopopen/toml_text.cpp
+  hopopen/trust_left.cpp
   hopopen/trusted.cpp
+  hopopen/tunnel.cpp
+  hopopen/tunnel_folder.cpp
   hopopen/wishes.cpp)
 target_include_directories(hoplaunch_opening PUBLIC hopopen)
 target_link_libraries(hoplaunch_opening PUBLIC hoplaunch_log hoplaunch_support PRIVATE hoplaunch_options)

@@ -35,10 +35,10 @@ _hopopen() {
   for word in "${words[@]:1:cword-1}"; do
     case $option in
       --) ;;
-      --viewer | --format | --log) option='' ;;
+      --viewer | --format | --log | --for) option='' ;;
       *)
         case $word in
-          -- | --viewer | --format | --log | --use | --forget | --trust | --distrust)
+          -- | --viewer | --format | --log | --use | --forget | --for | --trust | --distrust)
             option=$word
             count=0
             ;;
@@ -56,14 +56,14 @@ _hopopen() {
     option=${cur%%=*}
     cur=${cur#*=}
     count=0
-  elif [[ $option != @(--|--viewer|--format|--log) && $cur == -* ]]; then
+  elif [[ $option != @(--|--viewer|--format|--log|--for) && $cur == -* ]]; then
     option=options
   fi
 
   case $option in
     options)
       mapfile -t COMPREPLY < <(compgen -W '--viewer= --dry-run --format= --log= --quiet
-        --list --check --use --forget --trust --distrust --version --help' -- "$cur")
+        --list --check --use --forget --for= --trust --distrust --version --help' -- "$cur")
       ;;
     --viewer) mapfile -t COMPREPLY < <(compgen -W "$(_hopopen_viewers)" -- "$cur") ;;
     --use)
@@ -74,7 +74,7 @@ _hopopen() {
       fi
       ;;
     --forget) mapfile -t COMPREPLY < <(compgen -W "$(_hopopen_schemes)" -- "$cur") ;;
-    --trust | --distrust) ;;
+    --for | --trust | --distrust) ;;
     --format) mapfile -t COMPREPLY < <(compgen -W 'text json' -- "$cur") ;;
     --log) _hopopen_files ;;
     *)

@@ -24,7 +24,7 @@ end
 
 # A link may come when nothing else is asked for.
 function __hopopen_wants_link
-    not string match -q --regex -- '^--(list|check|use|forget|trust|distrust)' (commandline -opc)
+    not string match -q --regex -- '^--(list|check|use|forget|for(=|$)|trust|distrust)' (commandline -opc)
 end
 
 complete -c hopopen -f
@@ -40,6 +40,7 @@ complete -c hopopen -l use -x -a '(__hopopen_viewers)' -d 'Open links in this vi
 complete -c hopopen -l forget -x -a '(__hopopen_schemes)' \
     -d 'Choose no viewer for these schemes any more'
 complete -c hopopen -n '__hopopen_after use; or __hopopen_after forget' -a '(__hopopen_schemes)'
+complete -c hopopen -l for -x -d 'Use or forget for this machine'
 complete -c hopopen -l trust -x -d 'Trust these machines'
 complete -c hopopen -l distrust -x -d 'Trust these machines no more'
 complete -c hopopen -l version -d 'Print the version'

@@ -26,8 +26,10 @@ using hopopen::placeholder;
 
 // --- Writing ---------------------------------------------------------------
 
-constexpr std::array<std::string_view, 8> PLACEHOLDERS = {"user", "password", "host", "bracketed",
-                                                          "port", "display",  "link", "value"};
+// In the order of hopopen::placeholder.
+constexpr std::array<std::string_view, 10> PLACEHOLDERS = {
+    "user",    "password", "host", "bracketed", "port",
+    "tlsport", "display",  "link", "value",     "socket"};
 
 // A string of TOML.
 std::string literal(std::string_view text) {
@@ -76,9 +78,11 @@ std::string written(const definition& what) {
       "name = " + literal(what.title) + "\nschemes = " + source(what.schemes) +
       "\nprograms = " + source(what.programs) + "\npackages = " + source(what.packages) +
       "\nrank = " + std::to_string(what.rank) + "\nstranger = " + source(what.stranger) +
-      "\ntrusted = " + source(what.trusted) + "\narguments = " + source(what.arguments) +
-      "\nunguarded = " + source(what.unguarded) + "\nunset = " + source(what.unset) +
-      "\nterminal = " + (what.terminal ? "true" : "false") + '\n';
+      "\ntrusted = " + source(what.trusted) +
+      (what.tunnelled ? "\ntunnelled = " + source(*what.tunnelled) : "") +
+      "\narguments = " + source(what.arguments) + "\nunguarded = " + source(what.unguarded) +
+      "\nunset = " + source(what.unset) + "\nterminal = " + (what.terminal ? "true" : "false") +
+      '\n';
   if (what.port) {
     result += "default.port = " + std::to_string(*what.port) + '\n';
   }
@@ -87,7 +91,8 @@ std::string written(const definition& what) {
     result += name + " = " + source(value) + '\n';
   }
   for (const auto& rule : what.parameters) {
-    result += "[parameters." + rule.name + "]\narguments = " + source(rule.arguments) + '\n';
+    result +=
+        "[parameters." + literal(rule.name) + "]\narguments = " + source(rule.arguments) + '\n';
     if (rule.limited) {
       result += "allow = " + literal(rule.allow) + '\n';
     }
@@ -136,10 +141,11 @@ bool has(const std::vector<hopopen::element>& elements, placeholder what) {
                      [what](const hopopen::element& one) { return has(one, what); });
 }
 
-constexpr std::array<std::string_view, 15> PARAMETERS = {
-    "ViewOnly",    "SecurityType", "ChannelType",     "SshHost",     "SshPort",
-    "SshUsername", "IdHash",       "IdHashAlgorithm", "fingerprint", "Shared",
-    "ColorLevel",  "QualityLevel", "CompressLevel",   "AutoSelect",  "ConnectionName"};
+constexpr std::array<std::string_view, 19> PARAMETERS = {
+    "ViewOnly",     "SecurityType",  "ChannelType",     "SshHost",       "SshPort",
+    "SshUsername",  "IdHash",        "IdHashAlgorithm", "fingerprint",   "Shared",
+    "ColorLevel",   "QualityLevel",  "CompressLevel",   "AutoSelect",    "ConnectionName",
+    "desktopwidth", "desktopheight", "audiomode",       "screen mode id"};
 
 void checkRules(const definition& what, std::string_view text) {
   for (std::size_t i = 0; i < what.parameters.size(); i++) {
@@ -151,6 +157,7 @@ void checkRules(const definition& what, std::string_view text) {
       check(!sameName(rule.name, what.parameters[j].name), "a parameter is there once", text);
     }
     check(!has(rule.arguments, placeholder::PASSWORD), "no password is in an argument", text);
+    check(!has(rule.arguments, placeholder::SOCKET), "a socket is for tunnels only", text);
     check(rule.limited || !has(rule.arguments, placeholder::VALUE), "a value is limited", text);
     check(what.rule(rule.name) == &rule, "a rule is found by its name", text);
   }
@@ -173,6 +180,14 @@ void checkDefinition(const definition& what, std::string_view text) {
   for (const auto* elements : {&what.arguments, &what.stranger, &what.trusted}) {
     check(!has(*elements, placeholder::PASSWORD), "no password is in an argument", text);
     check(!has(*elements, placeholder::VALUE), "no value is outside of parameters", text);
+    check(!has(*elements, placeholder::SOCKET), "a socket is for tunnels only", text);
+  }
+  if (what.tunnelled) {
+    for (const placeholder one :
+         {placeholder::HOST, placeholder::BRACKETED, placeholder::PORT, placeholder::DISPLAY,
+          placeholder::LINK, placeholder::PASSWORD, placeholder::VALUE}) {
+      check(!has(*what.tunnelled, one), "nothing leads past a tunnel", text);
+    }
   }
   for (const auto& [name, value] : what.environment) {
     check(!name.empty() && name.find_first_of(std::string_view("=\0", 2)) == std::string::npos,

@@ -1,115 +1,69 @@
 // What a viewer gets for a link.  An input has a host that is trusted, the link, and a
-// definition; a "!" before the host means that the viewer was chosen by name.  For every
-// link:
+// definition; a "!" before the host means that the viewer was chosen by name, a "?" that a table
+// of the settings trusts the host and names a user.  For every link:
 //
 // - It is refused exactly when it breaks a rule, when it asks for a protection that the
 //   definition does not give, when the viewer leaves a stranger something and nobody chose
 //   it, or when it has no display; with the code of the first of these.
 // - Otherwise the argument vector is made of the program's name, or the terminal's and the
-//   path, and the definition's words, in their order, with checked pieces of the link for
-//   their placeholders and nothing else.  What lacks a piece is left out.
+//   path, and the definition's words, in their order, with checked pieces of the link, or
+//   the user of the settings, for their placeholders and nothing else.  What lacks a piece is left
+//   out.
 // - So are the variables, but that the password may be there.  In a terminal, words for env
 //   unset and set them.
 // - What is shown as used and dropped is what was used and dropped.
+// - A link that asks for an ssh gateway gets the words for a tunnel, or is refused unless the
+//   gateway, too, is trusted.
 //
 // The expectation is made of the text of the definition as the TOML reader gives it, and of
 // the link as the rules of link_rules.h read it.
 
-#include <regex.h>
-
 #include <algorithm>
+#include <functional>
 #include <map>
 
 #include "decide.h"
 #include "definition_reader.h"
+#include "definition_words.h"
 #include "fuzz.h"
+#include "link_pieces.h"
 #include "link_rules.h"
 #include "scheme_rules.h"
 #include "toml.h"
 
 namespace {
 
-using words = std::vector<std::string>;
-
 // Before the definition of every input, which says the rest.
 const std::string HEAD =
     "name = \"V\"\nschemes = [\"vnc\", \"ssh\", \"x\", \"rdp\", \"spice\", \"spice+tls\", "
     "\"telnet\"]\nprograms = [\"viewer\"]\n";
 
-// --- The definition as it is written ---------------------------------------
+// --- The launch ------------------------------------------------------------
 
-words wordsOf(const toml::node& node) {
-  words result;
-  if (const toml::array* const list = node.as_array()) {
-    for (const toml::node& word : *list) {
-      result.push_back(word.value_or(std::string()));
-    }
-    return result;
-  }
-  return {node.value_or(std::string())};
-}
-
-std::vector<words> elementsOf(const toml::node* node) {
-  std::vector<words> result;
-  if (node != nullptr && node->is_array()) {
-    for (const toml::node& one : *node->as_array()) {
-      result.push_back(wordsOf(one));
-    }
-  }
-  return result;
-}
-
-// --- Pieces ----------------------------------------------------------------
-
-std::string encoded(std::string_view text) {
-  std::string result;
-  for (const char c : text) {
-    if (only({&c, 1}, LETTERS) || only({&c, 1}, "0123456789-._~")) {
-      result += c;
-    } else {
-      const auto byte = static_cast<unsigned char>(c);
-      result += {'%', UPPER_HEX[byte / 16], UPPER_HEX[byte % 16]};
-    }
-  }
-  return result;
-}
-
-bool isSpice(const ruledLink& link) {
-  return link.scheme == "spice" || link.scheme == "spice+tls";
-}
-
-// What placeholders stand for.
-using pieces = std::map<std::string, std::string>;
-
-pieces piecesOf(const ruledLink& link, std::optional<unsigned int> port) {
-  pieces result = {{"host", link.plainHost()}, {"bracketed", link.bracketedHost()}};
-  if (link.user) {
-    result["user"] = *link.user;
-  }
-  if (link.password && link.scheme != "telnet") {
-    result["password"] = *link.password;
-  }
-  if (port) {
-    result["port"] = std::to_string(*port);
-    result["display"] = std::to_string(static_cast<int>(*port) - 5900);
-  }
-  if (link.tlsPort) {
-    result["tlsport"] = std::to_string(*link.tlsPort);
-  }
-  const auto connected = link.tlsPort ? link.tlsPort : link.port;
-  result["link"] = (link.tlsPort ? "spice+tls" : link.scheme) + "://" +
-                   (link.user && !isSpice(link) ? encoded(*link.user) + '@' : "") +
-                   link.linkedHost() + (connected ? ':' + std::to_string(*connected) : "");
-  return result;
-}
+// Who is trusted.
+using trusting = std::function<bool(const ruledLink& host)>;
 
 // The launch that a definition gives for a link.
 class expectation {
  public:
-  expectation(const toml::table& file, const ruledLink& link, bool trusted)
-      : m_file(file), m_link(link), m_trusted(trusted) {}
+  // The user of the settings is for links without one.
+  expectation(const toml::table& file, const ruledLink& link, trusting trusts,
+              const std::optional<std::string>& userOfSettings)
+      : m_file(file),
+        m_link(link),
+        m_trusts(std::move(trusts)),
+        m_trusted(m_trusts(link)),
+        m_userOfSettings(userOfSettings) {
+    for (const ruledParameter& one : link.parameters) {
+      m_gateway = m_gateway || (sameName(keyByRules(one), "SshHost") && !one.value.empty());
+    }
+    for (const ruledParameter& one : link.parameters) {
+      m_trusted = m_trusted && faultOfGateway(one).empty();
+    }
+  }
 
   void make(bool chosen);
+  bool trusted() const { return m_trusted; }
 
   std::string code;  // of a refusal
   words arguments;
@@ -123,6 +77,7 @@ class expectation {
   bool append(const std::vector<words>& elements, const std::string* value);
   const toml::table* rule(const std::string& parameter) const;
   bool pass(const std::string& parameter, const std::string& value);
+  std::string faultOfGateway(const ruledParameter& one) const;
   std::string read(const ruledParameter& one, bool& isUsed);
   void addTerminal();
   std::string readCredential(const std::string& value, bool valid,
@@ -134,7 +89,10 @@ class expectation {
 
   const toml::table& m_file;
   ruledLink m_link;
+  trusting m_trusts;
   bool m_trusted;
+  bool m_gateway = false;  // whether the link asks for one
+  std::optional<std::string> m_userOfSettings;
   pieces m_pieces;
   std::map<std::string, bool> m_placed;  // the placeholders that were filled in and passed
   ruledLink m_given;                     // before parameters named a user or a password
@@ -197,17 +155,6 @@ const toml::table* expectation::rule(const std::string& parameter) const {
   return nullptr;
 }
 
-bool allows(const std::string& expression, const std::string& value) {
-  regex_t compiled;
-  if (regcomp(&compiled, expression.c_str(), REG_EXTENDED) != 0) {
-    return false;
-  }
-  regmatch_t whole{};
-  const bool found = regexec(&compiled, value.c_str(), 1, &whole, 0) == 0;
-  regfree(&compiled);
-  return found && whole.rm_so == 0 && static_cast<std::size_t>(whole.rm_eo) == value.size();
-}
-
 // Passes what the definition has for a parameter.
 bool expectation::pass(const std::string& parameter, const std::string& value) {
   const toml::table* const values = rule(parameter);
@@ -229,6 +176,29 @@ std::string expectation::readCredential(const std::string& value, bool valid,
   return value.empty() || isUsed ? "" : "user";
 }
 
+// The code of what is wrong with a piece of a gateway, or nothing.
+std::string expectation::faultOfGateway(const ruledParameter& one) const {
+  const std::string name = keyByRules(one);
+  if (one.value.empty()) {
+    return "";
+  }
+  if (isOneOf(name, {"SshHost"})) {
+    ruledLink gateway;
+    if (!readDecodedHostByRules(one.value, gateway)) {
+      return "host";
+    }
+    return m_trusts(gateway) ? "" : "restriction";
+  }
+  if (isOneOf(name, {"SshPort"}) && (!only(one.value, "0123456789") || one.value[0] == '0' ||
+                                     one.value.size() > 5 || std::stoi(one.value) > 65535)) {
+    return "port";
+  }
+  if (isOneOf(name, {"SshUsername"}) && !isUserByRules(one.value)) {
+    return "user";
+  }
+  return isOneOf(name, {"SshPort", "SshUsername"}) && !m_gateway ? "restriction" : "";
+}
+
 // The code of what is wrong with a parameter, or nothing.
 std::string expectation::read(const ruledParameter& one, bool& isUsed) {
   const std::string name = keyByRules(one);
@@ -240,8 +210,16 @@ std::string expectation::read(const ruledParameter& one, bool& isUsed) {
     isUsed = isOneOf(value, {"true", "1", "yes", ""}) && pass(name, value);
     return isUsed ? "" : "restriction";
   }
-  if (isOneOf(name, {"SecurityType", "ChannelType", "SshHost", "SshPort", "SshUsername", "IdHash",
-                     "IdHashAlgorithm", "fingerprint"})) {
+  if (isOneOf(name, {"SshHost", "SshPort", "SshUsername"})) {
+    isUsed = !value.empty();
+    const std::string fault = faultOfGateway(one);
+    return fault.empty() && isUsed && !m_file.contains("tunnelled") ? "restriction" : fault;
+  }
+  if (m_gateway && isOneOf(name, {"ChannelType"}) && (value == "23" || value == "24")) {
+    isUsed = true;
+    return "";
+  }
+  if (isOneOf(name, {"SecurityType", "ChannelType", "IdHash", "IdHashAlgorithm", "fingerprint"})) {
     if (value.empty() || (value == "1" && isOneOf(name, {"SecurityType", "ChannelType"}))) {
       return "";
     }
@@ -275,6 +253,9 @@ void expectation::takeCredentials() {
                !m_link.password) {
       m_link.password = one.value;
     }
+  }
+  if (!m_link.user) {
+    m_link.user = m_userOfSettings;
   }
 }
 
@@ -356,10 +337,14 @@ void expectation::make(bool chosen) {
   arguments.clear();
   append(elementsOf(m_file.get(m_trusted ? "trusted" : "stranger")), nullptr);
   readParameters();
+  if (code.empty() && m_gateway) {
+    code = m_link.tlsPort ? "restriction" : !port ? "port" : "";
+  }
   if (!code.empty()) {
     return;
   }
-  append(elementsOf(m_file.get("arguments")), nullptr);
+  m_pieces["socket"] = "{socket}";
+  append(elementsOf(m_file.get(m_gateway ? "tunnelled" : "arguments")), nullptr);
   fillEnvironment();
   addTerminal();
   if (m_link.tlsPort && !m_placed["tlsport"] && !m_placed["link"]) {
@@ -390,10 +375,18 @@ std::optional<bool> trustsByRules(std::string_view text, const ruledLink& host) 
          host.host.size() > trusted.host.size() + 1;
 }
 
-hopopen::settings settingsOf(std::string_view trusted) {
+constexpr const char* USER_OF_SETTINGS = "LAB\\me@x";
+
+// With the host in the list of those that are trusted, or in a table that trusts it and names a
+// user.
+hopopen::settings settingsOf(std::string_view trusted, bool byTable) {
   hopopen::settings result;
   if (const auto host = hopopen::readTrusted(trusted)) {
-    result.trust.push_back(*host);
+    if (byTable) {
+      result.hosts.push_back({*host, {}, USER_OF_SETTINGS, true, {}});
+    } else {
+      result.trust.push_back(*host);
+    }
     const auto again = hopopen::readTrusted(host->text());
     check(again && *again == *host, "a trusted host reads back", host->text());
   }
@@ -436,10 +429,10 @@ void checkFilling(const hopopen::filling& filled, const expectation& expected,
 }
 
 void checkOpening(const std::string& text, const hopopen::definition& viewer,
-                  const toml::table& file, std::string_view host, bool chosen) {
+                  const toml::table& file, std::string_view host, bool chosen, bool byTable) {
   hopopen::definitions known;
   known.viewers.push_back(viewer);
-  const hopopen::preferences wishes{{settingsOf(host)}, true, {}};
+  const hopopen::preferences wishes{{settingsOf(host, byTable)}, true, {}};
   const std::optional<std::string> name =
       chosen ? std::optional<std::string>("v") : std::optional<std::string>();
   const hopopen::opening result = hopopen::decide(text, name, {known, wishes, findViewer});
@@ -459,9 +452,13 @@ void checkOpening(const std::string& text, const hopopen::definition& viewer,
     checkSame(code, broken->code, "the first rule that is broken decides", text);
     return;
   }
-  const bool trusted = trustsByRules(host, link).value_or(false);
-  check(result.trusted == trusted, "a host is trusted as the settings say", text, host);
-  expectation expected(file, link, trusted);
+  const trusting trusts = [&](const ruledLink& one) {
+    return trustsByRules(host, one).value_or(false);
+  };
+  expectation expected(
+      file, link, trusts,
+      trusts(link) && byTable ? std::optional<std::string>(USER_OF_SETTINGS) : std::nullopt);
+  check(result.trusted == expected.trusted(), "a host is trusted as the settings say", text, host);
   expected.make(chosen);
   checkSame(code, expected.code, "exactly what cannot be done is refused", text);
   check(result.filled.has_value() == code.empty(), "what is not refused is decided", text);
@@ -485,6 +482,13 @@ void fuzz(std::string_view input) {
   }
   const toml::parse_result file = toml::parse(text);
   check(static_cast<bool>(file), "a definition is TOML", text);
-  const bool chosen = host.starts_with('!');
-  checkOpening(link, *viewer, file.table(), std::string_view(host).substr(chosen ? 1 : 0), chosen);
+  std::string_view trusted = host;
+  const auto take = [&](char mark) {
+    const bool there = trusted.starts_with(mark);
+    trusted.remove_prefix(there ? 1 : 0);
+    return there;
+  };
+  const bool chosen = take('!');
+  const bool byTable = take('?');
+  checkOpening(link, *viewer, file.table(), trusted, chosen, byTable);
 }

@@ -17,11 +17,12 @@ refusal withoutPlace(code why, const std::string& message) {
 }
 
 // How to undo a choice that cannot be followed.
-std::string remedy(chooser by, const std::string& scheme) {
-  switch (by) {
+std::string remedy(const wanted& wish, const std::string& scheme) {
+  const std::string what = scheme + forHosts(wish.where);
+  switch (wish.by) {
     case chooser::USER:
-      return "choose another with \"hopopen --use NAME " + scheme + "\", or none with \"hopopen " +
-             "--forget " + scheme + "\"";
+      return "choose another with \"hopopen --use NAME " + what + "\", or none with \"hopopen " +
+             "--forget " + what + "\"";
     case chooser::ADMINISTRATOR:
       return "choose another with \"hopopen --use NAME " + scheme + "\"";
     default:
@@ -37,7 +38,7 @@ std::string installation(const std::vector<std::string>& packages) {
 
 verdict follow(const candidates& among, const std::string& scheme, const wanted& wish,
                choice& into) {
-  const std::string other = remedy(wish.by, scheme);
+  const std::string other = remedy(wish, scheme);
   const definition* const viewer = among.known.named(wish.viewer);
   if (viewer == nullptr) {
     return withoutPlace(code::CHOICE, "The chosen viewer " + shownWord(wish.viewer) +
@@ -55,7 +56,7 @@ verdict follow(const candidates& among, const std::string& scheme, const wanted&
                                           " is not installed. " + installation(viewer->packages) +
                                           ", or " + other + ".");
   }
-  into = {viewer, *program, wish.by};
+  into = {viewer, *program, wish.by, wish.where};
   return {};
 }
 
@@ -73,6 +74,11 @@ std::vector<std::string> packagesFor(const std::vector<const definition*>& viewe
   return result;
 }
 
+// Whether the user can trust the host by --trust: not when administrators distrust just this one.
+bool mayTrust(const hostRules& rules) {
+  return !rules.trust || rules.trust->byUser || rules.trust->where.below;
+}
+
 // About a viewer that is there, but not for a machine that nobody trusts.
 refusal letsThrough(const definition& viewer, const occasion& what, const std::string& install) {
   const std::string title = printable(viewer.title);
@@ -80,14 +86,16 @@ refusal letsThrough(const definition& viewer, const occasion& what, const std::s
   message += " is installed, but cannot keep this from a machine that you do not trust: ";
   message += printable(enumeration(viewer.unguarded)) + ". " + install;
   message += " Or use " + title + " all the same with \"hopopen --use ";
-  message += viewer.name + ' ' + what.scheme;
-  message += "\", or trust the machine with \"hopopen --trust " + what.host + "\".";
-  return withoutPlace(code::VIEWER, message);
+  message += viewer.name + ' ' + what.scheme + '"';
+  if (mayTrust(what.rules)) {
+    message += ", or trust the machine with \"hopopen --trust " + what.host + '"';
+  }
+  return withoutPlace(code::VIEWER, message + '.');
 }
 
 refusal nothingInstalled(const candidates& among, const occasion& what) {
   const auto viewers = ranked(among.known, what.scheme);
-  const auto packages = packagesFor(viewers, what.trusted);
+  const auto packages = packagesFor(viewers, what.rules.trusted);
   const std::string install =
       packages.empty() ? "Install one; see \"hopopen --list\"."
       : packages.size() == 1
@@ -105,6 +113,10 @@ refusal nothingInstalled(const candidates& among, const occasion& what) {
 
 }  // namespace
 
+std::string forHosts(const std::optional<trustedHost>& where) {
+  return where ? " --for " + where->text() : "";
+}
+
 std::vector<const definition*> ranked(const definitions& known, const std::string& scheme) {
   std::vector<const definition*> result;
   for (const definition& one : known.viewers) {
@@ -120,16 +132,16 @@ std::vector<const definition*> ranked(const definitions& known, const std::strin
 verdict choose(const candidates& among, const occasion& what,
                const std::optional<std::string>& option, choice& into) {
   const auto wish = option ? std::optional(wanted{*option, chooser::OPTION})
-                           : among.wishes.viewerFor(what.scheme);
+                           : viewerFor(among.wishes, what.scheme, what.rules);
   if (wish) {
     return follow(among, what.scheme, *wish, into);
   }
   for (const definition* const viewer : ranked(among.known, what.scheme)) {
-    if (!viewer->unguarded.empty() && !what.trusted) {
+    if (!viewer->unguarded.empty() && !what.rules.trusted) {
       continue;
     }
     if (const auto program = among.find(*viewer)) {
-      into = {viewer, *program, chooser::RANK};
+      into = {viewer, *program, chooser::RANK, {}};
       return {};
     }
   }

@@ -10,6 +10,7 @@
 #include "enumeration.h"
 #include "fault.h"
 #include "host.h"
+#include "host_rules.h"
 #include "link_reader.h"
 #include "meaning.h"
 #include "parameters.h"
@@ -32,6 +33,28 @@ bool isUnclear(const link& what, const refusal& fault) {
   });
 }
 
+// Whether the fault is on the way to the machine: no viewer could go there.
+bool isOnTheWay(const route& way, const refusal& fault) {
+  return way.fault && way.fault->message == fault.message;
+}
+
+// The viewers that could go through a gateway if they were installed.
+std::string otherTunnellers(const definitions& known, const std::string& scheme) {
+  std::vector<std::string> titles;
+  std::vector<std::string> packages;
+  for (const definition* const viewer : ranked(known, scheme)) {
+    if (viewer->tunnelled) {
+      titles.push_back(printable(viewer->title));
+      packages.insert(packages.end(), viewer->packages.begin(), viewer->packages.end());
+    }
+  }
+  if (titles.empty()) {
+    return " No viewer for " + scheme + " links can.";
+  }
+  return ' ' + enumeration(titles) + " can." +
+         (packages.empty() ? "" : " Install " + printable(enumeration(packages, " or ")) + '.');
+}
+
 // The viewers that are installed and could open the link as it is.
 std::string alternatives(const opening& result, const candidates& among) {
   std::vector<std::string> titles;
@@ -39,16 +62,20 @@ std::string alternatives(const opening& result, const candidates& among) {
   for (const definition* const other : ranked(among.known, result.what.scheme)) {
     const auto program = among.find(*other);
     filling ignored;
-    if (program && !fill(result.what, *result.trusted, *other, *program, ignored)) {
+    if (program && !fill(result.what, result.rules, *result.way, *other, *program, ignored)) {
       titles.push_back(printable(other->title));
       first = first.empty() ? other->name : first;
     }
+  }
+  if (titles.empty() && result.way->through && !result.chosen.viewer->tunnelled) {
+    return otherTunnellers(among.known, result.what.scheme);
   }
   if (titles.empty()) {
     return " No other viewer that is installed can do it. Ask for a link without it.";
   }
   return ' ' + enumeration(titles) + " can. To use " + (titles.size() > 1 ? "the first" : "it") +
-         ", type \"hopopen --use " + first + ' ' + result.what.scheme + "\".";
+         ", type \"hopopen --use " + first + ' ' + result.what.scheme +
+         forHosts(result.chosen.where) + "\".";
 }
 
 // The viewers for a scheme that are known in outline only.
@@ -82,8 +109,13 @@ verdict open(const std::optional<std::string>& viewer, const candidates& among, 
                        among.wishes.found.front().lineOfText() + '.',
                    {}};
   }
-  into.trusted = among.wishes.trust(*what.machine);
-  const occasion when{what.scheme, what.machine->inLink(), *into.trusted};
+  into.rules = rulesFor(among.wishes, *what.machine, what.scheme);
+  const auto configured =
+      into.rules.through ? std::optional(into.rules.through->value) : std::nullopt;
+  into.way = findRoute(what, configured,
+                       [&](const host& machine) { return isTrusted(among.wishes, machine); });
+  into.trusted = into.rules.trusted = into.way->trusted;
+  const occasion when{what.scheme, what.machine->inLink(), into.rules};
   if (auto fault = choose(among, when, viewer, into.chosen)) {
     into.unread = outlines(among.known, what.scheme);
     return fault;
@@ -93,8 +125,10 @@ verdict open(const std::optional<std::string>& viewer, const candidates& among, 
     return {};
   }
   filling filled;
-  if (auto fault = fill(what, *into.trusted, *into.chosen.viewer, into.chosen.program, filled)) {
-    if (fault->why == code::RESTRICTION && !isUnclear(what, *fault)) {
+  if (auto fault =
+          fill(what, into.rules, *into.way, *into.chosen.viewer, into.chosen.program, filled)) {
+    if (fault->why == code::RESTRICTION && !isUnclear(what, *fault) &&
+        !isOnTheWay(*into.way, *fault)) {
       into.unread = outlines(among.known, what.scheme);
       fault->message += alternatives(into, among);
     }
@@ -105,6 +139,14 @@ verdict open(const std::optional<std::string>& viewer, const candidates& among, 
 }
 
 }  // namespace
+
+void fillSocket(opening& decided, const std::string& socket) {
+  decided.way->socket = socket;
+  filling anew;
+  fill(decided.what, decided.rules, *decided.way, *decided.chosen.viewer, decided.chosen.program,
+       anew);
+  decided.filled = std::move(anew);
+}
 
 refusal about(const link& what, refusal why) {
   why.message = "Cannot open " + shownWord(what.text) + ". " + why.message;

@@ -7,8 +7,10 @@
 
 #include "choose.h"
 #include "fill.h"
+#include "host_rules.h"
 #include "link.h"
 #include "refusal.h"
+#include "route.h"
 
 namespace hopopen {
 
@@ -17,6 +19,8 @@ namespace hopopen {
 struct opening {
   link what;
   std::optional<bool> trusted;
+  hostRules rules;                ///< what the settings say of the host
+  std::optional<route> way;       ///< to the host
   choice chosen;                  ///< its viewer is null while it is not known
   std::optional<filling> filled;  ///< what the viewer is given
   verdict why;                    ///< the refusal, if there is one; its message names the link
@@ -29,6 +33,10 @@ struct opening {
 /// in what it is given.
 opening decide(const std::string& text, const std::optional<std::string>& viewer,
                const candidates& among);
+
+/// Fills in what the viewer is given anew, as soon as there is the socket of a tunnel.
+/// REQUIRES: the opening is decided and goes through a gateway.
+void fillSocket(opening& decided, const std::string& socket);
 
 /// The refusal's message made whole: which link it is about, and why it was not opened.
 refusal about(const link& what, refusal why);

@@ -44,8 +44,9 @@ struct definition {
   bool inVariables = false;            ///< `unset` or `environment` has something
   std::vector<std::string> packages;
   std::vector<element> arguments;
-  std::vector<element> stranger;   ///< for hosts that nobody trusts
-  std::vector<element> trusted;    ///< for the others
+  std::optional<std::vector<element>> tunnelled;  ///< instead, through a gateway
+  std::vector<element> stranger;                  ///< for hosts that nobody trusts
+  std::vector<element> trusted;                   ///< for the others
   std::vector<std::string> unset;  ///< variables that are taken out of the environment
   std::vector<std::pair<std::string, textTemplate>> environment;
   std::vector<parameterRule> parameters;

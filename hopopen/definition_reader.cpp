@@ -35,6 +35,25 @@ bool isVariable(std::string_view text) {
   return !text.empty() && !isDigit(text[0]) && std::all_of(text.begin(), text.end(), isWord);
 }
 
+// What leads to the host itself would lead past the tunnel.
+constexpr std::initializer_list<placeholder> NOT_IN_TUNNELS = {
+    placeholder::PASSWORD, placeholder::VALUE,   placeholder::HOST, placeholder::BRACKETED,
+    placeholder::PORT,     placeholder::DISPLAY, placeholder::LINK};
+
+// Why a placeholder is a fault where it is.
+const char* whyNot(placeholder what) {
+  switch (what) {
+    case placeholder::PASSWORD:
+      return "a password may be in the environment only, not in an argument and not in a terminal";
+    case placeholder::VALUE:
+      return "{value} may be in the arguments of a parameter only";
+    case placeholder::SOCKET:
+      return "{socket} may be in \"tunnelled\" only";
+    default:
+      return "what names the host leads past the tunnel: \"tunnelled\" has {socket} instead";
+  }
+}
+
 // Reads one file.  Every fault is noted, and reading goes on.
 class reader {
  public:
@@ -52,7 +71,7 @@ class reader {
     handler read;
     bool required;
   };
-  static const std::array<entry, 14> ENTRIES;
+  static const std::array<entry, 15> ENTRIES;
 
   void complain(const toml::node& where, const std::string& message) {
     complain(where.source().begin, message);
@@ -65,7 +84,7 @@ class reader {
   std::vector<element> elements(const toml::node& value,
                                 std::initializer_list<placeholder> forbidden);
   std::vector<element> plainElements(const toml::node& value) {
-    return elements(value, {placeholder::PASSWORD, placeholder::VALUE});
+    return elements(value, {placeholder::PASSWORD, placeholder::VALUE, placeholder::SOCKET});
   }
 
   void readName(const toml::node& value, definition& into) {
@@ -91,6 +110,9 @@ class reader {
   void readArguments(const toml::node& value, definition& into) {
     into.arguments = plainElements(value);
   }
+  void readTunnelled(const toml::node& value, definition& into) {
+    into.tunnelled = elements(value, NOT_IN_TUNNELS);
+  }
   void readStranger(const toml::node& value, definition& into) {
     into.stranger = plainElements(value);
   }
@@ -111,11 +133,12 @@ class reader {
   bool m_inTerminal = false;
 };
 
-constexpr std::array<reader::entry, 14> reader::ENTRIES = {{
+constexpr std::array<reader::entry, 15> reader::ENTRIES = {{
     {"name", &reader::readName, true},
     {"schemes", &reader::readSchemes, true},
     {"programs", &reader::readPrograms, true},
     {"arguments", &reader::readArguments, true},
+    {"tunnelled", &reader::readTunnelled, false},
     {"rank", &reader::readRank, false},
     {"packages", &reader::readPackages, false},
     {"stranger", &reader::readStranger, false},
@@ -198,12 +221,12 @@ textTemplate reader::text(const toml::node& value, std::initializer_list<placeho
     complain(value, "a brace is alone, or is around a name that is not known here");
     return {};
   }
+  const char* last = nullptr;
   for (const placeholder one : forbidden) {
-    if (uses(*result, one)) {
-      complain(value, one == placeholder::PASSWORD
-                          ? "a password may be in the environment only, not in an argument and "
-                            "not in a terminal"
-                          : "{value} may be in the arguments of a parameter only");
+    const char* const why = uses(*result, one) ? whyNot(one) : last;
+    if (why != last) {
+      complain(value, why);
+      last = why;
     }
   }
   return *result;
@@ -279,8 +302,9 @@ void reader::readEnvironment(const toml::node& value, definition& into) {
       complain(key.source().begin, "this is not the name of an environment variable");
     }
     into.environment.emplace_back(
-        key.str(), m_inTerminal ? text(item, {placeholder::VALUE, placeholder::PASSWORD})
-                                : text(item, {placeholder::VALUE}));
+        key.str(),
+        m_inTerminal ? text(item, {placeholder::VALUE, placeholder::SOCKET, placeholder::PASSWORD})
+                     : text(item, {placeholder::VALUE, placeholder::SOCKET}));
   }
 }
 
@@ -306,7 +330,7 @@ void reader::readParameter(const toml::key& key, const toml::node& value, defini
   }
   for (const auto& [name, item] : *values) {
     if (name.str() == "arguments") {
-      rule.arguments = elements(item, {placeholder::PASSWORD});
+      rule.arguments = elements(item, {placeholder::PASSWORD, placeholder::SOCKET});
     } else if (name.str() == "allow") {
       readAllow(item, rule);
     } else {

@@ -26,14 +26,21 @@ bool allows(const parameterRule& rule, const std::string& value) {
   return expression.matchs(value) && found.start == 0 && found.length == value.size();
 }
 
+verdict noTunnel(const definition& viewer, std::optional<std::size_t> position) {
+  return refusal{code::RESTRICTION,
+                 "The machine is reached through an ssh gateway, and " + printable(viewer.title) +
+                     " cannot go that way.",
+                 position};
+}
+
 // Takes in the parameters of a link, in their order.
 class interpreter {
  public:
-  interpreter(const link& what, bool trusted, const definition& viewer, placeholderValues& values,
-              filling& into)
+  interpreter(const link& what, const route& way, const definition& viewer,
+              placeholderValues& values, filling& into)
       : m_link(what),
         m_rules(rulesOf(what.scheme)),
-        m_trusted(trusted),
+        m_way(way),
         m_viewer(viewer),
         m_values(values),
         m_filling(into) {}
@@ -41,14 +48,18 @@ class interpreter {
   // Templates may ask for the user before the parameter comes that names it.
   void takeCredentials();
   verdict readAll() {
-    for (const parameter& one : m_link.parameters) {
+    for (std::size_t i = 0; i < m_link.parameters.size(); i++) {
+      const parameter& one = m_link.parameters[i];
       bool used = one.taken;
+      if (m_way.faulty == i) {
+        return m_way.fault;
+      }
       if (auto fault = used ? verdict() : read(one, used)) {
         return fault;
       }
       m_filling.used.push_back(used);
     }
-    return {};
+    return m_way.fault;
   }
 
  private:
@@ -60,7 +71,7 @@ class interpreter {
 
   const link& m_link;
   const schemeRules& m_rules;
-  bool m_trusted;
+  const route& m_way;
   const definition& m_viewer;
   placeholderValues& m_values;
   filling& m_filling;
@@ -127,9 +138,12 @@ verdict interpreter::read(const parameter& one, bool& used) {
       if (asksForNothing(one.name, one.meant())) {
         return {};
       }
-      used = pass(one);
+      used = (m_way.asked && asksForTunnel(one.name, one.meant())) || pass(one);
       return used ? verdict()
                   : restriction(one, "for a protection of the connection, \"" + one.name + '"');
+    case meaning::GATEWAY:
+      used = !one.value.empty();
+      return used && !m_viewer.tunnelled ? noTunnel(m_viewer, one.position) : verdict();
     case meaning::USER:
       return readCredential(one, m_link.user, faultOfUser(one.value), BAD_USER, used);
     case meaning::PASSWORD:
@@ -138,10 +152,24 @@ verdict interpreter::read(const parameter& one, bool& used) {
       used = pass(one);
       return {};
     case meaning::NUMBER:
-      used = isWithinLimits(m_rules, one, m_trusted) && pass(one);
+      used = isWithinLimits(m_rules, one, m_way.trusted) && pass(one);
       return {};
     case meaning::NONE:
       return {};
+  }
+  return {};
+}
+
+// Whether a tunnel can lead the viewer to the machine.
+verdict checkTunnel(const link& what, const definition& viewer, const placeholderValues& values) {
+  if (!viewer.tunnelled) {
+    return noTunnel(viewer, {});
+  }
+  if (!values.port()) {
+    return refusal{code::PORT,
+                   "The machine is reached through an ssh gateway, and the link does not say which "
+                   "port of it. Ask for a link with a port.",
+                   what.text.size()};
   }
   return {};
 }
@@ -189,16 +217,24 @@ void listDropped(const link& what, const placeholderValues& values, filling& int
 
 }  // namespace
 
-verdict fill(const link& what, bool trusted, const definition& viewer, const installed& program,
-             filling& into) {
-  placeholderValues values(what, viewer);
-  interpreter parameters(what, trusted, viewer, values, into);
+verdict fill(const link& what, const hostRules& rules, const route& way, const definition& viewer,
+             const installed& program, filling& into) {
+  placeholderValues values(what, way.socket, viewer);
+  interpreter parameters(what, way, viewer, values, into);
   parameters.takeCredentials();
-  values.append(trusted ? viewer.trusted : viewer.stranger, nullptr, into.arguments);
+  into.userOfSettings = rules.user && !values.user();
+  if (into.userOfSettings) {
+    values.user() = rules.user->value;
+  }
+  values.append(way.trusted ? viewer.trusted : viewer.stranger, nullptr, into.arguments);
   if (auto fault = parameters.readAll()) {
     return fault;
   }
-  values.append(viewer.arguments, nullptr, into.arguments);
+  if (auto fault = way.through ? checkTunnel(what, viewer, values) : verdict()) {
+    return fault;
+  }
+  values.append(way.through ? *viewer.tunnelled : viewer.arguments, nullptr, into.arguments);
+  into.port = values.port();
   for (const auto& [name, from] : viewer.environment) {
     if (const auto value = values.text(from, nullptr)) {
       into.environment.push_back({name, *value, uses(from, placeholder::PASSWORD)});

@@ -4,14 +4,17 @@
 // cannot add an argument.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "definition.h"
+#include "host_rules.h"
 #include "link.h"
 #include "programs.h"
 #include "refusal.h"
+#include "route.h"
 
 namespace hopopen {
 
@@ -26,14 +29,17 @@ struct variable {
 struct filling {
   std::vector<std::string> arguments;  ///< the whole vector, the terminal's included
   std::vector<variable> environment;
-  std::optional<std::string> user;   ///< from wherever in the link it comes
-  std::vector<bool> used;            ///< for each parameter of the link
-  std::vector<std::string> dropped;  ///< "password", "user", "fragment", names of parameters
+  std::optional<std::uint16_t> port;  ///< of the machine, where a tunnel leads to it
+  std::optional<std::string> user;    ///< from wherever in the link it comes, or the settings
+  bool userOfSettings = false;        ///< whether it is that of the settings
+  std::vector<bool> used;             ///< for each parameter of the link
+  std::vector<std::string> dropped;   ///< "password", "user", "fragment", names of parameters
 };
 
-/// Fills in the viewer's templates.  A parameter may ask for what the viewer cannot be held
-/// to; then nothing is started.
-verdict fill(const link& what, bool trusted, const definition& viewer, const installed& program,
-             filling& into);
+/// Fills in the viewer's templates, for a host of which the settings say that, and which is reached
+/// in that way.  A parameter may ask for what the viewer cannot be held to; then nothing is
+/// started.
+verdict fill(const link& what, const hostRules& rules, const route& way, const definition& viewer,
+             const installed& program, filling& into);
 
 }  // namespace hopopen

@@ -5,7 +5,7 @@
 #include <sys/socket.h>
 
 #include <algorithm>
-#include <cstring>
+#include <array>
 #include <string_view>
 
 #include "characters.h"
@@ -146,17 +146,14 @@ std::string host::inLink() const {
   return zone.empty() ? bracketed() : '[' + name + "%25" + zone + ']';
 }
 
-bool host::operator==(const host& other) const {
-  if (kind != other.kind || zone != other.zone) {
-    return false;
+std::string host::canonical() const {
+  in6_addr bytes;
+  if (kind != hostKind::IPV6 || inet_pton(AF_INET6, name.c_str(), &bytes) != 1) {
+    return name;
   }
-  in6_addr mine;
-  in6_addr theirs;
-  if (kind == hostKind::IPV6 && inet_pton(AF_INET6, name.c_str(), &mine) == 1 &&
-      inet_pton(AF_INET6, other.name.c_str(), &theirs) == 1) {
-    return std::memcmp(&mine, &theirs, sizeof mine) == 0;
-  }
-  return name == other.name;
+  std::array<char, INET6_ADDRSTRLEN> text = {};
+  inet_ntop(AF_INET6, &bytes, text.data(), text.size());
+  return std::string(text.data()) + '%' + zone;
 }
 
 std::optional<hostFault> readHost(const piece& text, host& into, coding how) {

@@ -28,9 +28,10 @@ struct host {
   std::string bracketed() const;
   /// As a link has it: in brackets, and with "%25" before the zone (RFC 6874).
   std::string inLink() const;
-  /// Names and IPv4 addresses are compared as text, IPv6 addresses by their value and
-  /// their zone.
-  bool operator==(const host& other) const;
+  /// One text for all forms of a host: names and IPv4 addresses are compared as text, IPv6
+  /// addresses by their value and their zone.
+  std::string canonical() const;
+  bool operator==(const host& other) const { return canonical() == other.canonical(); }
 };
 
 /// Where a host breaks the rules: the offset in the link, and a sentence about it.

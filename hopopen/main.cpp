@@ -46,7 +46,7 @@ int check(const options& asked, const folders& where) {
 
 int change(const options& asked, const folders& where, const surroundings& around) {
   std::string output;
-  if (const auto why = changeWishes(asked, where, around.known, around.wishes, output)) {
+  if (const auto why = changeWishes(asked, where, around.known, output)) {
     return refuse(*why, asked, around.programs, launchLog(""));
   }
   return say(output, 0);

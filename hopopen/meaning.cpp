@@ -18,9 +18,9 @@ constexpr std::array<known, 15> KNOWN = {{
     {"ViewOnly", meaning::VIEW_ONLY},
     {"SecurityType", meaning::PROTECTION},
     {"ChannelType", meaning::PROTECTION},
-    {"SshHost", meaning::PROTECTION},
-    {"SshPort", meaning::PROTECTION},
-    {"SshUsername", meaning::PROTECTION},
+    {"SshHost", meaning::GATEWAY},
+    {"SshPort", meaning::GATEWAY},
+    {"SshUsername", meaning::GATEWAY},
     {"IdHash", meaning::PROTECTION},
     {"IdHashAlgorithm", meaning::PROTECTION},
     {"fingerprint", meaning::PROTECTION},
@@ -61,6 +61,10 @@ answer readAnswer(std::string_view value) {
 
 bool asksForNothing(std::string_view name, std::string_view value) {
   return value.empty() || (value == "1" && isOneOf(name, {"ChannelType", "SecurityType"}));
+}
+
+bool asksForTunnel(std::string_view name, std::string_view value) {
+  return sameLetters(name, "ChannelType") && (value == "23" || value == "24");
 }
 
 }  // namespace hopopen

@@ -8,7 +8,8 @@ namespace hopopen {
 
 enum class meaning : std::uint8_t {
   VIEW_ONLY,   ///< look at the other machine, without controlling it
-  PROTECTION,  ///< asks for a tunnel, a security type, or a check of who answers
+  PROTECTION,  ///< asks for a security type, a channel, or a check of who answers
+  GATEWAY,     ///< asks for a tunnel through an ssh gateway
   USER,        ///< gives the user name
   PASSWORD,    ///< gives the password
   WISH,        ///< asks for a kind of picture; dropped if a viewer has no option for it
@@ -27,5 +28,8 @@ answer readAnswer(std::string_view value);
 /// True when a parameter that asks for protection asks for none: its value is empty, or says
 /// "none".
 bool asksForNothing(std::string_view name, std::string_view value);
+
+/// True when a parameter asks for a channel through ssh, as a tunnel is.
+bool asksForTunnel(std::string_view name, std::string_view value);
 
 }  // namespace hopopen

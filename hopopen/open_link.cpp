@@ -1,5 +1,8 @@
 #include "open_link.h"
 
+#include <unistd.h>
+
+#include <cstdlib>
 #include <optional>
 #include <string>
 #include <vector>
@@ -21,18 +24,22 @@
 #include "surroundings.h"
 #include "tell.h"
 #include "tell_json.h"
+#include "tunnel.h"
+#include "tunnel_folder.h"
 
 namespace hopopen {
 
 namespace {
 
+void logLink(const opening& decided, const launchLog& log) {
+  if (log.isOpen()) {
+    const std::string shown = masked(decided.what.text);
+    log.line({DateTime::now(0).format(DS_ISO8601), ": URI = ", quoted(shown, shown.size())});
+  }
+}
+
 void logStart(const opening& decided, const launchLog& log) {
   if (!log.isOpen()) {
-    return;
-  }
-  const std::string shown = masked(decided.what.text);
-  log.line({DateTime::now(0).format(DS_ISO8601), ": URI = ", quoted(shown, shown.size())});
-  if (decided.why) {
     return;
   }
   log.line({"executable: ", printable(decided.chosen.program.viewer.path)});
@@ -51,21 +58,47 @@ opening decideOn(const options& asked, surroundings& around) {
   return result;
 }
 
+// Makes the tunnel that the opening needs, if it needs one, and completes the opening.
+verdict goThrough(opening& decided, const options& asked, const programFinder& programs,
+                  std::optional<tunnelFolder>& folder) {
+  const char* const runtime = std::getenv("XDG_RUNTIME_DIR");
+  removeOldTunnels(runtime);
+  if (!decided.way->through) {
+    return {};
+  }
+  folder.emplace(runtime);
+  if (!folder->fault().empty()) {
+    return about(decided.what, {code::TUNNEL, folder->fault(), {}});
+  }
+  const bool aloud = !asked.quiet && isatty(STDERR_FILENO) == 1;
+  if (const auto fault = makeTunnel(decided, programs, *folder, aloud)) {
+    return about(decided.what, *fault);
+  }
+  fillSocket(decided, folder->socket());
+  return {};
+}
+
 }  // namespace
 
 int openLink(const options& asked, const folders& where) {
   surroundings around(where, readCatalog(where.catalogFile));
-  const opening decided = decideOn(asked, around);
+  opening decided = decideOn(asked, around);
   tellFaults(around.known.found, asked.quiet);
   if (asked.dryRun) {
     return say(asked.json ? asJSON(decided) : asText(decided),
                decided.why ? exitStatus(decided.why->why) : 0);
   }
   const launchLog log(asked.log);
-  logStart(decided, log);
+  logLink(decided, log);
+  std::optional<tunnelFolder> folder;
+  if (!decided.why) {
+    decided.why = goThrough(decided, asked, around.programs, folder);
+  }
   if (decided.why) {
+    folder.reset();
     return refuse(*decided.why, asked, around.programs, log);
   }
+  logStart(decided, log);
   const int error = become(decided);
   return refuse(startFailed(decided, error), asked, around.programs, log);
 }

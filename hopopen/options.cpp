@@ -34,6 +34,7 @@ void unshield(std::string& word) {
 struct given {
   options read;
   std::string viewer;
+  std::string host;
   std::string format = "text";
   std::vector<std::string> use, forget, trust, distrust;
   bool list = false;
@@ -62,6 +63,10 @@ void declare(CLI::App& app, given& into) {
   app.add_option("--forget", into.forget, "Choose no viewer for these schemes any more")
       ->type_name("SCHEME")
       ->expected(1, any);
+  app.add_option("--for", into.host,
+                 "Use or forget for this machine, or with a leading dot all below")
+      ->type_name("HOST")
+      ->expected(1);
   app.add_option("--trust", into.trust, "Trust these machines, or with a leading dot all below")
       ->type_name("HOST")
       ->expected(1, any);
@@ -110,6 +115,10 @@ bool takeWish(const CLI::App& app, given& from) {
     unshield(from.viewer);
     from.read.viewer = from.viewer;
   }
+  if (app.count("--for") > 0) {
+    unshield(from.host);
+    from.read.host = from.host;
+  }
   unshield(from.read.log);
   unshield(from.format);
   std::for_each(from.read.words.begin(), from.read.words.end(), unshield);
@@ -138,6 +147,9 @@ std::optional<ending> readOptions(int count, const char* const* arguments, optio
   }
   if (!takeWish(app, read)) {
     return wrong("Give one link, or one of --list, --check, --use, --forget, --trust, --distrust.");
+  }
+  if (read.read.host && read.read.what != wish::USE && read.read.what != wish::FORGET) {
+    return wrong("Give --for together with --use or --forget.");
   }
   if (read.format != "text" && read.format != "json") {
     return wrong("The format must be text or json.");

@@ -15,6 +15,7 @@ struct options {
   wish what = wish::OPEN;
   std::string link;                   ///< to open
   std::vector<std::string> words;     ///< of USE, FORGET, TRUST and DISTRUST
+  std::optional<std::string> host;    ///< that USE and FORGET are for, unless for all
   std::optional<std::string> viewer;  ///< for this launch
   std::string log;                    ///< the path of the log; empty for none
   bool dryRun = false;

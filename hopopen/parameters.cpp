@@ -45,6 +45,7 @@ verdict readParameter(piece text, code why, std::vector<parameter>& into) {
   if (auto fault = readName(name, why, read.name)) {
     return fault;
   }
+  read.valuePosition = text.start;
   if (auto fault = readValue(text, why, read.value)) {
     return fault;
   }

@@ -16,8 +16,9 @@ struct parameter {
   std::string name;      ///< decoded, in the letters of the link; compared without their case
   std::string value;     ///< decoded, without a type
   std::size_t position;  ///< where the name begins in the link
-  char type = 0;         ///< of a typed pair: 's', 'i' or 'b'
-  bool taken = false;    ///< became the user, the port or the like while the link was read
+  std::size_t valuePosition = 0;  ///< where the value begins, without a type
+  char type = 0;                  ///< of a typed pair: 's', 'i' or 'b'
+  bool taken = false;             ///< became the user, the port or the like while the link was read
 
   /// The name as it is compared: in a typed pair "_" and "+" are blanks.
   std::string key() const;

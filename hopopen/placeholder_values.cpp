@@ -49,6 +49,8 @@ std::optional<std::string> placeholderValues::valueOf(placeholder what,
       return linkAnew();
     case placeholder::VALUE:
       return value != nullptr ? std::optional(*value) : std::nullopt;
+    case placeholder::SOCKET:
+      return m_socket;
   }
   return {};
 }

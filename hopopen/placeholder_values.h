@@ -18,8 +18,9 @@ namespace hopopen {
 /// The values of the placeholders for one link, and which of them were asked for.
 class placeholderValues {
  public:
-  placeholderValues(const link& what, const definition& viewer)
+  placeholderValues(const link& what, const std::string& socket, const definition& viewer)
       : m_link(what),
+        m_socket(socket),
         m_rules(rulesOf(what.scheme)),
         m_port(what.port || what.tlsPort ? what.port : viewer.port),
         m_user(what.user),
@@ -30,6 +31,8 @@ class placeholderValues {
 
   const std::optional<std::string>& user() const { return m_user; }
   const std::optional<std::string>& password() const { return m_password; }
+  /// The port that is connected to, if the link or the definition says which.
+  const std::optional<std::uint16_t>& port() const { return m_port; }
   bool usedUser() const { return m_usedUser; }
   bool usedPassword() const { return m_usedPassword; }
   bool usedTls() const { return m_usedTls; }
@@ -50,6 +53,7 @@ class placeholderValues {
   std::string linkAnew() const;
 
   const link& m_link;
+  const std::string& m_socket;
   const schemeRules& m_rules;
   std::optional<std::uint16_t> m_port;
   std::optional<std::string> m_user;

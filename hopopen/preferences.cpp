@@ -1,12 +1,10 @@
 #include "preferences.h"
 
-#include <algorithm>
 #include <cstddef>
 #include <map>
 #include <utility>
 
 #include "file.h"
-#include "trusted.h"
 
 namespace hopopen {
 
@@ -28,17 +26,10 @@ std::optional<wanted> preferences::viewerFor(const std::string& scheme) const {
   for (std::size_t i = 0; i < files.size(); i++) {
     const auto entry = files[i].use.find(scheme);
     if (entry != files[i].use.end()) {
-      return wanted{entry->second, i == 0 && hasUser ? chooser::USER : chooser::ADMINISTRATOR};
+      return wanted{entry->second, isUsers(i) ? chooser::USER : chooser::ADMINISTRATOR};
     }
   }
   return {};
-}
-
-bool preferences::trust(const host& machine) const {
-  return std::any_of(files.begin(), files.end(), [&](const settings& file) {
-    return std::any_of(file.trust.begin(), file.trust.end(),
-                       [&](const trustedHost& one) { return one.covers(machine); });
-  });
 }
 
 preferences readPreferences(const folders& where) {

@@ -1,6 +1,7 @@
 // What a user and the administrators want, taken together.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -8,8 +9,8 @@
 
 #include "fault.h"
 #include "folders.h"
-#include "host.h"
 #include "settings.h"
+#include "trusted.h"
 
 namespace hopopen {
 
@@ -19,6 +20,7 @@ enum class chooser : std::uint8_t { OPTION, USER, ADMINISTRATOR, RANK };
 struct wanted {
   std::string viewer;  ///< its name
   chooser by;
+  std::optional<trustedHost> where = {};  ///< the hosts that it was chosen for, unless for all
 };
 
 struct preferences {
@@ -26,10 +28,11 @@ struct preferences {
   bool hasUser = false;         ///< whether the first is the user's
   faults found;                 ///< with one of them, none of this may be relied on
 
-  /// The viewer for a scheme, if somebody named one; the first file that does counts.
+  /// True for the file of that index when it is the user's own.
+  bool isUsers(std::size_t index) const { return index == 0 && hasUser; }
+  /// The viewer for a scheme on whatever host, if somebody named one; the first file that does
+  /// counts.
   std::optional<wanted> viewerFor(const std::string& scheme) const;
-  /// True when any of the files trusts the host.
-  bool trust(const host& machine) const;
 };
 
 /// Reads all settings files that are there.

@@ -24,6 +24,8 @@ const char* text(code what) {
       return "viewer";
     case code::RESTRICTION:
       return "restriction";
+    case code::TUNNEL:
+      return "tunnel";
     case code::START:
       return "start";
   }
@@ -36,6 +38,7 @@ int exitStatus(code what) {
     case code::CHOICE:
       return 4;
     case code::VIEWER:
+    case code::TUNNEL:
     case code::START:
       return 3;
     default:

@@ -21,6 +21,7 @@ enum class code : std::uint8_t {
   CHOICE,       ///< the viewer that was chosen cannot be used
   VIEWER,       ///< no viewer is installed that could be used
   RESTRICTION,  ///< the link asks for a protection that the viewer does not give
+  TUNNEL,       ///< no tunnel through the ssh gateway could be made
   START         ///< the viewer could not be started
 };
 

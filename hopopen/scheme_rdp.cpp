@@ -85,6 +85,7 @@ verdict readTyped(const piece& encoded, parameter& into) {
     }
   }
   into.type = into.value[0];
+  into.valuePosition = origin(encoded, 2);
   into.value.erase(0, 2);
   const auto fault = into.type == 'i' ? faultOfNumber(into.value) : std::nullopt;
   return fault ? at(code::SYNTAX, origin(encoded, 2 + *fault), BAD_PAIR) : verdict();

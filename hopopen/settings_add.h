@@ -12,7 +12,8 @@ namespace hopopen {
 /// REQUIRES: the text is TOML.
 std::string use(tomlText& source, const change& what);
 
-/// The text with the hosts that are to be trusted.
+/// The text with the hosts that are to be trusted in the list, except for those whose tables say
+/// whether they are.
 /// REQUIRES: the text is TOML.
 std::string trust(tomlText& source, const change& what);
 

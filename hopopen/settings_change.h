@@ -14,8 +14,12 @@ namespace hopopen {
 struct change {
   /// From a scheme to the viewer that opens it, or to nothing when the choice is forgotten.
   std::map<std::string, std::optional<std::string>> use = {};
-  std::vector<trustedHost> distrust = {};  ///< taken out first, wherever they are
-  std::vector<trustedHost> trust = {};     ///< added, except for those that are there already
+  std::optional<trustedHost> forHost = {};  ///< the hosts that `use` is for, unless for all
+  /// Taken out first, wherever they are.  A table of such a host that trusts it distrusts it then.
+  std::vector<trustedHost> distrust = {};
+  /// Added, except for those that are there already.  A table of such a host that distrusts it
+  /// trusts it then.
+  std::vector<trustedHost> trust = {};
 };
 
 /// True when the list has that host.

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "settings_host.h"
 #include "text_edit.h"
 #include "text_lines.h"
 #include "toml.h"
@@ -57,7 +58,7 @@ bool isForgotten(const change& what, std::string_view scheme) {
 
 std::string forget(tomlText& source, const change& what) {
   const std::string& text = source.text();
-  const toml::table* use = source.table("use");
+  const toml::table* use = usedBy(source, what);
   if (use == nullptr || use->empty()) {
     return text;
   }

@@ -70,6 +70,8 @@ void tellLink(const opening& told, sheet& out) {
   }
   if (what.user) {
     out.line("user", *what.user);
+  } else if (told.filled && told.filled->userOfSettings) {
+    out.line("user", *told.filled->user + ", by the settings for " + told.rules.user->where.text());
   }
   if (what.password) {
     out.line("password", "***");
@@ -81,6 +83,9 @@ void tellLink(const opening& told, sheet& out) {
   }
   if (const auto port = what.anyPort()) {
     out.line("port", std::to_string(*port));
+  }
+  if (told.way && told.way->through) {
+    out.line("through", told.way->through->text());
   }
   for (const parameter& one : what.parameters) {
     out.line("parameter", one.name + " = " +
@@ -94,7 +99,7 @@ void tellViewer(const opening& told, sheet& out) {
     return;
   }
   out.line("viewer", printable(chosen.viewer->title) + " (" + chosen.viewer->name + "), " +
-                         reason(chosen.by));
+                         reason(chosen.by) + (chosen.where ? " for " + chosen.where->text() : ""));
   out.line("file", printable(chosen.program.viewer.path));
   if (!chosen.viewer->unguarded.empty()) {
     out.line("unguarded", printable(enumeration(chosen.viewer->unguarded)));

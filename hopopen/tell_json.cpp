@@ -87,6 +87,7 @@ std::string asJSON(const opening& told) {
   result["user"] = optionalText(userOf(told));
   result["host"] = what.machine ? json(what.machine->plain()) : json();
   result["port"] = what.anyPort() ? json(*what.anyPort()) : json();
+  result["through"] = told.way && told.way->through ? json(told.way->through->text()) : json();
   result["trusted"] = told.trusted ? json(*told.trusted) : json();
   result["parameters"] = parameters(told);
   result["dropped"] = filled != nullptr ? jsonTexts(filled->dropped) : json();

@@ -9,7 +9,7 @@ namespace hopopen {
 
 namespace {
 
-constexpr std::array<std::pair<std::string_view, placeholder>, 9> NAMES = {{
+constexpr std::array<std::pair<std::string_view, placeholder>, 10> NAMES = {{
     {"user", placeholder::USER},
     {"password", placeholder::PASSWORD},
     {"host", placeholder::HOST},
@@ -19,6 +19,7 @@ constexpr std::array<std::pair<std::string_view, placeholder>, 9> NAMES = {{
     {"display", placeholder::DISPLAY},
     {"link", placeholder::LINK},
     {"value", placeholder::VALUE},
+    {"socket", placeholder::SOCKET},
 }};
 
 std::optional<placeholder> named(std::string_view name) {

@@ -22,7 +22,8 @@ enum class placeholder : std::uint8_t {
   TLS_PORT,  ///< of a link that asks for TLS; it has no other
   DISPLAY,   ///< the port less 5900
   LINK,      ///< a link made anew of the checked pieces
-  VALUE      ///< of the parameter that the template belongs to
+  VALUE,     ///< of the parameter that the template belongs to
+  SOCKET     ///< the path of the socket that a tunnel begins at
 };
 
 /// Text and placeholders, in their order.

@@ -8,20 +8,32 @@ namespace hopopen {
 
 namespace {
 
-// True when the header at that place, "[trust]" or "[trust.more]", has one key.  The first
-// one has no quote in it, however it is written.
-bool hasOneKey(const std::string& text, std::size_t header) {
-  std::size_t at = skipBlanks(text, header + 1);
+// The end of a key in quotes or without that begins at `at`.
+std::size_t keyEnd(const std::string& text, std::size_t at) {
   const char quote = at < text.size() ? text[at] : ']';
-  if (quote == '"' || quote == '\'') {
-    at = std::min(text.find(quote, at + 1), text.size() - 1) + 1;
-  } else {
+  if (quote != '"' && quote != '\'') {
     while (at < text.size() && (isWord(text[at]) || text[at] == '-')) {
       at++;
     }
+    return at;
   }
-  at = skipBlanks(text, at);
-  return at < text.size() && text[at] == ']';
+  for (at++; at < text.size() && text[at] != quote; at++) {
+    if (quote == '"' && text[at] == '\\') {
+      at++;
+    }
+  }
+  return std::min(at + 1, text.size());
+}
+
+// How many keys the header at that place has: two for "[host.example]" and "[[host.example]]".
+std::size_t keysOfHeader(const std::string& text, std::size_t header) {
+  std::size_t count = 0;
+  std::size_t at = text[header + 1] == '[' ? header + 1 : header;
+  do {
+    at = skipBlanks(text, keyEnd(text, skipBlanks(text, at + 1)));
+    count++;
+  } while (at < text.size() && text[at] == '.');
+  return count;
 }
 
 }  // namespace
@@ -59,7 +71,7 @@ std::size_t tomlText::offset(const toml::source_position& where) {
   return m_offset;
 }
 
-shape tomlText::shapeOf(const toml::table* table) {
+shape tomlText::shapeOf(const toml::table* table, std::size_t keys) {
   if (table == nullptr) {
     return shape::NONE;
   }
@@ -71,7 +83,7 @@ shape tomlText::shapeOf(const toml::table* table) {
     return shape::DOTTED;
   }
   // "[trust.more]" makes "trust", too, but leaves room for its header.
-  return hasOneKey(m_text, begin) ? shape::HEADER : shape::NONE;
+  return keysOfHeader(m_text, begin) == keys ? shape::HEADER : shape::NONE;
 }
 
 std::optional<std::size_t> commaAfter(const std::string& text, std::size_t at) {

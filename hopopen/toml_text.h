@@ -47,8 +47,9 @@ class tomlText {
   std::size_t offset(const toml::source_position& where);
   /// Where a value is that this text has: no copy of it, as copies do not know it.
   region regionOf(const toml::node& value);
-  /// How a table is written that table() has given, or NONE for null.
-  shape shapeOf(const toml::table* table);
+  /// How a table is written that this text has, or NONE for null.
+  /// A header of it has so many keys.
+  shape shapeOf(const toml::table* table, std::size_t keys = 1);
 
  private:
   const std::string& m_text;

@@ -1,5 +1,7 @@
 #include "trusted.h"
 
+#include <limits>
+
 namespace hopopen {
 
 bool trustedHost::covers(const host& other) const {
@@ -9,6 +11,10 @@ bool trustedHost::covers(const host& other) const {
   const std::string end = '.' + machine.name;
   return other.kind == hostKind::NAME && other.name.size() > end.size() &&
          other.name.ends_with(end);
+}
+
+std::size_t trustedHost::length() const {
+  return below ? machine.name.size() : std::numeric_limits<std::size_t>::max();
 }
 
 std::string trustedHost::text() const {

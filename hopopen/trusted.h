@@ -1,6 +1,7 @@
-// A host, or all hosts below a domain, that somebody trusts.
+// A host, or all hosts below a domain, that somebody trusts or has settings for.
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -15,6 +16,9 @@ struct trustedHost {
 
   /// True when the host is meant.
   bool covers(const host& other) const;
+  /// How closely it says which hosts are meant: more for a longer name after a dot, most for one
+  /// host.  Of two that cover one host, the longer match is the closer one.
+  std::size_t length() const;
   /// As a settings file has it: "name", ".name", "1.2.3.4" or "[::1]".
   std::string text() const;
   bool operator==(const trustedHost& other) const {

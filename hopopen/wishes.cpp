@@ -1,15 +1,16 @@
 #include "wishes.h"
 
-#include <cstddef>
 #include <map>
 #include <optional>
 #include <vector>
 
 #include "characters.h"
 #include "definition.h"
+#include "preferences.h"
 #include "settings_change.h"
 #include "settings_file.h"
 #include "shown.h"
+#include "trust_left.h"
 #include "trusted.h"
 
 namespace hopopen {
@@ -40,36 +41,25 @@ verdict readUse(const std::vector<std::string>& words, const definitions& known,
   return {};
 }
 
-verdict readHosts(const std::vector<std::string>& words, std::vector<trustedHost>& into) {
-  for (const std::string& word : words) {
-    const auto read = readTrusted(word);
-    if (!read) {
-      return withoutPlace(code::HOST,
-                          shownWord(word) +
-                              " is not a host. Write a name, an IPv4 address, an IPv6 address in "
-                              "brackets, or a dot and a name for all names below it.");
-    }
-    into.push_back(*read);
+verdict readHost(const std::string& word, std::vector<trustedHost>& into) {
+  const auto read = readTrusted(word);
+  if (!read) {
+    return withoutPlace(code::HOST,
+                        shownWord(word) +
+                            " is not a host. Write a name, an IPv4 address, an IPv6 address in "
+                            "brackets, or a dot and a name for all names below it.");
   }
+  into.push_back(*read);
   return {};
 }
 
-// Which entries of which files still trust hosts that are to be trusted no more.
-std::string stillTrusted(const std::vector<trustedHost>& hosts, const preferences& wishes) {
-  std::string result;
-  for (const trustedHost& host : hosts) {
-    for (std::size_t i = 0; i < wishes.files.size(); i++) {
-      const bool own = i == 0 && wishes.hasUser;
-      for (const trustedHost& other : wishes.files[i].trust) {
-        const bool equal = other == host;
-        if ((equal && !own) || (!equal && !host.below && other.covers(host.machine))) {
-          result += host.text() + " is still trusted by " + other.text() + " in " +
-                    printable(wishes.files[i].file) + '\n';
-        }
-      }
+verdict readHosts(const std::vector<std::string>& words, std::vector<trustedHost>& into) {
+  for (const std::string& word : words) {
+    if (auto fault = readHost(word, into)) {
+      return fault;
     }
   }
-  return result;
+  return {};
 }
 
 verdict readWords(const options& asked, const definitions& known, change& into) {
@@ -88,12 +78,27 @@ verdict readWords(const options& asked, const definitions& known, change& into) 
   }
 }
 
+verdict readFor(const options& asked, change& into) {
+  std::vector<trustedHost> hosts;
+  if (!asked.host) {
+    return {};
+  }
+  if (auto fault = readHost(*asked.host, hosts)) {
+    return fault;
+  }
+  into.forHost = hosts.front();
+  return {};
+}
+
 }  // namespace
 
 verdict changeWishes(const options& asked, const folders& where, const definitions& known,
-                     const preferences& wishes, std::string& output) {
+                     std::string& output) {
   change wanted;
   if (auto fault = readWords(asked, known, wanted)) {
+    return fault;
+  }
+  if (auto fault = readFor(asked, wanted)) {
     return fault;
   }
   if (where.userSettings.empty()) {
@@ -103,7 +108,8 @@ verdict changeWishes(const options& asked, const folders& where, const definitio
   if (!error.empty()) {
     return withoutPlace(code::SETTINGS, error);
   }
-  output = stillTrusted(wanted.distrust, wishes);
+  const preferences now = readPreferences(where);
+  output = stillTrusted(wanted.distrust, now) + stillDistrusted(wanted.trust, now);
   return {};
 }
 

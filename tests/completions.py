@@ -93,6 +93,8 @@ CASES = [
     ("hopopen --us\tbe\tx-\t", ["--use", "beta", "x-beta"]),
     ("hopopen --use alpha-1 vn\tx-\t", ["--use", "alpha-1", "vnc", "x-beta"]),
     ("hopopen --forg\tvn\tx-\t", ["--forget", "vnc", "x-beta"]),
+    ("hopopen --for=h --us\tbe\tx-\t", ["--for=h", "--use", "beta", "x-beta"]),
+    ("hopopen --for h --forg\tvn\t", ["--for", "h", "--forget", "vnc"]),
     ("hopopen --tr\th", ["--trust", "h"]),
     ("hopopen --dis\th", ["--distrust", "h"]),
     ("hopopen vn\th", ["vnc://h"]),
@@ -117,14 +119,15 @@ FISH_CASES = [
     ("hopopen --use beta vnc x", ["x-beta"]),
     ("hopopen --forget v", ["vnc"]),
     ("hopopen --forget vnc ", ["vnc", "x-beta"]),
+    ("hopopen --for ", []),
     ("hopopen --trust ", []),
     ("hopopen ", ["vnc://", "x-beta://"]),
     ("hopopen --quiet v", ["vnc://"]),
     ("hopopen -- v", ["vnc://"]),
     (
         "hopopen --",
-        ["--check", "--distrust", "--dry-run", "--forget", "--format", "--help", "--list", "--log"]
-        + ["--quiet", "--trust", "--use", "--version", "--viewer"],
+        ["--check", "--distrust", "--dry-run", "--for", "--forget", "--format", "--help", "--list"]
+        + ["--log", "--quiet", "--trust", "--use", "--version", "--viewer"],
     ),
 ]
 

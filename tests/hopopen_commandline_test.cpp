@@ -34,6 +34,15 @@ TEST(CommandLine, HasExactlyOneLinkOrWish) {
                                    {"--use", "plain", "--", "vnc://h"},
                                    {"--trust", "h", "--", "vnc://h"},
                                    {"--use"},
+                                   {"--use", "plain", "--for"},
+                                   {"--use", "plain", "--for", "h", "i"},
+                                   {"--use", "plain", "--for", "h", "--for", "i"},
+                                   {"--for", "h"},
+                                   {"--for", "h", "--trust", "h"},
+                                   {"--distrust", "h", "--for", "h"},
+                                   {"--list", "--for=h"},
+                                   {"--check", "--for=h"},
+                                   {"--for", "h", "--", "vnc://h"},
                                    {"--forget"},
                                    {"--trust"},
                                    {"--distrust"}};
@@ -68,6 +77,9 @@ TEST(CommandLine, ThatIsWrongIsExplained) {
         {{"--colour=red", "vnc://h"}, "There is no option \"--colour\"."},
         {{"vnc://h", "--viewer"}, "An option has no value, or has one too many."},
         {{"--use"}, "An option has no value, or has one too many."},
+        {{"--for=h", "vnc://h"}, "Give --for together with --use or --forget."},
+        {{"--trust", "h", "--for", "i"}, "Give --for together with --use or --forget."},
+        {{"--for", "h"}, one.c_str()},
         {{"--format=xml", "vnc://h"}, "The format must be text or json."}}) {
     const Outcome outcome = machine.run(arguments);
     EXPECT_EQ("hopopen: " + std::string(said) +
@@ -251,7 +263,7 @@ TEST(CommandLine, HasTextAndJson) {
   EXPECT_LT(1U, countOf(text.out, "\n"));
   const Outcome json = machine.run({"--dry-run", "--format", "json", "vnc://h"});
   EXPECT_EQ(
-      R"({"link":"vnc://h","scheme":"vnc","user":null,"host":"h","port":null,"trusted":false,)"
+      R"({"link":"vnc://h","scheme":"vnc","user":null,"host":"h","port":null,"through":null,"trusted":false,)"
       R"("parameters":[],"dropped":[],"viewer":{"name":"plain","title":"Plain","file":")" +
           machine.path("bin/plain") +
           R"("},"arguments":["plain","h"],"environment":{},"unset":[],"launch":true,)"
@@ -268,11 +280,12 @@ TEST(CommandLine, GivesNullForWhatIsNotKnownYet) {
   for (const auto& [name, value] : told.items()) {
     members.push_back(name);
   }
-  EXPECT_EQ((Strings{"link", "scheme", "user", "host", "port", "trusted", "parameters", "dropped",
-                     "viewer", "arguments", "environment", "unset", "launch", "refusal"}),
-            members);
-  for (const char* name : {"scheme", "user", "host", "port", "trusted", "parameters", "dropped",
-                           "viewer", "arguments", "environment", "unset"}) {
+  EXPECT_EQ(
+      (Strings{"link", "scheme", "user", "host", "port", "through", "trusted", "parameters",
+               "dropped", "viewer", "arguments", "environment", "unset", "launch", "refusal"}),
+      members);
+  for (const char* name : {"scheme", "user", "host", "port", "through", "trusted", "parameters",
+                           "dropped", "viewer", "arguments", "environment", "unset"}) {
     EXPECT_TRUE(told[name].is_null()) << name << " " << told;
   }
   EXPECT_EQ(false, told["launch"]);
@@ -285,7 +298,7 @@ TEST(CommandLine, HasHelpWithEveryOption) {
   EXPECT_EQ("", help.err);
   for (const char* option :
        {"--viewer", "--dry-run", "--format", "--log", "--quiet", "--list", "--check", "--use",
-        "--forget", "--trust", "--distrust", "--help", "--version", "LINK"}) {
+        "--forget", "--for", "--trust", "--distrust", "--help", "--version", "LINK"}) {
     EXPECT_TRUE(contains(help.out, option)) << option;
   }
 }
@@ -305,6 +318,7 @@ TEST(CommandLine, StartsNothingForAWish) {
   machine.registered();
   for (const Strings& arguments :
        {Strings{"--list"}, Strings{"--check"}, Strings{"--use", "plain"},
+        Strings{"--use", "plain", "--for", "h"}, Strings{"--forget", "vnc", "--for", "h"},
         Strings{"--forget", "vnc"}, Strings{"--trust", "h"}, Strings{"--distrust", "h"},
         Strings{"--dry-run", "vnc://h"}, Strings{"--help"}, Strings{"--version"}}) {
     const Outcome outcome = machine.run(arguments);

@@ -31,9 +31,9 @@ TEST(Template, HasTextAndPlaceholders) {
   EXPECT_EQ("[a]<2>", read("a{host}"));
 }
 
-TEST(Template, KnowsNinePlaceholders) {
-  EXPECT_EQ("<0><1><2><3><4><5><6><7><8>",
-            read("{user}{password}{host}{bracketed}{port}{tlsport}{display}{link}{value}"));
+TEST(Template, KnowsTenPlaceholders) {
+  EXPECT_EQ("<0><1><2><3><4><5><6><7><8><9>",
+            read("{user}{password}{host}{bracketed}{port}{tlsport}{display}{link}{value}{socket}"));
 }
 
 TEST(Template, HasBracesThatAreDoubled) {

@@ -27,11 +27,12 @@ struct Key {
 };
 
 constexpr std::size_t any = 1000;
-constexpr std::array<Key, 16> keys{{{"refused", 2, 2},
+constexpr std::array<Key, 17> keys{{{"refused", 2, 2},
                                     {"scheme", 1, 1},
                                     {"user", 1, 1},
                                     {"host", 1, 1},
                                     {"port", 1, 1},
+                                    {"through", 1, 1},
                                     {"trusted", 1, 1},
                                     {"parameter", 1, 3},
                                     {"dropped", 1, any},
