@@ -79,7 +79,7 @@ bool isTrusted(const preferences& wishes, const host& machine) {
 
 std::optional<wanted> viewerFor(const preferences& wishes, const std::string& scheme,
                                 const hostRules& rules) {
-  const auto forAll = wishes.viewerFor(scheme);
+  auto forAll = wishes.viewerFor(scheme);
   if (!rules.viewer || (!rules.viewer->byUser && forAll && forAll->by == chooser::USER)) {
     return forAll;
   }

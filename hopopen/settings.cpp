@@ -141,7 +141,7 @@ class reader {
       into.through = readGateway(through->value_exact<std::string_view>().value_or(""));
       if (!into.through) {
         complain(through->source().begin,
-                 "\"through\" must be a gateway, as in \"user@gateway:port\"");
+                 R"("through" must be a gateway, as in "user@gateway:port")");
       }
     }
   }

@@ -72,7 +72,7 @@ std::string stillDistrusted(const std::vector<trustedHost>& hosts, const prefere
     const std::optional<decision> table = tableOf(host, wishes);
     if (table && !table->trust && table->where.length() >= host.length()) {
       result += line(host, "distrusted", table->where, table->file);
-      result += "  Write \"trust = true\" below [host.\"" + host.text() +
+      result += R"(  Write "trust = true" below [host.")" + host.text() +
                 "\"] in your own settings if you want it all the same.\n";
     }
   }
