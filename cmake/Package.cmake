@@ -19,8 +19,8 @@ set(CPACK_DEBIAN_PROGRAM_PACKAGE_NAME hoplaunch)
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_SECTION net)
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_SHLIBDEPS ON)
 # Without desktop-file-utils most desktops do not see that vnc: and other links have
-# a handler; the commands themselves do not need it.  hopopen has use for a viewer of vnc:
-# and ssh: links, and for a program that shows why a link was not opened.
+# a handler; the commands themselves do not need it.  hopopen has use for a viewer of each
+# scheme, and for a program that shows why a link was not opened.
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_RECOMMENDS
   "desktop-file-utils, \
 libnotify-bin | zenity | kdialog | x11-utils, \
@@ -33,8 +33,9 @@ spice-client-gtk, virt-viewer, xdg-utils, xtightvncviewer")
 set(CPACK_COMPONENT_PROGRAM_DESCRIPTION
 "launcher for remote-access URIs such as vnc: and ssh: links
 hopopen opens a vnc:, rdp:, spice:, ssh: or telnet: link in the right viewer,
-safely, or says why it does not. It registers itself with the desktop as the handler of such links,
-checks every piece of a link, and passes nothing else on to the viewer.
+safely, or says why it does not. It registers itself with the desktop as the
+handler of such links, checks every piece of a link, and passes nothing else
+on to the viewer.
 Data files say which viewers there are, and how each is started.
 
 hoplaunch is given one URI, such as vnc://host:5900/?shared=1, looks up the

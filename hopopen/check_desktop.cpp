@@ -16,6 +16,7 @@ namespace {
 constexpr const char* OWN = "hopopen.desktop";
 constexpr const char* REINSTALL =
     "Install the package again: \"sudo apt-get install --reinstall hoplaunch\".";
+constexpr const char* REMOVE_ONE = "Remove the one that you do not want, or change PATH.";
 
 std::vector<associations> readAssociations(const clickPlaces& places, placeReader& reader) {
   std::vector<associations> result;
@@ -177,8 +178,13 @@ finding desktopCheck::ofProgram(const foundEntry& own) const {
   const auto first = m_programs.find("hopopen");
   if (first && withoutLinks(first->path) != withoutLinks(path)) {
     return {state::WARNING, "tryexec", first->path,
-            "comes first in PATH, but a click starts " + path,
-            "Remove the one that you do not want, or change PATH."};
+            "comes first in PATH, but a click starts " + path, REMOVE_ONE};
+  }
+  // An entry without a path starts the first one, too.
+  const auto other = first ? m_programs.findOther("hopopen") : std::nullopt;
+  if (other && !own.read.command.front().starts_with('/')) {
+    return {state::WARNING, "tryexec", first->path, "comes before " + other->path + " in PATH",
+            REMOVE_ONE};
   }
   return {state::OK, "tryexec", path, "is there", ""};
 }

@@ -39,6 +39,17 @@ std::optional<program> programFinder::find(const std::string& name) const {
   return {};
 }
 
+std::optional<program> programFinder::findOther(const std::string& name) const {
+  const auto first = find(name);
+  for (const std::string& folder : m_folders) {
+    const std::string path = within(folder, name);
+    if (isExecutable(path) && withoutLinks(path) != withoutLinks(first->path)) {
+      return program{name, path};
+    }
+  }
+  return {};
+}
+
 std::optional<program> programFinder::findViewer(const std::vector<std::string>& names) const {
   for (const std::string& name : names) {
     for (const std::string& folder : m_folders) {

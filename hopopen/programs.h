@@ -36,6 +36,9 @@ class programFinder {
   /// The first file of that name that this process may execute.
   std::optional<program> find(const std::string& name) const;
 
+  /// The next file of that name that is another one than the first, whatever links lead there.
+  std::optional<program> findOther(const std::string& name) const;
+
   /// The program of a viewer: its names in their order, each in all folders before the next.
   /// A file counts only if its name after all symbolic links is one of the viewer's, too: it
   /// may be another viewer, which would take the arguments for something else.

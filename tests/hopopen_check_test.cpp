@@ -42,6 +42,9 @@ class CheckOfClicks : public testing::Test {
 };
 
 const char* const CHOOSE = "  Type \"xdg-mime default hopopen.desktop x-scheme-handler/vnc\".\n";
+const char* const ENTRY_WITHOUT_A_PATH =
+    "[Desktop Entry]\nType=Application\nName=Links\nExec=hopopen -- %u\nTryExec=hopopen\n"
+    "MimeType=x-scheme-handler/vnc;\n";
 const char* const REINSTALL =
     "  Install the package again: \"sudo apt-get install --reinstall hoplaunch\".\n";
 const char* const NO_HANDLER =
@@ -241,10 +244,22 @@ TEST_F(CheckOfClicks, WarnsThatAnotherHopopenComesFirst) {
       machine.told({{"PATH", machine.path("first") + ":" + machine.path("bin")}}));
 }
 
+TEST_F(CheckOfClicks, WarnsThatAnotherHopopenComesFirstThatTheEntryStartsAsWell) {
+  machine.program("hopopen", "first");
+  machine.write("share/applications/hopopen.desktop", ENTRY_WITHOUT_A_PATH);
+  EXPECT_EQ(
+      "warning tryexec: @/first/hopopen: comes before @/bin/hopopen in PATH\n"
+      "  Remove the one that you do not want, or change PATH.\n",
+      machine.told({{"PATH", machine.path("first") + ":" + machine.path("bin")}}));
+}
+
 TEST_F(CheckOfClicks, TakesALinkToTheSameHopopenForTheSame) {
   std::filesystem::create_directories(machine.path("first"));
   std::filesystem::create_symlink(machine.path("bin/hopopen"), machine.path("first/hopopen"));
   EXPECT_EQ("", machine.told({{"PATH", machine.path("first") + ":" + machine.path("bin")}}));
+  machine.write("share/applications/hopopen.desktop", ENTRY_WITHOUT_A_PATH);
+  EXPECT_EQ("ok tryexec: @/first/hopopen: is there\n",
+            machine.told({{"PATH", machine.path("first") + ":" + machine.path("bin")}}));
 }
 
 // --- cache -----------------------------------------------------------------

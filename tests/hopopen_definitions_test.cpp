@@ -309,8 +309,8 @@ TEST(Check, SaysSoWhenThereIsNoFault) {
   EXPECT_EQ(0, check.status);
   EXPECT_EQ("", check.err);
   EXPECT_TRUE(contains(check.out,
-                             "\nok definition: 1 viewer: no definition has a fault\n"
-                             "ok settings: no file: no settings have a fault\n"))
+                       "\nok definition: 1 viewer: no definition has a fault\n"
+                       "ok settings: no file: no settings have a fault\n"))
       << check.out;
   EXPECT_EQ(0U, machine.json({"--check", "--format=json"})["faults"].size());
 }

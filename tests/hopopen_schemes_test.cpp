@@ -71,8 +71,8 @@ TEST(ShippedViewers, OfRdpAreToldNothingOfWhatIsDangerous) {
   const Machine machine;
   furnish(machine);
   const std::string env = machine.path("bin/env");
-  EXPECT_EQ((Strings{"sdl-freerdp3", "-clipboard", "-grab-keyboard", "-grab-mouse", "/v:h",
-                     "/port:3390"}),
+  EXPECT_EQ((Strings{"sdl-freerdp3", "-clipboard", "-grab-keyboard", "-grab-mouse", "/w:960",
+                     "/h:600", "/v:h", "/port:3390"}),
             vectorFor(machine, "freerdp3", everyPair()));
   EXPECT_EQ((Strings{"x-terminal-emulator", "-e", machine.path("bin/xfreerdp3"), "-clipboard",
                      "-grab-keyboard", "-grab-mouse", "/v:h", "/port:3390"}),
@@ -89,14 +89,23 @@ TEST(ShippedViewers, OfRdpAreToldWhatIsHarmless) {
   const Machine machine;
   furnish(machine);
   machine.set("[trust]\nhosts = [\"good\"]\n");
-  EXPECT_EQ((Strings{"sdl-freerdp3", "-clipboard", "-grab-keyboard", "-grab-mouse", "/w:1024",
-                     "/h:768", "/audio-mode:2", "/u:LAB\\kim", "/v:[::1]", "/port:3389"}),
-            vectorFor(machine, "freerdp3",
-                      "rdp://full%20address=s:[::1]&desktopwidth=i:1024&desktopheight=i:0768"
-                      "&audiomode=i:2&screen%20mode%20id=i:2&username=s:kim&domain=s:LAB"));
-  EXPECT_EQ((Strings{"sdl-freerdp3", "/w:8192", "/f", "/v:good", "/port:3389"}),
-            vectorFor(machine, "freerdp3",
-                      "rdp://full%20address=s:good&desktopwidth=i:8192&screen%20mode%20id=i:2"));
+  const std::string wishes =
+      "rdp://full%20address=s:[::1]&desktopwidth=i:1024&desktopheight=i:0768"
+      "&audiomode=i:2&screen%20mode%20id=i:2&username=s:kim&domain=s:LAB";
+  EXPECT_EQ((Strings{"x-terminal-emulator", "-e", machine.path("bin/xfreerdp3"), "-clipboard",
+                     "-grab-keyboard", "-grab-mouse", "/w:1024", "/h:768", "/audio-mode:2",
+                     "/u:LAB\\kim", "/v:[::1]", "/port:3389"}),
+            vectorFor(machine, "freerdp3-x11", wishes));
+  EXPECT_EQ((Strings{"sdl-freerdp3", "-clipboard", "-grab-keyboard", "-grab-mouse", "/w:960",
+                     "/h:600", "/audio-mode:2", "/u:LAB\\kim", "/v:[::1]", "/port:3389"}),
+            vectorFor(machine, "freerdp3", wishes));
+  const std::string trusted =
+      "rdp://full%20address=s:good&desktopwidth=i:8192&screen%20mode%20id=i:2";
+  EXPECT_EQ((Strings{"x-terminal-emulator", "-e", machine.path("bin/xfreerdp"), "/w:8192", "/f",
+                     "/v:good", "/port:3389"}),
+            vectorFor(machine, "freerdp2", trusted));
+  EXPECT_EQ((Strings{"sdl-freerdp3", "/f", "/v:good", "/port:3389"}),
+            vectorFor(machine, "freerdp3", trusted));
 }
 
 TEST(ShippedViewers, OfRdpCannotOnlyLook) {

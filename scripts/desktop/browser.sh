@@ -15,11 +15,12 @@ start_web_server() {
   mkdir "$scratch/web"
   service web python3 -u -m http.server "$web_port" --bind 127.0.0.1 --directory "$scratch/web"
   ready web grep -q 'Serving HTTP' "$scratch/web.log"
-  for scheme in vnc ssh; do
+  for scheme in vnc rdp spice spice+tls ssh telnet; do
     rules+=("{\"protocol\": \"$scheme\", \"allowed_origins\": [\"http://localhost:$web_port\"]}")
   done
   mkdir -p "$policies"
-  printf '{"AutoLaunchProtocolsFromOrigins": [%s, %s]}\n' "${rules[@]}" >"$policies/links.json"
+  printf '{"AutoLaunchProtocolsFromOrigins": [%s]}\n' \
+    "$(IFS=,; printf '%s' "${rules[*]}")" >"$policies/links.json"
 }
 
 # page NAME LINK: a page at /NAME.html that has the link, which is written as it is.

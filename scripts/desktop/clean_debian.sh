@@ -1,5 +1,7 @@
 #!/usr/bin/env bash
 # A clean Debian of this machine's release for tests, in build/clean_debian/.  As root.
+# CLEAN_DEBIAN names another release; it is in a folder of its own, such as
+# build/clean_debian_trixie/.
 #
 #   scripts/desktop/clean_debian.sh make PACKAGE...   makes it, with these packages in it
 #   scripts/desktop/clean_debian.sh run COMMAND...    runs a command in it
@@ -15,7 +17,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/../.."
 source scripts/lib.sh
 
 project=$PWD
-home=$project/build/clean_debian
+home=$project/build/clean_debian${CLEAN_DEBIAN:+_$CLEAN_DEBIAN}
 base=$home/base
 
 # furnish ROOT: what programs expect of a running system.
@@ -64,7 +66,7 @@ make() {
 # fill PACKAGE...
 fill() {
   local debian=$home/partial suite mirror=http://deb.debian.org
-  suite=$(. /etc/os-release && echo "$VERSION_CODENAME")
+  suite=${CLEAN_DEBIAN:-$(. /etc/os-release && echo "$VERSION_CODENAME")}
   debootstrap --variant=minbase "$suite" "$debian" "$mirror/debian"
   printf 'deb %s main\n' "$mirror/debian $suite" "$mirror/debian $suite-updates" \
     "$mirror/debian-security $suite-security" >"$debian/etc/apt/sources.list"
@@ -111,7 +113,7 @@ case ${1:-} in
   run) exec unshare --mount --pid --ipc --net --fork --kill-child "$0" inside "${@:2}" ;;
   inside) inside "${@:2}" ;;
   *)
-    sed -n 's/^# \{0,1\}//; 2,5p' "$0" >&2
+    sed -n 's/^# \{0,1\}//; 2,7p' "$0" >&2
     exit 2
     ;;
 esac

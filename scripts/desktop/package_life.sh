@@ -248,7 +248,7 @@ done
 make_viewer ssh
 make_viewer x-terminal-emulator
 check 'ssh in a terminal' opens gio open ssh://me@localhost \
-  'x-terminal-emulator <-e> </usr/local/bin/ssh> <-*> <-l> <me> <--> <localhost>'
+  'x-terminal-emulator <-e> </usr/bin/env> <-u> <*> </usr/local/bin/ssh> <-*> <-l> <me> <--> <localhost>'
 rm "$debian/usr/local/bin/"{ssh,x-terminal-emulator}
 
 check 'install again' install_packages --reinstall

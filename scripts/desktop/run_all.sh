@@ -4,6 +4,8 @@
 #
 # - links are opened by a click in Chromium, xdg-open, gio and hopopen, and reach real VNC
 #   and SSH servers (links_test.sh);
+# - so do links to real RDP, SPICE and telnet servers, and nothing of a hostile rdp link reaches a
+#   viewer (rdp_test.sh, which runs in Debian 13 as well, spice_test.sh, telnet_test.sh);
 # - ViewOnly is held to (view_only_test.sh), and refusals are read (refusal_test.sh);
 # - `hopopen --check` finds why a click does nothing (check_test.sh);
 # - each viewer keeps what is the user's from hostile servers (viewers_test.sh,
@@ -12,10 +14,10 @@
 # Needs root, the mirror of Debian, and a kernel with overlayfs and namespaces.  Several
 # tests run at once, each with a network, processes and a screen of its own.  Screenshots
 # and what the tests say are in build/desktop/.  Everything else is gone at the end, except for
-# build/clean_debian/, which makes the next run quicker.
+# build/clean_debian/ and build/clean_debian_trixie/, which make the next run quicker.
 #
 #   ./test --desktop [TEST...]   only those tests, with the packages that are there
-#   ./test --desktop debian      only makes the clean Debian
+#   ./test --desktop debian      only makes the clean Debian; "debian-13" the other one
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/../.."
 # shellcheck source=scripts/lib.sh
@@ -27,13 +29,17 @@ output=build/desktop
 rm -rf "$output"
 mkdir -p "$output"
 
-debian=(adwaita-icon-theme chromium dbus desktop-file-utils dunst fonts-dejavu-core gvncviewer
-  imagemagick inetutils-telnet kdialog krdc libglib2.0-bin libnotify-bin libnss-wrapper
-  librsvg2-common openbox
-  openssh-client openssh-server openssl putty putty-tools python3 remmina remmina-plugin-vnc
-  strace tesseract-ocr tigervnc-standalone-server tigervnc-tools tigervnc-viewer virt-viewer
-  wmctrl x11-apps x11-utils x11-xserver-utils xauth xdg-utils xdotool xfonts-base xsel xterm
-  xtightvncviewer xvfb zenity)
+debian=(adwaita-icon-theme chromium dbus desktop-file-utils dunst firefox-esr fonts-dejavu-core
+  freerdp2-shadow-x11 freerdp2-x11 gvncviewer imagemagick inetutils-telnet inetutils-telnetd
+  kdialog krdc libglib2.0-bin libnotify-bin libnss-wrapper librsvg2-common openbox
+  openssh-client openssh-server openssl procps putty putty-tools python3 qemu-system-x86 remmina
+  remmina-plugin-rdp remmina-plugin-vnc spice-client-gtk strace tesseract-ocr
+  tigervnc-standalone-server tigervnc-tools tigervnc-viewer virt-viewer wmctrl x11-apps x11-utils
+  x11-xserver-utils xauth xdg-utils xdotool xfonts-base xsel xterm xtightvncviewer xvfb zenity)
+# What Debian 12 lacks.
+debian_13=(dbus desktop-file-utils fonts-dejavu-core freerdp3-sdl freerdp3-shadow-x11
+  freerdp3-x11 imagemagick libglib2.0-bin openbox openssl procps python3 wmctrl x11-apps x11-utils
+  x11-xserver-utils xdg-utils xdotool xfonts-base xterm xvfb)
 
 only=$*
 
@@ -62,10 +68,24 @@ wait_for_one() {
   unset "running[$id]"
 }
 
+# is_wanted NAME: it was asked for, or it is the Debian of a test that was.
+is_wanted() {
+  local name
+  [[ -n $only ]] || return 0
+  for name in $only; do
+    case $1:$name in
+      "$name:$name" | debian-13:*-13) return ;;
+      debian:*-13) ;;
+      debian:*) return ;;
+    esac
+  done
+  return 1
+}
+
 # begin NAME COMMAND...: at most as many at once as most tests, which mostly wait, bear.
 at_once=4
 begin() {
-  [[ -z $only || " $only debian " == *" $1 "* ]] || return 0
+  is_wanted "$1" || return 0
   while ((${#running[@]} >= at_once)); do
     wait_for_one
   done
@@ -101,6 +121,9 @@ trap 'exit 1' INT TERM HUP
 # --- The tests -----------------------------------------------------------------------
 
 in_debian() { begin "$1" scripts/desktop/clean_debian.sh run "${@:2}"; }
+in_debian_13() {
+  begin "$1" env CLEAN_DEBIAN=trixie scripts/desktop/clean_debian.sh run "${@:2}"
+}
 
 # viewers_of PREFIX FILE: the viewers that a script of tests has tests for.
 viewers_of() { sed -n "s/^$1_\([a-z0-9-]*\)().*/\1/p" "scripts/desktop/$2"; }
@@ -115,7 +138,10 @@ begin_all() {
     in_debian "viewers-$viewer" scripts/desktop/viewers_test.sh "$viewer"
   done
   in_debian tunnel scripts/desktop/tunnel_test.sh
-  in_debian telnet scripts/desktop/telnet_viewer_test.sh
+  in_debian rdp scripts/desktop/rdp_test.sh
+  in_debian spice scripts/desktop/spice_test.sh
+  in_debian telnet scripts/desktop/telnet_test.sh
+  in_debian viewers-telnet scripts/desktop/telnet_viewer_test.sh
   for viewer in $(viewers_of test ssh_viewers_test.sh); do
     in_debian "ssh-$viewer" scripts/desktop/ssh_viewers_test.sh "$viewer"
   done
@@ -123,13 +149,14 @@ begin_all() {
 
 begin package ./package
 begin debian scripts/desktop/clean_debian.sh make "${debian[@]}"
+begin debian-13 env CLEAN_DEBIAN=trixie scripts/desktop/clean_debian.sh make "${debian_13[@]}"
 wait_for package
-if [[ $only == debian ]]; then
-  wait_for debian
-elif ((failed == 0)); then
+if [[ $only != debian* ]] && ((failed == 0)); then
   begin package-life scripts/desktop/package_life.sh
   wait_for debian
   [[ ! -e build/clean_debian/base ]] || begin_all
+  wait_for debian-13
+  [[ ! -e build/clean_debian_trixie/base ]] || in_debian_13 rdp-13 scripts/desktop/rdp_test.sh
 fi
 wait_for "${running[@]}"
 printf 'It took %d s.\n' "$SECONDS"

@@ -94,6 +94,22 @@ start_screen() {
   ready openbox wmctrl -m >/dev/null 2>&1
 }
 
+# can_grab_keyboard: no program has taken it for itself.
+can_grab_keyboard() {
+  /usr/bin/python3 - <<'PYTHON'
+import ctypes, ctypes.util, sys
+x11 = ctypes.CDLL(ctypes.util.find_library("X11") or "libX11.so.6")
+x11.XOpenDisplay.restype = ctypes.c_void_p
+display = ctypes.c_void_p(x11.XOpenDisplay(None))
+x11.XDefaultRootWindow.restype = ctypes.c_ulong
+root = ctypes.c_ulong(x11.XDefaultRootWindow(display))
+answer = x11.XGrabKeyboard(display, root, 0, 1, 1, ctypes.c_ulong(0))
+x11.XCloseDisplay(display)
+print("the answer to a grab of the keyboard:", answer)
+sys.exit(answer != 0)
+PYTHON
+}
+
 say_all=1 # a line for each step
 
 # try NAME COMMAND...

@@ -190,18 +190,7 @@ gets_no_keys() { types && ! happened key && ! happened pointer '"buttons": 1'; }
 
 # keyboard_is_free, once the window has come to the front and the pointer is in it.
 keyboard_is_free() {
-  another_in_front && sleep 0.5 && in_front && sleep 1 && /usr/bin/python3 - <<'PYTHON'
-import ctypes, ctypes.util, sys
-x11 = ctypes.CDLL(ctypes.util.find_library("X11") or "libX11.so.6")
-x11.XOpenDisplay.restype = ctypes.c_void_p
-display = ctypes.c_void_p(x11.XOpenDisplay(None))
-x11.XDefaultRootWindow.restype = ctypes.c_ulong
-root = ctypes.c_ulong(x11.XDefaultRootWindow(display))
-answer = x11.XGrabKeyboard(display, root, 0, 1, 1, ctypes.c_ulong(0))
-x11.XCloseDisplay(display)
-print("the answer to a grab of the keyboard:", answer)
-sys.exit(answer != 0)
-PYTHON
+  another_in_front && sleep 0.5 && in_front && sleep 1 && can_grab_keyboard
 }
 
 # stays_away: a window that was put away is not brought back by the server's bell.
