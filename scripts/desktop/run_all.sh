@@ -137,11 +137,11 @@ begin_all() {
   for viewer in $(viewers_of settings viewer_settings.sh); do
     in_debian "viewers-$viewer" scripts/desktop/viewers_test.sh "$viewer"
   done
+  in_debian tunnel scripts/desktop/tunnel_test.sh
   in_debian rdp scripts/desktop/rdp_test.sh
   in_debian spice scripts/desktop/spice_test.sh
   in_debian telnet scripts/desktop/telnet_test.sh
   in_debian viewers-telnet scripts/desktop/telnet_viewer_test.sh
-  in_debian tunnel scripts/desktop/tunnel_test.sh
   for viewer in $(viewers_of test ssh_viewers_test.sh); do
     in_debian "ssh-$viewer" scripts/desktop/ssh_viewers_test.sh "$viewer"
   done
