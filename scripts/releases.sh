@@ -22,6 +22,8 @@ commands=('./run' './test' './package' 'scripts/reference' 'bench/run --quick')
 try() {
   printf '== %s, %s\n' "$1" "$2"
   rm -rf "${home:?}/$1/$2"
+  mkdir -p "$home/$1/$2"
+  git rev-parse --short=10 HEAD >"$home/$1/$2/commit"
   scripts/minimal_debian.sh run "$home/$1" "$home/$1/$2" bash scripts/releases.sh inside "$2" || true
 }
 
@@ -149,7 +151,7 @@ cell() {
 table() {
   local command
   printf '## %s\n\n' "$(describe "$1")"
-  printf 'At commit %s, on %d processors.\n\n' "$(git rev-parse --short=10 HEAD)" "$(nproc)"
+  printf 'At commit %s, on %d processors.\n\n' "$(cat "$home/$1"/*/commit | sort -u | xargs)" "$(nproc)"
   printf '| command | root | with sudo | sudo refuses | a package source fails | packages | MB |\n'
   printf '|---|---|---|---|---|---|---|\n'
   for command in "${commands[@]}"; do
