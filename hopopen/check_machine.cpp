@@ -97,14 +97,16 @@ finding ofChosen(const candidates& among, const std::string& scheme, const wante
           (needs ? INSTALL_TERMINAL : installation(*viewer)) + ", or " + other + '.'};
 }
 
-// A viewer that is there, and would open links to trusted machines alone.
+// A viewer that is there, and would open links to trusted machines alone; and the one to install.
 finding ofUnguarded(const std::string& scheme, const definition& viewer, const installed& found,
-                    const std::string& install) {
-  return {state::WARNING, "viewer " + scheme, found.viewer.path,
-          described(viewer) + " opens links to machines that you trust only: it lets through " +
-              enumeration(viewer.unguarded),
-          install + ", or choose it all the same with \"hopopen --use " + viewer.name + ' ' +
-              scheme + "\"."};
+                    const definition& better) {
+  return {
+      state::WARNING, "viewer " + scheme, found.viewer.path,
+      described(viewer) + " opens links to machines that you trust only: it lets through " +
+          enumeration(viewer.unguarded),
+      (better.unguarded.empty() ? installation(better)
+                                : "Trust a machine that you know with \"hopopen --trust HOST\"") +
+          ", or choose it all the same with \"hopopen --use " + viewer.name + ' ' + scheme + "\"."};
 }
 
 }  // namespace
@@ -131,12 +133,12 @@ finding checkViewer(const candidates& among, const std::string& scheme) {
             described(*viewer) + " would open " + scheme + " links, but there is no terminal",
             std::string(INSTALL_TERMINAL) + '.'};
   }
-  const std::string install = installation(preferred(ranked(among.known, scheme)));
+  const definition& best = preferred(ranked(among.known, scheme));
   if (const definition* const viewer = lowestRank(among, scheme, true)) {
-    return ofUnguarded(scheme, *viewer, *among.find(*viewer), install);
+    return ofUnguarded(scheme, *viewer, *among.find(*viewer), best);
   }
   return {state::WARNING, name, "PATH", "no viewer for " + scheme + " links is installed",
-          install + '.'};
+          installation(best) + '.'};
 }
 
 finding checkTerminal(const candidates& among, const std::vector<std::string>& schemes,

@@ -356,13 +356,25 @@ TEST_F(CheckOfClicks, WarnsThatNoViewerIsInstalled) {
 }
 
 TEST_F(CheckOfClicks, WarnsThatTheOnlyViewerIsForTrustedMachines) {
-  machine.define("plain",
-                 std::string(door::PLAIN) +
-                     "unguarded = [\"clipboard\"]\npackages = [\"plain-viewer\", \"plugin\"]\n");
+  machine.define("plain", std::string(door::PLAIN) + "unguarded = [\"clipboard\"]\n");
   EXPECT_EQ(
       "warning viewer vnc: @/bin/plain: Plain (plain) opens links to machines that you trust "
       "only: it lets through clipboard\n"
-      "  Install Plain: \"sudo apt-get install plain-viewer plugin\", or choose it "
+      "  Trust a machine that you know with \"hopopen --trust HOST\", or choose it "
+      "all the same with \"hopopen --use plain vnc\".\n",
+      machine.told());
+}
+
+TEST_F(CheckOfClicks, NamesTheViewerToInstallInsteadOfOneForTrustedMachines) {
+  machine.define("plain", std::string(door::PLAIN) + "unguarded = [\"clipboard\"]\n");
+  machine.define("safe",
+                 "name = \"Safe\"\nrank = 90\nschemes = [\"vnc\"]\nprograms = [\"safe\"]\n"
+                 "packages = [\"safe-viewer\", \"plugin\"]\n"
+                 "arguments = [\"{host}\"]\n");
+  EXPECT_EQ(
+      "warning viewer vnc: @/bin/plain: Plain (plain) opens links to machines that you trust "
+      "only: it lets through clipboard\n"
+      "  Install Safe: \"sudo apt-get install safe-viewer plugin\", or choose it "
       "all the same with \"hopopen --use plain vnc\".\n",
       machine.told());
 }
