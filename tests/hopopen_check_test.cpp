@@ -375,7 +375,8 @@ TEST_F(CheckOfClicks, NamesTheViewerToInstallInsteadOfOneForTrustedMachines) {
       "warning viewer vnc: @/bin/plain: Plain (plain) opens links to machines that you trust "
       "only: it lets through clipboard\n"
       "  Install Safe: \"sudo apt-get install safe-viewer plugin\", or choose it "
-      "all the same with \"hopopen --use plain vnc\".\n",
+      "all the same with \"hopopen --use plain vnc\".\n"
+      "ok definition: 2 viewers: no definition has a fault\n",
       machine.told());
 }
 
