@@ -79,13 +79,15 @@ bool mayTrust(const hostRules& rules) {
   return !rules.trust || rules.trust->byUser || rules.trust->where.below;
 }
 
-// About a viewer that is there, but not for a machine that nobody trusts.
+// About a viewer that is there, but not for a machine that nobody trusts.  `install` is empty when
+// no viewer is better.
 refusal letsThrough(const definition& viewer, const occasion& what, const std::string& install) {
   const std::string title = printable(viewer.title);
   std::string message = title;
   message += " is installed, but cannot keep this from a machine that you do not trust: ";
-  message += printable(enumeration(viewer.unguarded)) + ". " + install;
-  message += " Or use " + title + " all the same with \"hopopen --use ";
+  message += printable(enumeration(viewer.unguarded)) + ". ";
+  message += install.empty() ? "Use " : install + " Or use ";
+  message += title + " all the same with \"hopopen --use ";
   message += viewer.name + ' ' + what.scheme + '"';
   if (mayTrust(what.rules)) {
     message += ", or trust the machine with \"hopopen --trust " + what.host + '"';
@@ -105,7 +107,9 @@ refusal nothingInstalled(const candidates& among, const occasion& what) {
     if (viewer->unguarded.empty() || !among.find(*viewer)) {
       continue;
     }
-    return letsThrough(*viewer, what, install);
+    const bool better = std::any_of(viewers.begin(), viewers.end(),
+                                    [](const definition* one) { return one->unguarded.empty(); });
+    return letsThrough(*viewer, what, better ? install : "");
   }
   return withoutPlace(code::VIEWER,
                       "No viewer for " + what.scheme + " links is installed. " + install);

@@ -201,6 +201,12 @@ TEST(Wording, OfAMachineWithoutAViewer) {
                  "with \"hopopen --use a vnc\", or trust the machine with \"hopopen --trust "
                  "[::1]\". (viewer)"),
             said(machine, "vnc://[::1]"));
+  define("b", "unguarded = [\"sound\"]\n");
+  EXPECT_EQ(line("vnc://h",
+                 "The a is installed, but cannot keep this from a machine that you do not trust: "
+                 "clipboard and full screen. Use The a all the same with \"hopopen --use a vnc\", "
+                 "or trust the machine with \"hopopen --trust h\". (viewer)"),
+            said(machine, "vnc://h"));
 }
 
 TEST(Wording, OfViewersThatCanDoWhatTheChosenOneCannot) {
