@@ -11,23 +11,16 @@ namespace hopopen {
 
 namespace {
 
-struct decision {
-  bool trust;
-  trustedHost where;
-  std::string file;
-};
-
 // What a table says of just these hosts: the user's, or the first of the administrators.  For one
 // host, tables for its domains count, too.
-std::optional<decision> tableOf(const trustedHost& hosts, const preferences& wishes) {
+std::optional<said<bool>> tableOf(const trustedHost& hosts, const preferences& wishes) {
   if (!hosts.below) {
-    const auto rule = rulesFor(wishes, hosts.machine, {}).trust;
-    return rule ? std::optional(decision{rule->value, rule->where, rule->file}) : std::nullopt;
+    return rulesFor(wishes, hosts.machine, {}).trust;
   }
-  for (const settings& file : wishes.files) {
-    for (const hostTable& table : file.hosts) {
+  for (std::size_t i = 0; i < wishes.files.size(); i++) {
+    for (const hostTable& table : wishes.files[i].hosts) {
       if (table.where == hosts && table.trust) {
-        return decision{*table.trust, table.where, file.file};
+        return said<bool>{*table.trust, table.where, wishes.files[i].file, wishes.isUsers(i)};
       }
     }
   }
@@ -42,7 +35,7 @@ std::string line(const trustedHost& hosts, const std::string& what, const truste
 
 // Whether an entry of a list trusts these hosts, although a table may distrust them.
 bool counts(const trustedHost& entry, const trustedHost& hosts,
-            const std::optional<decision>& table) {
+            const std::optional<said<bool>>& table) {
   return (entry == hosts || (!hosts.below && entry.covers(hosts.machine))) &&
          (!table || entry.length() > table->where.length());
 }
@@ -52,8 +45,8 @@ bool counts(const trustedHost& entry, const trustedHost& hosts,
 std::string stillTrusted(const std::vector<trustedHost>& hosts, const preferences& wishes) {
   std::string result;
   for (const trustedHost& host : hosts) {
-    const std::optional<decision> table = tableOf(host, wishes);
-    if (table && table->trust) {
+    const std::optional<said<bool>> table = tableOf(host, wishes);
+    if (table && table->value) {
       result += line(host, "trusted", table->where, table->file);
       continue;
     }
@@ -69,8 +62,8 @@ std::string stillTrusted(const std::vector<trustedHost>& hosts, const preference
 std::string stillDistrusted(const std::vector<trustedHost>& hosts, const preferences& wishes) {
   std::string result;
   for (const trustedHost& host : hosts) {
-    const std::optional<decision> table = tableOf(host, wishes);
-    if (table && !table->trust && table->where.length() >= host.length()) {
+    const std::optional<said<bool>> table = tableOf(host, wishes);
+    if (table && !table->value && table->where.length() >= host.length()) {
       result += line(host, "distrusted", table->where, table->file);
       result += R"(  Write "trust = true" below [host.")" + host.text() +
                 "\"] in your own settings if you want it all the same.\n";

@@ -101,6 +101,13 @@ refused() {
     restriction) in_home "$where" hopopen 'vnc://h?IdHash=1' ;;
     choice) in_home "$where" hopopen --viewer=none vnc://h ;;
     viewer) in_home "$where" env PATH= "$build/hopopen" vnc://h ;;
+    tunnel)
+      mkdir -p "$scratch/homes/$where/.config/hoplaunch/viewers"
+      printf '[host."h"]\nthrough = "gate"\n' >"$scratch/homes/$where/.config/hoplaunch/hopopen.toml"
+      sed '/^rank/i tunnelled = ["{socket}"]' tests/data/demo.toml \
+        >"$scratch/homes/$where/.config/hoplaunch/viewers/sockets.toml"
+      in_home "$where" env -u XDG_RUNTIME_DIR "$build/hopopen" --viewer=sockets vnc://h
+      ;;
     start)
       mkdir -p "$scratch/homes/$where"
       printf 'no program' >"$scratch/homes/$where/demo_viewer"
