@@ -1,9 +1,12 @@
 #include "browser_profile.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <iterator>
 #include <string_view>
 
 #include "firefox_handler.h"
+#include "json.h"
 
 namespace hopopen {
 

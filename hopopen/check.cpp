@@ -1,17 +1,25 @@
 #include "check.h"
 
+#include <cstddef>
+#include <functional>
+#include <iterator>
+#include <optional>
 #include <set>
 #include <vector>
 
 #include "check_browsers.h"
 #include "check_desktop.h"
 #include "check_machine.h"
+#include "choose.h"
+#include "click_places.h"
+#include "definition.h"
 #include "definitions.h"
 #include "enumeration.h"
 #include "json.h"
 #include "place_reader.h"
 #include "preferences.h"
 #include "programs.h"
+#include "settings.h"
 
 namespace hopopen {
 

@@ -4,12 +4,15 @@
 #include <functional>
 #include <optional>
 #include <system_error>
+#include <utility>
 
 #include "browser_profile.h"
 #include "chromium_policy.h"
 #include "enumeration.h"
 #include "file.h"
 #include "firefox_policy.h"
+#include "json.h"
+#include "json_read.h"
 #include "key_file.h"
 #include "paths.h"
 

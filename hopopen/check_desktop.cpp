@@ -1,12 +1,15 @@
 #include "check_desktop.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <filesystem>
 #include <system_error>
+#include <utility>
 
 #include "characters.h"
 #include "enumeration.h"
 #include "file.h"
+#include "key_file.h"
 #include "paths.h"
 
 namespace hopopen {

@@ -1,9 +1,14 @@
 #include "check_machine.h"
 
 #include <algorithm>
+#include <functional>
+#include <optional>
 
+#include "definition.h"
+#include "definitions.h"
 #include "enumeration.h"
 #include "notify.h"
+#include "preferences.h"
 #include "semaphores.h"
 
 namespace hopopen {

@@ -8,6 +8,7 @@
 #include "base_folders.h"
 #include "choose.h"
 #include "finding.h"
+#include "programs.h"
 
 namespace hopopen {
 

@@ -1,5 +1,7 @@
 #include "chromium_policy.h"
 
+#include <utility>
+
 #include "characters.h"
 
 namespace hopopen {

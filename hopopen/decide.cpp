@@ -9,6 +9,7 @@
 #include "definitions.h"
 #include "enumeration.h"
 #include "fault.h"
+#include "gateway.h"
 #include "host.h"
 #include "host_rules.h"
 #include "link_reader.h"

@@ -1,6 +1,7 @@
 #include "desktop_entry.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <optional>
 
 #include "key_file.h"

@@ -1,5 +1,7 @@
 #include "firefox_handler.h"
 
+#include "json.h"
+
 namespace hopopen {
 
 namespace {

@@ -1,7 +1,10 @@
 #include "firefox_policy.h"
 
+#include <vector>
+
 #include "characters.h"
 #include "firefox_handler.h"
+#include "json.h"
 
 namespace hopopen {
 

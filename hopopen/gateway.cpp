@@ -6,6 +6,7 @@
 #include "percent.h"
 #include "piece.h"
 #include "port.h"
+#include "refusal.h"
 
 namespace hopopen {
 

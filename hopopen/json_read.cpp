@@ -1,6 +1,8 @@
 #include "json_read.h"
 
+#include <cstddef>
 #include <string_view>
+#include <utility>
 
 namespace hopopen {
 

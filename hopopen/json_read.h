@@ -1,9 +1,11 @@
 // Reading JSON that other programs or people wrote.
 #pragma once
 
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
+#include <vector>
+
+#include "json.h"
 
 namespace hopopen {
 

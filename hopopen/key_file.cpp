@@ -1,6 +1,8 @@
 #include "key_file.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <utility>
 
 #include "conversion.h"
 

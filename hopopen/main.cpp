@@ -10,6 +10,7 @@
 #include "check.h"
 #include "definitions.h"
 #include "fault.h"
+#include "finding.h"
 #include "folders.h"
 #include "launch_log.h"
 #include "list.h"

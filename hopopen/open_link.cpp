@@ -18,6 +18,7 @@
 #include "link.h"
 #include "programs.h"
 #include "refusal.h"
+#include "route.h"
 #include "say.h"
 #include "shown.h"
 #include "start.h"

@@ -1,13 +1,12 @@
 #include "route.h"
 
 #include <cstdint>
-#include <string_view>
+#include <vector>
 
 #include "characters.h"
 #include "credentials.h"
 #include "meaning.h"
 #include "parameters.h"
-#include "percent.h"
 #include "piece.h"
 #include "port.h"
 #include "scheme.h"

@@ -4,6 +4,7 @@
 #include <array>
 #include <charconv>
 #include <iterator>
+#include <span>
 #include <string>
 #include <string_view>
 #include <system_error>

@@ -8,6 +8,7 @@
 
 #include "characters.h"
 #include "credentials.h"
+#include "host.h"
 #include "shown.h"
 #include "toml.h"
 #include "toml_read.h"

@@ -1,8 +1,6 @@
 #include "settings_host.h"
 
-#include <utility>
-
-#include "text_lines.h"
+#include <optional>
 
 namespace hopopen {
 

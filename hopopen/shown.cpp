@@ -1,6 +1,7 @@
 #include "shown.h"
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 #include <vector>
 

@@ -1,6 +1,7 @@
 #include "ssh_command.h"
 
 #include <algorithm>
+#include <optional>
 #include <string_view>
 
 #include "characters.h"

@@ -10,13 +10,17 @@
 #include "definition.h"
 #include "enumeration.h"
 #include "fill.h"
+#include "gateway.h"
 #include "host.h"
+#include "host_rules.h"
 #include "link.h"
 #include "parameters.h"
 #include "preferences.h"
 #include "programs.h"
 #include "refusal.h"
+#include "route.h"
 #include "shown.h"
+#include "trusted.h"
 
 namespace hopopen {
 

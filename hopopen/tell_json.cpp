@@ -7,12 +7,14 @@
 #include "choose.h"
 #include "definition.h"
 #include "fill.h"
+#include "gateway.h"
 #include "host.h"
 #include "json.h"
 #include "link.h"
 #include "parameters.h"
 #include "programs.h"
 #include "refusal.h"
+#include "route.h"
 #include "shown.h"
 
 namespace hopopen {

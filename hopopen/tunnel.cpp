@@ -7,13 +7,16 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstddef>
 #include <cstring>
 #include <optional>
 #include <vector>
 
 #include "descriptor.h"
+#include "fill.h"
+#include "gateway.h"
+#include "link.h"
 #include "output_signals.h"
+#include "route.h"
 #include "shown.h"
 #include "ssh_command.h"
 

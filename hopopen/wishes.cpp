@@ -1,5 +1,6 @@
 #include "wishes.h"
 
+#include <cstddef>
 #include <map>
 #include <optional>
 #include <vector>
