@@ -117,6 +117,26 @@ build_targets() {
   cmake --preset "$preset" "${more[@]}" && cmake --build --preset "$preset" ${1:+--target "$@"}
 }
 
+# --- Other systems -----------------------------------------------------------
+
+# furnish_devices FOLDER: what programs expect in /dev of another system.
+furnish_devices() {
+  local device
+  mount -t tmpfs -o mode=755 tmpfs "$1"
+  mkdir "$1/shm" "$1/pts"
+  for device in full null random tty urandom zero; do
+    touch "$1/$device"
+    mount --bind "/dev/$device" "$1/$device"
+  done
+  ln -s pts/ptmx "$1/ptmx"
+  ln -s /proc/self/fd "$1/fd"
+  ln -s fd/0 "$1/stdin"
+  ln -s fd/1 "$1/stdout"
+  ln -s fd/2 "$1/stderr"
+  mount -t tmpfs -o mode=1777 tmpfs "$1/shm"
+  mount -t devpts -o newinstance,ptmxmode=666,mode=620,gid=5 devpts "$1/pts"
+}
+
 # --- Checking and counting -------------------------------------------------------
 
 passed=0

@@ -63,24 +63,6 @@ enter() {
     PATH=/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin "${@:3}"
 }
 
-# furnish_devices FOLDER
-furnish_devices() {
-  local device
-  mount -t tmpfs -o mode=755 tmpfs "$1"
-  mkdir "$1/shm" "$1/pts"
-  for device in full null random tty urandom zero; do
-    touch "$1/$device"
-    mount --bind "/dev/$device" "$1/$device"
-  done
-  ln -s pts/ptmx "$1/ptmx"
-  ln -s /proc/self/fd "$1/fd"
-  ln -s fd/0 "$1/stdin"
-  ln -s fd/1 "$1/stdout"
-  ln -s fd/2 "$1/stderr"
-  mount -t tmpfs -o mode=1777 tmpfs "$1/shm"
-  mount -t devpts -o newinstance,ptmxmode=666,mode=620,gid=5 devpts "$1/pts"
-}
-
 case ${1:-} in
   make | run | enter)
     need_root 'it makes and enters installations of Debian'

@@ -7,6 +7,10 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <csignal>
+#include <filesystem>
+#include <string>
+
 #include "hopopen_runner.h"
 
 namespace hopopen_tunnel_test {
@@ -202,10 +206,13 @@ TEST(Tunnel, ShowsWhatSshSaysOnATerminalOnly) {
 
 TEST(Tunnel, IsNotWaitedForByWhatSshLeavesBehind) {
   const Site site;
-  site.ssh("sleep 5 &\n" + std::string(BIND));  // which keeps standard error open
+  // It keeps standard error open for longer than everything else lasts.
+  site.ssh("(sleep 60; touch '" + site.path("ended") + "') &\necho $! >'" + site.path("sleeper") +
+           "'\n" + std::string(BIND));
   const Outcome outcome = site.open();
   EXPECT_EQ(42, outcome.status) << outcome.err;
-  EXPECT_GT(4.0, outcome.seconds);
+  EXPECT_FALSE(std::filesystem::exists(site.path("ended"))) << "it was waited for";
+  kill(std::stoi(readFile(site.path("sleeper"))), SIGKILL);
 }
 
 TEST(Tunnel, LetsSshSayMuch) {

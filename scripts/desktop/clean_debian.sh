@@ -22,20 +22,9 @@ base=$home/base
 
 # furnish ROOT: what programs expect of a running system.
 furnish() {
-  local device
   mount -t proc proc "$1/proc"
   mount -t sysfs -o ro sysfs "$1/sys"
-  mount -t tmpfs -o mode=755 tmpfs "$1/dev"
-  mkdir "$1/dev/shm" "$1/dev/pts"
-  for device in full null random tty urandom zero; do
-    touch "$1/dev/$device"
-    mount --bind "/dev/$device" "$1/dev/$device"
-  done
-  ln -s pts/ptmx "$1/dev/ptmx"
-  ln -s /proc/self/fd "$1/dev/fd"
-  ln -s fd/0 "$1/dev/stdin"
-  mount -t tmpfs -o mode=1777 tmpfs "$1/dev/shm"
-  mount -t devpts -o newinstance,ptmxmode=666 devpts "$1/dev/pts"
+  furnish_devices "$1/dev"
 }
 
 # enter ROOT FOLDER COMMAND...: runs it there, in place of this script.
