@@ -46,6 +46,9 @@ set(share ${CMAKE_INSTALL_DATAROOTDIR})
 install(TARGETS hoplaunch hopexplain RUNTIME COMPONENT program)
 install(FILES desktop/hoplaunch.svg
   DESTINATION ${share}/icons/hicolor/scalable/apps COMPONENT program)
+# Every icon theme must have this size as a bitmap.
+install(FILES desktop/hoplaunch.png
+  DESTINATION ${share}/icons/hicolor/48x48/apps COMPONENT program)
 foreach(program hoplaunch hopexplain)
   install(FILES man/${program}.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT program)
   # bash and fish find the completions of a command under its name.

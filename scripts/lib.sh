@@ -69,6 +69,9 @@ need_root() {
 
 # The packages that building needs.
 build_packages=(g++ cmake ninja-build libcli11-dev libtomlplusplus-dev nlohmann-json3-dev)
+# Those that the Debian packages need, too.
+# shellcheck disable=SC2034  # of other scripts
+package_packages=(build-essential debhelper doxygen git graphviz lintian xz-utils)
 
 # --- Building ------------------------------------------------------------------
 
