@@ -62,6 +62,7 @@ install(FILES completions/_hoplaunch
 if(HOPLAUNCH_HOPOPEN)
   include(cmake/InstallHopopen.cmake)
 endif()
+include(cmake/Documents.cmake)
 install(FILES README.md SECURITY.md docs/viewers.md
   DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT program)
 install(DIRECTORY docs/images DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT program
