@@ -62,7 +62,7 @@ if(HOPLAUNCH_HOPOPEN)
     CLI11_VERSION_MAJOR CLI11_VERSION_MINOR CLI11_VERSION_PATCH)
   bill_package(CLI11 ${version} BSD-3-Clause "Person: Henry Schreiner" CONTAINS)
   get_filename_component(folder "${hoplaunch_header_toml++/toml.h}" DIRECTORY)
-  file(GLOB_RECURSE header "${folder}/*version.h")  # its folder differs from version to version
+  file(GLOB_RECURSE header "${folder}/*version.h*")  # its folder differs from version to version
   header_version(version "${header}" TOML_LIB_MAJOR TOML_LIB_MINOR TOML_LIB_PATCH)
   bill_package(toml++ ${version} MIT "Person: Mark Gillard" CONTAINS)
   get_filename_component(folder "${hoplaunch_header_nlohmann/json.hpp}" DIRECTORY)

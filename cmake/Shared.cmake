@@ -21,6 +21,12 @@ if(HOPLAUNCH_SHARED)
   target_precompile_headers(hoplaunch_support_shared PRIVATE ${hoplaunch_common_headers})
   target_link_options(hoplaunch_support_shared PRIVATE
     "LINKER:--version-script=${exports}" LINKER:--no-undefined)
+  # Not every build has every table of a template.
+  include(CheckLinkerFlag)
+  check_linker_flag(CXX LINKER:--undefined-version hoplaunch_undefined_version)
+  if(hoplaunch_undefined_version)
+    target_link_options(hoplaunch_support_shared PRIVATE LINKER:--undefined-version)
+  endif()
   add_library(hoplaunch::hoplaunch ALIAS hoplaunch_support_shared)
   list(APPEND libraries hoplaunch_support_shared)
 else()

@@ -71,7 +71,7 @@ need_root() {
 build_packages=(g++ cmake ninja-build libcli11-dev libtomlplusplus-dev nlohmann-json3-dev)
 # Those that the Debian packages need, too.
 # shellcheck disable=SC2034  # of other scripts
-package_packages=(build-essential debhelper doxygen git graphviz lintian xz-utils)
+package_packages=(build-essential debhelper doxygen git graphviz lintian pkg-kde-tools xz-utils)
 
 # --- Building ------------------------------------------------------------------
 

@@ -30,6 +30,7 @@ starts() {
   diff <(printf '<%s>' "$1/bin/hopopen" -- "$link" && echo) <(timeout 20 cat "$said" && echo)
 }
 
+# shellcheck disable=SC2016  # a name
 for name in plain 'a blank' 'a%cent' 'a $dollar' 'a"quote' 'a`tick' "an'apostrophe" 'ä~b#c'; do
   prefix=$scratch/prefix/$name
   check "entries for \"$name\"" configured "$prefix"
