@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # What describes the programs to other programs: the metadata for software centres, and the bill
 # of materials.  Both have the date of SOURCE_DATE_EPOCH, if that is set.
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The shared library, and the name by which other projects link the library: built within
 # this project, as a folder of theirs or installed, hoplaunch::hoplaunch is the shared
 # library if there is one, and hoplaunch::static the other.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Checks a bill of materials against the rules of SPDX 2.3, and prints what is in it.
 #   jq --raw-output --from-file scripts/bill_of_materials.jq FILE
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Sourced by the project's scripts, in the top folder: installing what is missing, building,
 # checking and counting.
 # shellcheck shell=bash

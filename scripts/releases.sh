@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Does what the README says on minimal installations of Debian, and writes what happened into
 # docs/releases.md.  As root.
 #

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Tries the source package as an archive would, in installations of Debian 13 and of sid.  As
 # root.
 #

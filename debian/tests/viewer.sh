@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Sourced by the tests: a viewer that notes what it is given.
 # shellcheck shell=sh
 

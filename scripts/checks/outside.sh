@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Programs outside the project, on the installed library.
 # They find it through CMake and through pkg-config, and are linked with the shared and with the static library.  Builds and runs them, and
 # compares what the shared library exports with the headers.

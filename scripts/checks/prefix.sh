@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # That what is installed works below any prefix, and where it was moved to.
 # Arguments: [BUILD-FOLDER]
 # shellcheck shell=bash source=scripts/lib.sh

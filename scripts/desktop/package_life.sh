@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Tries the packages that ./package has built, as root, in a fresh Debian that is
 # removed at the end: installs them, uses them, installs them over themselves and over the
 # package as it was before hopopen, removes and purges them, and shows that nothing is

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Shows the packages at work on a desktop, end to end: builds them, tries their life, and
 # puts them into a clean Debian with all viewers of viewers/, where
 #
