@@ -9,9 +9,9 @@ need git
 unnamed() {
   local file
   while read -r file; do
-    head -n 2 "$file" | grep -q 'SPDX-License-Identifier: MIT$' || printf '%s\n' "$file"
+    head -n 2 "$file" | grep -q 'SPDX-License''-Identifier: MIT$' || printf '%s\n' "$file"
   done < <(
-    git ls-files '*.c' '*.cpp' '*.h' '*.py' '*.sh' '*.cmake' '*CMakeLists.txt' 'completions/*'
+    git ls-files '*.c' '*.cpp' '*.mjs' '*.h' '*.py' '*.sh' '*.cmake' '*CMakeLists.txt' 'completions/*'
     git grep -lI '^#!' -- ':!docs' ':!*.md' ':!fuzz/corpus' ':!tests/data'
   )
 }
