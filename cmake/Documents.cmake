@@ -83,6 +83,7 @@ if(HOPLAUNCH_STATIC AND hoplaunch_header_features)
 endif()
 # Two builds have the same name only if they have the same parts.
 string(SHA256 hash "${created}${bill_packages}${CMAKE_SYSTEM_PROCESSOR}")
+set(data_license CC0-1.0)  # as SPDX wants it
 configure_file(cmake/bill_of_materials.json.in hoplaunch.spdx.json @ONLY)
 
 install(FILES ${PROJECT_BINARY_DIR}/${component}.metainfo.xml
