@@ -97,8 +97,8 @@ judge_root() {
     printf '**said nothing of a click**'
   elif [[ $1 == test ]]; then
     printf '%s' "$last"
-  elif [[ $1 == package && $(grep -c '\.deb$' "$3") != 3 ]]; then
-    printf '**not three packages**'
+  elif [[ $1 == package && $(grep -c '\.deb$' "$3") != 4 ]]; then
+    printf '**not four packages**'
   elif [[ $1 == scriptsreference && ! -s build/reference/index.html ]]; then
     printf '**no index.html**'
   else

@@ -14,7 +14,7 @@ need debootstrap
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 debian=$scratch/debian
-packages=(hoplaunch libhoplaunch1 libhoplaunch-dev)
+packages=(hoplaunch hoplaunch-doc libhoplaunch1 libhoplaunch-dev)
 
 # --- The fresh Debian --------------------------------------------------------
 
@@ -104,13 +104,14 @@ files_are_listed() {
   diff <(sed "s/MACHINE/$(inside ls /usr/lib | grep linux-gnu)/" tests/data/package_files.txt) <(
     for package in "${packages[@]}"; do
       while read -r path; do
-        if [[ ! -d $debian$path && $path != /usr/include/* ]]; then
+        if [[ ! -d $debian$path && $path != /usr/include/* && $path != */doc/hoplaunch/reference/* ]]; then
           printf '%s %s\n' "$package" "$path"
         fi
       done < <(inside dpkg --listfiles "$package")
     done | LC_ALL=C sort
   )
 }
+reference_is_there() { [[ -s $debian/usr/share/doc/hoplaunch/reference/index.html ]]; }
 headers_are_there() { diff <(ls include) <(ls "$debian/usr/include/hoplaunch"); }
 
 # opened OPENER... LINK: opens the link, and shows what the viewer was given.
@@ -206,6 +207,7 @@ check 'install' install_packages
 check 'installed' installed
 check 'files' files_are_listed
 check 'headers' headers_are_there
+check 'reference' reference_is_there
 check 'entries are valid' inside sh -c 'desktop-file-validate /usr/share/applications/ho*.desktop'
 check 'the shared library is known' inside sh -c 'ldconfig -p | grep -q libhoplaunch.so.1'
 check 'hopexplain' inside hopexplain 'vnc://localhost/'
