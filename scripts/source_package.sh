@@ -160,6 +160,7 @@ step_nodoc() {
 step_cross() {
   dpkg --add-architecture arm64
   build_dependencies --host-architecture=arm64 --build-profiles=cross,nocheck --arch-only
+  apt-get install -y -qq --no-install-recommends crossbuild-essential-arm64
   source_in /build
   cd /build/hoplaunch || return
   DEB_BUILD_OPTIONS=nocheck dpkg-buildpackage --host-arch=arm64 --build-profiles=cross,nocheck \

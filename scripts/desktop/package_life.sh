@@ -177,10 +177,10 @@ install_before() {
     inside dpkg --listfiles hoplaunch >"$scratch/files_before"
 }
 
-# Of what the package had before, only what it still has is there.
+# Of what the package had before, only what the packages have now is there.
 no_dead_file() {
   local path
-  inside dpkg --listfiles hoplaunch >"$scratch/files_now"
+  inside dpkg --listfiles "${packages[@]}" >"$scratch/files_now"
   while read -r path; do
     if [[ -e $debian$path && ! -d $debian$path ]]; then
       printf 'still there: %s\n' "$path"
