@@ -130,7 +130,7 @@ test_packages() {
 }
 step_autopkgtest() { test_packages null; }
 step_autopkgtest-chroot() {
-  minimal "/minimal.tar" && mkdir /minimal && tar -C /minimal --extract --file=/minimal.tar || return
+  minimal /minimal.tar ca-certificates && mkdir /minimal && tar -C /minimal --extract --file=/minimal.tar || return
   test_packages chroot /minimal
 }
 
