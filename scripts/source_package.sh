@@ -128,7 +128,7 @@ test_packages() {
   done
   source_in /build
   apt-get update -qq
-  autopkgtest --no-built-binaries "${debs[@]}" /build/hoplaunch -- "$@"
+  autopkgtest --apt-upgrade --no-built-binaries "${debs[@]}" /build/hoplaunch -- "$@"
 }
 step_autopkgtest() { test_packages null; }
 step_autopkgtest-chroot() {
