@@ -24,6 +24,9 @@ class catalog {
   explicit catalog(std::string_view text);
   explicit catalog(const std::vector<definition>& viewers);
 
+  /// True when no file is known.
+  bool empty() const { return m_lines.empty(); }
+
   /// The outline of the definition in a file, if the file is as it was.
   std::optional<definition> find(const std::string& path, const stamp& identity) const;
 
