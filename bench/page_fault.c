@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /* Prints what a page fault costs, in nanoseconds: the median of many rounds in which fresh
    pages of memory are touched. */
 

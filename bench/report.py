@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Prints tables of the measurements, and draws the plots.
 
     report.py RESULTS IMAGES [--keep]

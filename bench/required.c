@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /* What a launch must do, and nothing else: both expressions for URIs are compiled and matched,
    the sets of semaphores are drawn, checked, used as often as a launch uses them, and removed.
    Then it becomes the program that its arguments name.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # What describes the programs to other programs: the metadata for software centres, and the bill
 # of materials.  Both have the date of SOURCE_DATE_EPOCH, if that is set.
 
@@ -62,7 +63,7 @@ if(HOPLAUNCH_HOPOPEN)
     CLI11_VERSION_MAJOR CLI11_VERSION_MINOR CLI11_VERSION_PATCH)
   bill_package(CLI11 ${version} BSD-3-Clause "Person: Henry Schreiner" CONTAINS)
   get_filename_component(folder "${hoplaunch_header_toml++/toml.h}" DIRECTORY)
-  file(GLOB_RECURSE header "${folder}/*version.h")  # its folder differs from version to version
+  file(GLOB_RECURSE header "${folder}/*version.h*")  # its folder differs from version to version
   header_version(version "${header}" TOML_LIB_MAJOR TOML_LIB_MINOR TOML_LIB_PATCH)
   bill_package(toml++ ${version} MIT "Person: Mark Gillard" CONTAINS)
   get_filename_component(folder "${hoplaunch_header_nlohmann/json.hpp}" DIRECTORY)
@@ -82,6 +83,7 @@ if(HOPLAUNCH_STATIC AND hoplaunch_header_features)
 endif()
 # Two builds have the same name only if they have the same parts.
 string(SHA256 hash "${created}${bill_packages}${CMAKE_SYSTEM_PROCESSOR}")
+set(data_license CC0-1.0)  # as SPDX wants it
 configure_file(cmake/bill_of_materials.json.in hoplaunch.spdx.json @ONLY)
 
 install(FILES ${PROJECT_BINARY_DIR}/${component}.metainfo.xml

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # What `cmake --install` puts where.  Three components:
 # "program", "library" (the shared library alone) and "development".
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # What belongs to the front door: the program, the viewers that it knows, and the desktop
 # entries that start it.
 

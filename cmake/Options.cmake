@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The options, what every target of the project is compiled with, and what those of other
 # projects are.
 

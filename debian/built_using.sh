@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
 # Prints the source packages whose code is compiled or linked into the programs, as a line of
 # substitution variables.
 set -eu

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The catalog: the definitions of viewers in outline, as an earlier reading found them.
 //
 // A click must be quick also where hundreds of definitions are installed.  An outline is

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Builds everything with each compiler that is supported, each in the oldest Debian that has
 # it, and runs all tests.  A warning of a compiler or of CMake is a failure.  As root.
 #

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Writes what is generated in the documents (see scripts/figures): figures that were measured,
 the lists of items and flags, and the picture of the layers.
 

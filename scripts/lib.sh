@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Sourced by the project's scripts, in the top folder: installing what is missing, building,
 # checking and counting.
 # shellcheck shell=bash
@@ -73,7 +74,7 @@ need_root() {
 build_packages=(g++ cmake ninja-build libcli11-dev libtomlplusplus-dev nlohmann-json3-dev)
 # Those that the Debian packages need, too.
 # shellcheck disable=SC2034  # of other scripts
-package_packages=(build-essential debhelper doxygen git graphviz lintian xz-utils)
+package_packages=(build-essential debhelper doxygen git graphviz lintian pkg-kde-tools xz-utils)
 
 # --- Building ------------------------------------------------------------------
 

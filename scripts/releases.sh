@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Does what the README says on minimal installations of Debian, and writes what happened into
 # docs/releases.md.  As root.
 #
@@ -98,8 +99,8 @@ judge_root() {
     printf '**said nothing of a click**'
   elif [[ $1 == test || $1 == scriptsdesktopnewcomersh ]]; then
     printf '%s' "$last"
-  elif [[ $1 == package && $(grep -c '\.deb$' "$3") != 3 ]]; then
-    printf '**not three packages**'
+  elif [[ $1 == package && $(grep -c '\.deb$' "$3") != 4 ]]; then
+    printf '**not four packages**'
   elif [[ $1 == scriptsreference && ! -s build/reference/index.html ]]; then
     printf '**no index.html**'
   else

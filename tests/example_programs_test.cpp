@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Runs the programs of examples/ as their transcripts show.  A line of a transcript that
 // begins with "$ " is a command for the shell; the lines up to the next one are what it
 // writes.  The tutorial's code and its sessions are those of its example.

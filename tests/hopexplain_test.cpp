@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // hopexplain as its users see it, side by side with the launcher: it says about a
 // command line what the launcher does with it.
 

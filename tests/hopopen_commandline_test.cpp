@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The command line of hopopen: exactly one request, and words as they are.
 
 #include "hopopen_runner.h"

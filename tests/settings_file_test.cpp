@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Changes of a settings file on disk, by one process and by many at once.
 
 #include "settings_file.h"

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # That whoever shows a link and whoever opens it agree.
 # Of every link that hopopen accepts, browsers' URL standard (by node), libcurl and GLib must
 # read the same user, host and port.

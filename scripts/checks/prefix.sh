@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # That what is installed works below any prefix, and where it was moved to.
 # Arguments: [BUILD-FOLDER]
 # shellcheck shell=bash source=scripts/lib.sh
@@ -30,6 +31,7 @@ starts() {
   diff <(printf '<%s>' "$1/bin/hopopen" -- "$link" && echo) <(timeout 20 cat "$said" && echo)
 }
 
+# shellcheck disable=SC2016  # a name
 for name in plain 'a blank' 'a%cent' 'a $dollar' 'a"quote' 'a`tick' "an'apostrophe" 'ä~b#c'; do
   prefix=$scratch/prefix/$name
   check "entries for \"$name\"" configured "$prefix"

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # That scripts/release finds each thing that must not be so in a release.
 # shellcheck shell=bash source=scripts/lib.sh
 set -uo pipefail
