@@ -18,22 +18,24 @@ place='/srv/ein Ördner/hoplaunch'
 
 # make FOLDER RELEASE [PACKAGE...]
 make() {
-  local folder=$1 base=$1/base options=() machines
+  local folder=$1 base=$1/base options=() machines source=()
   [[ ! -e $base/etc/made ]] || return 0
   need mmdebstrap
   rm -rf --one-file-system "$base"
   mkdir -p "$folder/archives/partial"
   # The mirror may be a snapshot.  Of the other releases an expired index is a fault.
   [[ $2 != sid ]] || options=(--aptopt='Acquire::Check-Valid-Until "false"')
-  machines=$(dpkg --print-architecture)$(printf '%s\n' "${@:3}" | sed -n 's/.*:/,/p' | sort -u | xargs printf %s)
+  machines=$(printf '%s\n' "${@:3}" | sed -n 's/.*:/,/p' | sort -u | paste -sd '')
+  # Libraries must have the same version on all machines, and updates come to some before others.
+  [[ -z $machines ]] || source=("deb http://deb.debian.org/debian $2 main")
   # shellcheck disable=SC2016  # the hooks'
   quietly "$folder/base.log" mmdebstrap --variant=minbase \
-    --architectures="$machines" --include="$(IFS=, && echo "${*:3}")" \
+    --architectures="$(dpkg --print-architecture)$machines" --include="$(IFS=, && echo "${*:3}")" \
     "${options[@]}" \
     --customize-hook='chroot "$1" useradd --create-home --shell /bin/bash somebody' \
     --customize-hook='mkdir "$1/result"' \
     --customize-hook='cat "$1"/var/lib/apt/lists/*_dists_'"$2"'_InRelease >"$1/etc/made"' \
-    "$2" "$base"
+    "$2" "$base" "${source[@]}"
 }
 
 # run FOLDER RESULT COMMAND...
