@@ -23,23 +23,26 @@ declare -A emulators=([arm64]=aarch64 [armhf]=arm [ppc64el]=ppc64le [riscv64]=ri
 
 # --- Inside -------------------------------------------------------------------------
 
-# inside MACHINE: builds, in a tree that stays, so that only what changed is compiled anew.  Then
-# the rest, where the kernel starts programs of the machine by qemu-user: the kernel has a
-# list for each user namespace.
+# inside MACHINE: builds in /result/build, of a tree that stays, too, so that only what changed is
+# compiled anew.  Then the rest, where the kernel starts programs of the machine by qemu-user: it
+# has a list of what it starts so for each user namespace.
 inside() {
   local arguments=() targets=("${compared[@]}")
   [[ -d /result/source ]] || git clone -q . /result/source
   git -C /result/source fetch -q "$PWD" HEAD
   git -C /result/source checkout -q --detach FETCH_HEAD
-  cd /result/source
+  mkdir /src
+  mount --bind /result/source /src
+  cd /src
   export CCACHE_DIR=/result/ccache CCACHE_SLOPPINESS=pch_defines,time_macros
   if [[ $1 != amd64 ]]; then
     targets+=(all)
     arguments=(-DCMAKE_SYSTEM_NAME=Linux "-DCMAKE_SYSTEM_PROCESSOR=${emulators[$1]}"
       "-DCMAKE_CXX_COMPILER=${compilers[$1]}-g++")
   fi
-  cmake --preset release -DHOPLAUNCH_WERROR=ON -DCMAKE_CXX_COMPILER_LAUNCHER=ccache "${arguments[@]}"
-  cmake --build --preset release --target "${targets[@]}"
+  cmake -G Ninja -S . -B /result/build -DCMAKE_BUILD_TYPE=Release -DHOPLAUNCH_WERROR=ON \
+    -DCMAKE_CXX_COMPILER_LAUNCHER=ccache "${arguments[@]}"
+  cmake --build /result/build -j "$(nproc)" --target "${targets[@]}"
   exec unshare --user --map-users=0,0,65536 --map-groups=0,0,65536 --mount --ipc --pid --fork \
     --kill-child --mount-proc bash scripts/machines.sh emulated "$1"
 }
@@ -53,7 +56,7 @@ emulated() {
     run_tests "$1" || status=$?
   fi
   rm -rf /texts && mkdir /texts
-  (cd /texts && print_texts /result/source >/result/texts 2>&1) || status=$?
+  (cd /texts && print_texts >/result/texts 2>&1) || status=$?
   return "$status"
 }
 
@@ -63,7 +66,7 @@ names() { awk -F '\t' -v m="$1" '/^[^#]/ && ($1 == "all" || $1 == m) { print $2 
 # run_tests MACHINE: all but those.  A name that no test has is a fault.
 run_tests() {
   local known status=0 name
-  known=$(ctest --preset release -N | sed -n 's/^ *Test *#[0-9]*: //p')
+  known=$(ctest --test-dir /result/build -N | sed -n 's/^ *Test *#[0-9]*: //p')
   while read -r name; do
     grep -qxF "$name" <<<"$known" || {
       printf '%s: no test has the name %s\n' "$left_out" "$name"
@@ -71,29 +74,28 @@ run_tests() {
     }
   done < <(names "$1")
   # shellcheck disable=SC2016  # of sed
-  ctest --preset release -j 2 --output-junit /result/tests.xml \
-    -E "^($(names "$1" | sed 's/[][().*+?^$|\\]/\\&/g' | paste -sd '|'))\$" >/result/tests.log 2>&1 ||
+  ctest --test-dir /result/build -j "$(nproc)" --output-on-failure \
+    --output-junit /result/tests.xml -E "^($(names "$1" | sed 's/[][().*+?^$|\\]/\\&/g' | paste -sd '|'))\$" >/result/tests.log 2>&1 ||
     status=1
   return "$status"
 }
 
 # --- What is compared ----------------------------------------------------------------
 
-compared=(hoplaunch hopexplain hopopen demo_viewer machine_texts greet names tutorial uris json_events)
+compared=(hoplaunch hopexplain hopopen demo_viewer machine_texts greet names uris)
 
-# print_texts SOURCE: what the programs print, without time and process.
+# print_texts: what the programs print, without time and process.
 print_texts() {
-  local built=$1/build/release link
+  local built=/result/build link
   mkdir programs
   for link in xtigervncviewer vncviewer putty; do
     ln -s "$built/demo_viewer" "programs/$link"
   done
-  mkdir -p share/hoplaunch && cp -r "$1/viewers" share/hoplaunch
-  export PATH=$PWD/programs:$built:$built/examples:$PATH HOME=$PWD/home XDG_DATA_DIRS=$PWD/share
+  mkdir -p share/hoplaunch && cp -r /src/viewers share/hoplaunch
+  export PATH=$PWD/programs:$built:$PATH HOME=$PWD/home XDG_DATA_DIRS=$PWD/share
   mkdir home
-  machine_texts 2>/dev/null || "$built/tests/machine_texts"
-  for link in greet names uris; do
-    said "$link"
+  for link in tests/machine_texts examples/{greet,names,uris}; do
+    said "$built/$link"
   done
   said hoplaunch -log=launch.log 'vnc://localhost:5900/?shared=1'
   said hoplaunch -log=launch.log -style=separate 'ssh://user@host/?a=%C3%A9'
@@ -103,7 +105,7 @@ print_texts() {
   said hopopen --list --format json
   while IFS= read -r link; do
     said hopopen --dry-run --format json -- "$link"
-  done < <(grep '^[^ #]' "$1/tests/links.txt")
+  done < <(grep '^[^ #]' /src/tests/links.txt)
   sed -E 's/[0-9]{8}T[0-9]{6}/TIME/; s/\[[0-9]+\]/[PROCESS]/' launch.log
 }
 
