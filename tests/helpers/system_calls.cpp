@@ -39,7 +39,7 @@ bool hasArgument(int semctlCommand) {
 }  // namespace
 
 // The linker gives the system's functions the name __real_NAME, and calls __wrap_NAME instead
-// of NAME.  Where `time_t` is wider than `long`, the headers put others in the place of some.
+// of NAME.  Where `time_t` is wider than `long`, the headers use others instead of some.
 #ifdef WIDE_TIME
 #define WRAPPED(prefix, name, wide) prefix##wide
 #else
