@@ -90,7 +90,7 @@ names() { awk -F '\t' -v m="$1" '/^[^#]/ && ($1 == "all" || $1 == m) { print $2 
 
 # run_tests MACHINE: all but those.  A name that no test has is a fault.
 run_tests() {
-  local known status=0 name
+  local known status=0 name names
   known=$(ctest --test-dir /result/build -N | sed -n 's/^ *Test *#[0-9]*: //p')
   while read -r name; do
     grep -qxF "$name" <<<"$known" || {
@@ -99,9 +99,11 @@ run_tests() {
     }
   done < <(names "$1")
   # shellcheck disable=SC2016  # of sed
-  ctest --test-dir /result/build -j "$(nproc)" --output-on-failure \
-    --output-junit /result/tests.xml -E "^($(names "$1" | sed 's/[][().*+?^$|\\]/\\&/g' | paste -sd '|'))\$" >/result/tests.log 2>&1 ||
-    status=1
+  names=$(names "$1" | sed 's/[][().*+?^$|\\]/\\&/g' | paste -sd '|')
+  # What runs in the background ignores signals.
+  env --default-signal ctest --test-dir /result/build -j "$(nproc)" --output-on-failure \
+    --output-junit /result/tests.xml -E "^($names)\$" >/result/tests.log 2>&1 || status=1
+  grep -E '^ *[0-9]+/[0-9]+ Test .*\*\*\*' /result/tests.log || true
   return "$status"
 }
 
