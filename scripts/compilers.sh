@@ -81,7 +81,7 @@ inside() {
       ;;
   esac
   export HOPLAUNCH_CMAKE_ARGS=${arguments[*]} HOPLAUNCH_CTEST_ARGS='--parallel 2'
-  cmake --preset release "${arguments[@]}" && cmake --build --preset release -- -k 0 &&
+  cmake --preset release "${arguments[@]}" && cmake --build --preset release -- -k 0 -j "$(nproc)" &&
     { [[ ${3:-} == --build ]] || ./test; }
 }
 
