@@ -21,6 +21,7 @@ import figures  # noqa: E402
 
 OWN = "hoplaunch"
 DOOR, ALL, MANY = (f"hopopen, {count} definitions" for count in (10, 20, 200))
+NO_CATALOG = ", no catalog"
 WRAPPED = "hoplaunch, shell wrapper"
 CLICK, OTHER_CLICK = "hopopen, Remmina", "Remmina's own handler"
 STATIC, DYNAMIC = "bare execvp, static", "bare execvp, dynamic"
@@ -85,7 +86,8 @@ def read_launches(folder):
     for launch in result.values():
         launch["against"] = {
             other: ratios(launch["times"], result[other]["times"])
-            for other in (STATIC, DYNAMIC, WRAPPED, DOOR, "gio open", "xdg-open")
+            for other in (STATIC, DYNAMIC, WRAPPED, DOOR, DOOR + NO_CATALOG, "gio open",
+                          "xdg-open")
         }
     return result
 
@@ -175,6 +177,8 @@ def targets(launches, library):
     yield "hopopen against xdg-open", 0.05, door["against"]["xdg-open"][1]
     yield "hopopen against the bare dynamic program", 1.5, door["against"][DYNAMIC][1]
     yield "hopopen, 20 definitions against 10", 1.1, launches[ALL]["against"][DOOR][1]
+    yield ("hopopen, 20 definitions against 10, no catalog", 1.1,
+           launches[ALL + NO_CATALOG]["against"][DOOR + NO_CATALOG][1])
     yield "hopopen, 200 definitions against 10", 2.0, launches[MANY]["against"][DOOR][1]
     for (task, size), times in library.items():
         name = f"{task}, {size}"

@@ -52,6 +52,7 @@ add_library(hoplaunch_opening STATIC
   hopopen/open_link.cpp
   hopopen/options.cpp
   hopopen/out_of_memory.cpp
+  hopopen/outline.cpp
   hopopen/parameters.cpp
   hopopen/paths.cpp
   hopopen/percent.cpp
@@ -76,6 +77,7 @@ add_library(hoplaunch_opening STATIC
   hopopen/settings_host.cpp
   hopopen/settings_pairs.cpp
   hopopen/settings_remove.cpp
+  hopopen/shipped.cpp
   hopopen/shown.cpp
   hopopen/ssh_command.cpp
   hopopen/start.cpp

@@ -13,18 +13,22 @@ folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 mkdir -p "$folder/programs" "$folder/share/hoplaunch"
 cp -rp viewers "$folder/share/hoplaunch"
-for name in xtigervncviewer remmina putty; do
+for name in xtigervncviewer remmina putty sdl-freerdp3; do
   cp /bin/true "$folder/programs/$name"
 done
-started=("HOME=$folder/home" "PATH=$folder/programs" "XDG_DATA_DIRS=$folder/share")
-env -i "${started[@]}" "$hopopen" --list >/dev/null  # leaves the catalog
+started=("PATH=$folder/programs" "XDG_DATA_DIRS=$folder/share")
+sleep 3  # what was changed just now is not in the catalog
+env -i "${started[@]}" "HOME=$folder/catalog" "$hopopen" --list >/dev/null
 
 count=0
-for link in vnc://localhost:5900 'vnc://user@[::1]?ViewOnly=true&QualityLevel=5' ssh://user@host; do
-  count=$((count + 1))
-  env -i "${started[@]}" "$(command -v valgrind)" -q --tool=callgrind --demangle=no \
-    --dump-before=execve --callgrind-out-file="$folder/calls$count" "$hopopen" "$link" \
-    >/dev/null 2>&1 || true
+for home in catalog new; do
+  for link in vnc://localhost:5900 'vnc://user@[::1]?ViewOnly=true&QualityLevel=5' \
+    ssh://user@host rdp://user@host; do
+    count=$((count + 1))
+    env -i "${started[@]}" "HOME=$folder/$home" "$(command -v valgrind)" -q --tool=callgrind \
+      --demangle=no --dump-before=execve --callgrind-out-file="$folder/calls$count" \
+      "$hopopen" "$link" >/dev/null 2>&1 || true
+  done
 done
 
 # The C library's sources are compiled to one section each, so its files are named.

@@ -4,8 +4,8 @@
 #include <charconv>
 #include <cstdint>
 #include <set>
-#include <system_error>
-#include <utility>
+
+#include "outline.h"
 
 namespace hopopen {
 
@@ -13,7 +13,6 @@ namespace {
 
 constexpr std::string_view HEAD = "hopopen catalog 3\n";
 constexpr char BETWEEN_FIELDS = '\t';
-constexpr char BETWEEN_TEXTS = '\x1f';  // no text of a definition has a control character
 
 template <class Number>
 void append(Number number, std::string& to) {
@@ -39,59 +38,8 @@ std::string keyOf(const std::string& path, const stamp& identity) {
   return result;
 }
 
-std::string joined(const std::vector<std::string>& texts) {
-  std::string result;
-  for (const std::string& text : texts) {
-    if (!result.empty()) {
-      result += BETWEEN_TEXTS;
-    }
-    result += text;
-  }
-  return result;
-}
-
 std::string lineOf(const definition& viewer) {
-  std::string result = keyOf(viewer.file, viewer.identity);
-  for (const std::string& field :
-       {viewer.name, viewer.title, joined(viewer.schemes), joined(viewer.programs),
-        joined(viewer.unguarded), std::string(viewer.terminal ? "terminal" : ""),
-        std::string(viewer.inVariables ? "variables" : "")}) {
-    result += field + BETWEEN_FIELDS;
-  }
-  append(viewer.rank, result);
-  return result + '\n';
-}
-
-// Takes the text up to the next `end` off the front; all of it if there is none.
-std::string_view taken(std::string_view& from, char end) {
-  const std::string_view result = from.substr(0, from.find(end));
-  from.remove_prefix(std::min(from.size(), result.size() + 1));
-  return result;
-}
-
-std::vector<std::string> parted(std::string_view texts) {
-  std::vector<std::string> result;
-  while (!texts.empty()) {
-    result.emplace_back(taken(texts, BETWEEN_TEXTS));
-  }
-  return result;
-}
-
-std::optional<definition> readOutline(std::string_view line) {
-  std::optional<definition> result(std::in_place);
-  result->name = taken(line, BETWEEN_FIELDS);
-  result->title = taken(line, BETWEEN_FIELDS);
-  result->schemes = parted(taken(line, BETWEEN_FIELDS));
-  result->programs = parted(taken(line, BETWEEN_FIELDS));
-  result->unguarded = parted(taken(line, BETWEEN_FIELDS));
-  result->terminal = !taken(line, BETWEEN_FIELDS).empty();
-  result->inVariables = !taken(line, BETWEEN_FIELDS).empty();
-  const char* const end = line.data() + line.size();
-  const auto [stop, error] = std::from_chars(line.data(), end, result->rank);
-  if (error != std::errc() || stop != end) {
-    result.reset();
-  }
-  return result;
+  return keyOf(viewer.file, viewer.identity) + outlineText(viewer) + '\n';
 }
 
 }  // namespace
@@ -142,7 +90,6 @@ std::optional<definition> catalog::find(const std::string& path, const stamp& id
   if (result) {
     result->file = path;
     result->identity = identity;
-    result->whole = false;
   }
   return result;
 }

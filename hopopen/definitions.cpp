@@ -10,6 +10,7 @@
 #include "definition_reader.h"
 #include "file.h"
 #include "paths.h"
+#include "shipped.h"
 #include "stamp.h"
 
 namespace hopopen {
@@ -23,27 +24,37 @@ bool isName(std::string_view text) {
                                       [](char c) { return isLower(c) || isDigit(c) || c == '-'; });
 }
 
+enum class extent : unsigned char { OUTLINE, WHOLE };
+
 // Reads a definition; nothing if it hides its viewer, or has a fault.
-std::optional<definition> readOne(const std::string& name, const std::string& path, faults& found) {
+std::optional<definition> readOne(const std::string& name, const std::string& path, extent needed,
+                                  faults& found) {
   const fileText file = readFile(path);
   std::optional<definition> result;
   if (!file.found || !file.error.empty()) {
     found.push_back({path, 1, 1, file.error.empty() ? "there is no file" : file.error});
   } else if (!file.text.empty()) {
-    result = readDefinition(name, file.text, path, found);
+    result = needed == extent::OUTLINE ? shippedOutline(name, file.text) : std::nullopt;
+    result = result ? std::move(result) : readDefinition(name, file.text, path, found);
   }
   if (result) {
+    result->file = path;
     result->identity = file.identity;
   }
   return result;
 }
 
-std::optional<definition> outlineOf(const std::string& path, const catalog& outlines) {
+// Reads as little of a definition as it takes to choose its viewer.
+std::optional<definition> readOutlineOf(const std::string& name, const std::string& path,
+                                        const catalog& outlines, faults& found) {
   const auto identity = stampOf(path);
-  return identity ? outlines.find(path, *identity) : std::nullopt;
+  auto result = identity ? outlines.find(path, *identity) : std::nullopt;
+  return result ? std::move(result) : readOne(name, path, extent::OUTLINE, found);
 }
 
-definitions read(const std::vector<std::string>& folders, const catalog& outlines, bool all) {
+enum class wanted : unsigned char { OUTLINES, DEFINITIONS, FAULTS_OF_ALL };
+
+definitions read(const std::vector<std::string>& folders, wanted what, const catalog& outlines) {
   definitions result;
   std::set<std::string> taken;
   std::set<std::string> visited;
@@ -64,13 +75,11 @@ definitions read(const std::vector<std::string>& folders, const catalog& outline
         continue;
       }
       const bool wins = taken.insert(name).second;
-      if (!wins && !all) {
+      if (!wins && what != wanted::FAULTS_OF_ALL) {
         continue;
       }
-      auto viewer = outlineOf(path, outlines);
-      if (!viewer) {
-        viewer = readOne(name, path, result.found);
-      }
+      auto viewer = what == wanted::OUTLINES ? readOutlineOf(name, path, outlines, result.found)
+                                             : readOne(name, path, extent::WHOLE, result.found);
       if (viewer && wins) {
         result.viewers.push_back(std::move(*viewer));
       }
@@ -97,8 +106,12 @@ bool definitions::open(const std::string& scheme) const {
                      [&](const definition& one) { return one.opens(scheme); });
 }
 
-definitions readDefinitions(const std::vector<std::string>& folders, const catalog& outlines) {
-  return read(folders, outlines, false);
+definitions readDefinitions(const std::vector<std::string>& folders) {
+  return read(folders, wanted::DEFINITIONS, {});
+}
+
+definitions readOutlines(const std::vector<std::string>& folders, const catalog& outlines) {
+  return read(folders, wanted::OUTLINES, outlines);
 }
 
 void readWhole(definitions& known, const std::vector<std::string>& names) {
@@ -106,7 +119,7 @@ void readWhole(definitions& known, const std::vector<std::string>& names) {
     if (viewer.whole || std::find(names.begin(), names.end(), viewer.name) == names.end()) {
       return false;
     }
-    auto read = readOne(viewer.name, viewer.file, known.found);
+    auto read = readOne(viewer.name, viewer.file, extent::WHOLE, known.found);
     if (read) {
       viewer = std::move(*read);
     }
@@ -115,7 +128,7 @@ void readWhole(definitions& known, const std::vector<std::string>& names) {
 }
 
 definitions readAllDefinitions(const std::vector<std::string>& folders) {
-  return read(folders, {}, true);
+  return read(folders, wanted::FAULTS_OF_ALL, {});
 }
 
 }  // namespace hopopen

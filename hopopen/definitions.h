@@ -22,9 +22,12 @@ struct definitions {
 };
 
 /// Reads the files NAME.toml of the folders.  The first folder that has a name wins, also
-/// with a fault; an empty file hides the viewer.  Files that the catalog knows are not read:
-/// of their viewers the outline is known.
-definitions readDefinitions(const std::vector<std::string>& folders, const catalog& outlines = {});
+/// with a fault; an empty file hides the viewer.
+definitions readDefinitions(const std::vector<std::string>& folders);
+
+/// The same for a click: as little of each definition as it takes to choose a viewer.  Of
+/// files that the catalog knows, or that come with this program, that is the outline.
+definitions readOutlines(const std::vector<std::string>& folders, const catalog& known);
 
 /// Reads the definitions of these names whole, of which the outline is known.  A file may
 /// have changed since: a viewer whose definition now has a fault, or is gone, is left out.

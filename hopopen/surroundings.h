@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <functional>
 #include <optional>
+#include <utility>
 
 #include "catalog.h"
 #include "choose.h"
@@ -17,10 +18,12 @@ namespace hopopen {
 
 /// All that is read before a wish is fulfilled.
 struct surroundings {
-  explicit surroundings(const folders& where, const catalog& outlines = {})
-      : known(readDefinitions(where.viewers, outlines)),
-        wishes(readPreferences(where)),
-        programs(std::getenv("PATH")) {}
+  explicit surroundings(const folders& where)
+      : surroundings(where, readDefinitions(where.viewers)) {}
+
+  /// For a click: definitions in outline where that is known.
+  surroundings(const folders& where, const catalog& outlines)
+      : surroundings(where, readOutlines(where.viewers, outlines)) {}
 
   /// What a viewer is chosen among.  Must not outlive this object.
   candidates all() const {
@@ -30,6 +33,10 @@ struct surroundings {
   definitions known;
   preferences wishes;
   programFinder programs;
+
+ private:
+  surroundings(const folders& where, definitions read)
+      : known(std::move(read)), wishes(readPreferences(where)), programs(std::getenv("PATH")) {}
 };
 
 }  // namespace hopopen

@@ -21,8 +21,10 @@ need() {
   # Without the mode, a package source that fails is only warned of.
   "${as_root[@]}" apt-get update -qq -o APT::Update::Error-Mode=any >&2 || status=$?
   ((status == 0)) || say_failure "$status" 'apt-get update' "${missing[@]}"
+  # Another program that installs packages, such as the desktop's updates, is waited for.
   "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
-    apt-get install -y -qq --no-install-recommends "${missing[@]}" >&2 || status=$?
+    apt-get install -y -qq -o DPkg::Lock::Timeout=600 --no-install-recommends "${missing[@]}" \
+    >&2 || status=$?
   ((status == 0)) || say_failure "$status" 'apt-get install' "${missing[@]}"
 }
 

@@ -191,7 +191,7 @@ TEST_F(CatalogFile, IsDoneWithoutWhereItCannotBeWritten) {
 }
 
 TEST_F(CatalogFile, LetsDefinitionsUnreadUntilTheyAreNeeded) {
-  definitions known = readDefinitions(folders(), settled());
+  definitions known = readOutlines(folders(), settled());
   ASSERT_EQ(2U, known.viewers.size());
   EXPECT_FALSE(known.viewers[0].whole);
   EXPECT_EQ("one", known.viewers[0].name);
@@ -207,7 +207,7 @@ TEST_F(CatalogFile, LetsDefinitionsUnreadUntilTheyAreNeeded) {
 TEST_F(CatalogFile, DoesNotHideAFaultThatCameLater) {
   const catalog known = settled();
   write("viewers/one.toml", definitionFor("vnc") + "x");
-  const definitions read = readDefinitions(folders(), known);
+  const definitions read = readOutlines(folders(), known);
   EXPECT_EQ(1U, read.viewers.size());
   EXPECT_EQ(1U, read.found.size());
 }
@@ -216,14 +216,14 @@ TEST_F(CatalogFile, DoesNotHideASchemeThatCameLater) {
   const catalog known = settled();
   fs::remove(m_folder / "viewers/one.toml");
   write("viewers/one.toml", definitionFor("ssh"));
-  const definitions read = readDefinitions(folders(), known);
+  const definitions read = readOutlines(folders(), known);
   EXPECT_TRUE(read.viewers[0].whole);
   EXPECT_TRUE(read.viewers[0].opens("ssh"));
 }
 
 TEST_F(CatalogFile, LosesAViewerWhoseFileIsBrokenHiddenOrGoneBeforeItIsRead) {
   for (const std::string& text : {definitionFor("vnc") + "x", std::string()}) {
-    definitions known = readDefinitions(folders(), settled());
+    definitions known = readOutlines(folders(), settled());
     write("viewers/one.toml", text);
     readWhole(known, {"one"});
     ASSERT_EQ(1U, known.viewers.size());
@@ -231,7 +231,7 @@ TEST_F(CatalogFile, LosesAViewerWhoseFileIsBrokenHiddenOrGoneBeforeItIsRead) {
     EXPECT_EQ(text.empty() ? 0U : 1U, known.found.size());
     write("viewers/one.toml", definitionFor("vnc"));
   }
-  definitions known = readDefinitions(folders(), settled());
+  definitions known = readOutlines(folders(), settled());
   fs::remove(m_folder / "viewers/one.toml");
   readWhole(known, {"one"});
   EXPECT_EQ(1U, known.viewers.size());

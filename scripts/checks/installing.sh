@@ -58,7 +58,7 @@ wants() {
   ((status == $5)) && [[ $said == *"$6"* ]] &&
     { ((status == 0)) || [[ $said != *'It goes on.'* ]]; }
 }
-install='apt-get install -y -qq --no-install-recommends'
+install='apt-get install -y -qq -o DPkg::Lock::Timeout=600 --no-install-recommends'
 command='apt-get update && apt-get install -y --no-install-recommends'
 
 check 'what is installed is not installed again' wants root none 9 9 0 'It goes on.' here
