@@ -101,7 +101,7 @@ built() {
     verdict=$(tail -n 1 "$log")
   else
     tail -n 20 "$log"
-    verdict="**failed** with status $status"
+    verdict="**failed**: $(grep -E '^[0-9]+ passed, ' "$log" || echo "status $status")"
   fi
   printf '%s\t' "$verdict" "$(<"$home/$2/result/version")" "$((SECONDS - began))" \
     "$(git rev-parse --short=10 HEAD)" >"$home/$1${5:-}.tsv"

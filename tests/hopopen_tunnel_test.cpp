@@ -41,6 +41,7 @@ socket(my $end, PF_UNIX, SOCK_STREAM, 0);
 bind($end, sockaddr_un($path)) or die "bind: $!\n"
 ' -- "$@"
 )";
+
 // A machine with a viewer that takes sockets, a gateway in the settings, and a session.
 class Site : public Machine {
  public:
