@@ -157,7 +157,7 @@ TEST(Hopexplain, PrintsHelpAndVersionForTheOnlyArgument) {
   EXPECT_EQ("", help.err);
   EXPECT_EQ(0, help.status);
   const Outcome version = explain(shop, {.arguments = {"--version"}});
-  EXPECT_EQ("hopexplain 0.2.0\n", version.out);
+  EXPECT_EQ("hopexplain " PROJECT_VERSION "\n", version.out);
   EXPECT_EQ("", version.err);
   EXPECT_EQ(0, version.status);
   // Elsewhere they are keywords as before.

@@ -136,7 +136,7 @@ TEST(ShownLinks, AreCutByBytesAndNotByWhatIsShownForThem) {
 TEST(ShownLinks, HaveEachUnusualByteAsAnEscape) {
   const Machine machine;
   installViewers(machine);
-#ifdef SANITIZED
+#ifdef SLOW
   constexpr int STEP = 7;  // each takes long
 #else
   constexpr int STEP = 1;

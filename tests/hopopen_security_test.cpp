@@ -333,7 +333,7 @@ TEST_P(StrangersLink, GetsCheckedPiecesIntoTheirPlacesOnly) {
   machine.program("everything");
   Strange strange(GetParam());
   int accepted = 0;
-#ifdef SANITIZED
+#ifdef SLOW
   constexpr int LINKS = 100;  // each takes long
 #else
   constexpr int LINKS = 500;

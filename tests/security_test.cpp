@@ -176,7 +176,7 @@ struct Attempt {
   Outcome outcome;
 };
 
-#ifdef SANITIZED
+#ifdef SLOW
 constexpr int RANDOM_URIS = 5;  // each launch takes long
 #else
 constexpr int RANDOM_URIS = 40;

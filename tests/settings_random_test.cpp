@@ -125,7 +125,7 @@ void PrintTo(const Said& what, std::ostream* out) {
   }
 }
 
-#ifdef SANITIZED
+#ifdef SLOW
 constexpr unsigned SEEDS = 5;  // each takes long
 #else
 constexpr unsigned SEEDS = 25;

@@ -59,7 +59,8 @@ constexpr bool isPrintable(char c) {
 
 /// DEL included.
 constexpr bool isControl(char c) {
-  return (c >= '\0' && c < ' ') || c == '\x7F';
+  const auto byte = static_cast<unsigned char>(c);
+  return byte < ' ' || byte == '\x7F';
 }
 
 constexpr bool isPunctuation(char c) {
