@@ -24,7 +24,9 @@ steps=(
   'documents|sid|the metadata and the bill of materials|appstream jq'
   'autopkgtest|trixie|the tests of debian/tests, runner null|autopkgtest'
   'autopkgtest-chroot|trixie|the same, runner chroot|autopkgtest'
-  'piuparts|trixie|install, upgrade, remove and purge|piuparts'
+  'piuparts|trixie|install, remove and purge|piuparts dpkg-dev'
+  'upgrade|trixie|the upgrade from the last packages that had no source package|piuparts dpkg-dev
+    file librsvg2-bin'
   'nodoc|trixie|the profile nodoc|'
   'cross|trixie|a cross build for arm64|'
   'sbuild|trixie|sbuild|sbuild uidmap'
@@ -126,7 +128,7 @@ test_packages() {
   done
   source_in /build
   apt-get update -qq
-  autopkgtest --no-built-binaries "${debs[@]}" /build/hoplaunch -- "$@"
+  autopkgtest --apt-upgrade --no-built-binaries "${debs[@]}" /build/hoplaunch -- "$@"
 }
 step_autopkgtest() { test_packages null; }
 step_autopkgtest-chroot() {
@@ -144,9 +146,32 @@ step_piuparts() {
   for name in "${tested[@]}"; do
     debs+=("$packages/$name"*.deb)
   done
-  minimal /minimal.tar.gz ca-certificates
+  mkdir /repository
+  cp "${debs[@]}" /repository
+  with_piuparts /repository --no-upgrade-test "${debs[@]}"
+}
+
+# with_piuparts REPOSITORY ARGUMENT...: with the packages of a folder to choose from.
+with_piuparts() {
+  (cd "$1" && dpkg-scanpackages . >Packages) || return
+  minimal /minimal.tar.gz ca-certificates || return
   piuparts --distribution=trixie --basetgz=/minimal.tar.gz --mirror='http://deb.debian.org/debian main' \
-    --no-eatmydata --warn-on-others --no-upgrade-test "${debs[@]}"
+    --bindmount="$1" --extra-repo="deb [trusted=yes] file:$1 ./" --no-eatmydata --warn-on-others "${@:2}"
+}
+
+# Those packages are kept.
+step_upgrade() {
+  local before=$result/before
+  if ! compgen -G "$before/hoplaunch_*.deb" >/dev/null; then
+    git clone -q "$PWD" /before && git -C /before checkout -q 48748a0 || return
+    (cd /before && ./package) || true # its lintian may be older than the one here
+    mkdir -p "$before"
+    cp /before/build/package/*.deb "$before"
+  fi
+  cp -r "$before" /repository
+  # Those of the new packages that there were.
+  with_piuparts /repository --no-install-purge-test "$packages"/hoplaunch_*.deb \
+    "$packages"/libhoplaunch1_*.deb
 }
 
 step_nodoc() {
@@ -184,9 +209,12 @@ step_sbuild() {
 step_reprotest() {
   build_dependencies --build-profiles=nocheck
   source_in /build
-  mknod /dev/fuse c 10 229 || true
+  # For the order of files, which another file system varies for that user.
+  mknod --mode=666 /dev/fuse c 10 229
+  ln -sf /proc/self/mounts /etc/mtab
   useradd --create-home builder
-  reprotest --store-dir=/result/reprotest --no-diffoscope \
+  rm -rf "$result/reprotest"
+  reprotest --store-dir="$result/reprotest" --no-diffoscope \
     --variations='+all,-domain_host,user_group.available+=builder:builder' \
     --build-command 'DEB_BUILD_OPTIONS=nocheck DEB_BUILD_PROFILES=nocheck dpkg-buildpackage --no-sign --build=binary' \
     /build/hoplaunch '../*.deb' -- null
