@@ -63,6 +63,7 @@ emulated() {
   local status=0 program
   if [[ $1 != amd64 ]]; then
     emulate "${emulators[$1]}"
+    ipcmk --semaphore 1 >/dev/null # a new namespace begins with set 0, which the library refuses
     for program in dash env true; do
       mount --bind "/result/userland/usr/bin/$program" "/usr/bin/$program"
     done
@@ -151,7 +152,7 @@ home=$(realpath -m "${HOPLAUNCH_MACHINES:-build/machines}")
 # prepare MACHINE: the installation.
 prepare() {
   local packages=(ccache cmake ninja-build libcli11-dev libtomlplusplus-dev nlohmann-json3-dev
-    googletest locales strace git)
+    googletest locales python3 strace git)
   if [[ $1 == amd64 ]]; then
     packages+=(g++)
   else
