@@ -182,6 +182,10 @@ count() {
 # row MACHINE: of the table.
 row() {
   local tests failures skipped texts
+  if [[ ! -s $home/$1/result/tests.xml ]]; then
+    printf '| %s | **did not run** | | | | | |\n' "$1"
+    return
+  fi
   tests=$(count "$1" tests)
   failures=$(count "$1" failures)
   skipped=$(($(count "$1" skipped) + $(count "$1" disabled)))
