@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The options, what every target of the project is compiled with, and what those of other
 # projects are.
 
@@ -12,7 +13,6 @@ option(HOPLAUNCH_HARDENING "Harden release builds" ${PROJECT_IS_TOP_LEVEL})
 option(HOPLAUNCH_LONG_TESTS "Run all tests with gigabytes of text, which take ten minutes" OFF)
 option(HOPLAUNCH_SEPARATE_TESTS "Build a program of each test source" OFF)
 option(HOPLAUNCH_SHARED "Build the shared library, too" ON)
-option(HOPLAUNCH_PACKAGE "Prepare Debian packages; ./package does" OFF)
 option(HOPLAUNCH_BENCHMARKS "Build what bench/run measures" OFF)
 option(HOPLAUNCH_AGREEMENT "Build what scripts/check agreement runs" OFF)
 option(HOPLAUNCH_WERROR "Treat warnings as errors" OFF)

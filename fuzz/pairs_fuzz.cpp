@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The pairs of rdp links and the queries of spice links, as strangers write them.  The first
 // line of an input is the scheme; what follows is the rest of the link, with a line for each pair
 // or parameter.  For every link:
@@ -107,6 +108,13 @@ void checkVector(const words& arguments, const ruledLink& link, bool trusted,
         "the host is there", text);
 }
 
+bool asksForGateway(const ruledLink& link) {
+  return std::any_of(link.parameters.begin(), link.parameters.end(), [](const auto& one) {
+    const std::string name = keyByRules(one);
+    return sameName(name, "SshHost") || sameName(name, "SshPort") || sameName(name, "SshUsername");
+  });
+}
+
 void checkOpening(const std::string& text, bool trusted) {
   static const hopopen::definition ONE = viewer();
   ruledLink link;
@@ -136,8 +144,10 @@ void checkOpening(const std::string& text, bool trusted) {
     checkSame(code, broken->code, "the first rule that is broken decides", text);
     return;
   }
-  check(code.empty() || code == "restriction" || code == "user", "what breaks no rule is opened",
-        code, text);
+  // What may not be passed on is refused, and so is a gateway that is not one.
+  check(code.empty() || code == "restriction" || code == "user" ||
+            ((code == "host" || code == "port") && asksForGateway(link)),
+        "what breaks no rule is opened", code, text);
   if (result.filled) {
     check(result.trusted == trusted, "a host is trusted as the settings say", text);
     checkVector(result.filled->arguments, link, trusted, text);

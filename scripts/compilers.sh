@@ -1,33 +1,37 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Builds everything with each compiler that is supported, each in the oldest Debian that has
-# it, and runs all tests.  A warning of a compiler or of CMake is a failure.  As root.
+# it, runs all tests, and writes what happened into docs/compilers.md.  A warning of a compiler,
+# a linker or CMake is a failure.  As root.
 #
-#   scripts/compilers.sh [NAME...]    all, or those of --list
-#   scripts/compilers.sh --list       what there is
+#   scripts/compilers.sh [NAME...]          all, or those of --list
+#   scripts/compilers.sh --build [NAME...]  builds only, and writes nothing into the document
+#   scripts/compilers.sh --list             what there is
 #
 # What they print is in build/compilers/, or in the folder that HOPLAUNCH_COMPILERS names.
+# ccache keeps what was compiled there, with its warnings.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 # shellcheck source=scripts/lib.sh
 source scripts/lib.sh
+
+document=docs/compilers.md
 
 # Release and compiler, the oldest of each kind first.
 compilers=(
   'bookworm g++-12' 'trixie g++-13' 'trixie g++-14' 'sid g++-15' 'sid g++-16'
   'bookworm clang++-14' 'bookworm clang++-19' 'sid clang++-23'
 )
+# Debian 13 has the same clang as 12, with a newer C++ library.
+others=('trixie clang++-19')
 # The oldest and the newest of each kind are tried with further flags, too.
 with_flags=(g++-12 g++-16 clang++-14 clang++-23)
-declare -A flags=([assertions]=-D_GLIBCXX_ASSERTIONS [lto]=-flto [unsigned-char]=-funsigned-char
-  [libc++]=-stdlib=libc++)
 
 # What each release needs, so that one installation does for all its compilers.
 declare -A packages=(
-  [bookworm]='g++-12 clang-14 clang-19 llvm-14 lld-14 libc++-14-dev libc++abi-14-dev
-    libunwind-14-dev'
-  [trixie]='g++-13 g++-14'
-  [sid]='g++-15 g++-16 clang-23 llvm-23 lld-23 libc++-23-dev libc++abi-23-dev
-    libunwind-23-dev'
+  [bookworm]='g++-12 clang-14 clang-19 llvm-14 libc++-14-dev libc++abi-14-dev libunwind-14-dev'
+  [trixie]='g++-13 g++-14 clang-19'
+  [sid]='g++-15 g++-16 clang-23 llvm-23 libc++-23-dev libc++abi-23-dev libunwind-23-dev'
 )
 
 # list: NAME RELEASE COMPILER KIND of each build.
@@ -43,54 +47,106 @@ list() {
     [[ $compiler != clang* ]] ||
       printf '%s,libc++ %s %s libc++\n' "$compiler" "$release" "$compiler"
   done
+  for row in "${others[@]}"; do
+    read -r release compiler <<<"$row"
+    printf '%s,%s %s %s default\n' "$compiler" "$release" "$release" "$compiler"
+  done
 }
 
 # --- Inside ---------------------------------------------------------------------------
 
-# inside COMPILER KIND
+# inside COMPILER KIND [--build]
 inside() {
   local version=${1#*++} arguments=()
-  export CXX=$1 CXXFLAGS=${flags[$2]:-}
+  export CXX=$1 CXXFLAGS=-fpch-preprocess CCACHE_DIR=/result/ccache CMAKE_CXX_COMPILER_LAUNCHER=ccache
+  # What ccache needs so that it keeps what uses precompiled headers, too.
+  export CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime
+  [[ $1 != clang* ]] || CXXFLAGS='-Xclang -fno-pch-timestamp'
+  printf '%s' "$("$1" -dumpfullversion 2>/dev/null || "$1" -dumpversion)" >/result/version
   case $2 in
     c++23) arguments=(-DCMAKE_CXX_STANDARD=23) ;;
+    assertions) CXXFLAGS+=' -D_GLIBCXX_ASSERTIONS' ;;
+    unsigned-char) CXXFLAGS+=' -funsigned-char' ;;
+    libc++) CXXFLAGS+=' -stdlib=libc++' ;;
     lto)
       # What packs libraries must understand the objects.
+      local tools=/usr/bin/llvm-%s-$version
       if [[ $1 == g++* ]]; then
-        arguments=("-DCMAKE_AR=/usr/bin/gcc-ar$version" "-DCMAKE_RANLIB=/usr/bin/gcc-ranlib$version")
+        CXXFLAGS+=' -flto=auto' # gcc warns of -flto alone: it uses one processor
+        tools=/usr/bin/gcc-%s-$version
       else
-        export LDFLAGS=-fuse-ld=lld
-        arguments=("-DCMAKE_AR=/usr/bin/llvm-ar$version" "-DCMAKE_RANLIB=/usr/bin/llvm-ranlib$version")
+        CXXFLAGS+=' -flto'
       fi
+      # shellcheck disable=SC2059
+      arguments=("-DCMAKE_AR=$(printf "$tools" ar)" "-DCMAKE_RANLIB=$(printf "$tools" ranlib)")
       ;;
   esac
-  HOPLAUNCH_CMAKE_ARGS="${arguments[*]}" exec ./test
+  export HOPLAUNCH_CMAKE_ARGS=${arguments[*]} HOPLAUNCH_CTEST_ARGS='--parallel 2'
+  cmake --preset release "${arguments[@]}" && cmake --build --preset release -- -k 0 -j "$(nproc)" &&
+    { [[ ${3:-} == --build ]] || ./test; }
 }
 
 # --- Outside --------------------------------------------------------------------------
 
-home=$(realpath -m "${HOPLAUNCH_COMPILERS:-build/compilers}")
-
-# built RELEASE COMPILER KIND LOG
+# built NAME RELEASE COMPILER KIND [--build]: whether it built and passed, with no warning.
 built() {
-  local more=()
-  read -ra more <<<"${packages[$1]//$'\n'/ }"
-  scripts/minimal_debian.sh make "$home/$1" "$1" "${build_packages[@]}" googletest locales strace \
-    "${more[@]}" &&
-    scripts/minimal_debian.sh run "$home/$1" "$home/$1/result" \
-      bash scripts/compilers.sh inside "$2" "$3" >"$4" 2>&1 || return
-  ! grep -E ': warning: |CMake (Deprecation )?Warning' "$4"
+  local status=0 began=$SECONDS log=$home/$1.log verdict more=()
+  read -ra more <<<"${packages[$2]}"
+  scripts/minimal_debian.sh make "$home/$2" "$2" "${build_packages[@]}" ccache googletest locales \
+    strace "${more[@]}" || return
+  scripts/minimal_debian.sh run "$home/$2" "$home/$2/result" \
+    bash scripts/compilers.sh inside "${@:3}" >"$log" 2>&1 || status=$?
+  if grep -E ': warning: |CMake( Deprecation)? Warning' "$log" | LC_ALL=C sort | uniq -c; then
+    verdict='**warned**'
+  elif ((status == 0)); then
+    verdict=$(tail -n 1 "$log")
+  else
+    tail -n 20 "$log"
+    verdict="**failed**: $(grep -E '^[0-9]+ passed, ' "$log" || echo "status $status")"
+  fi
+  printf '%s\t' "$verdict" "$(<"$home/$2/result/version")" "$((SECONDS - began))" \
+    "$(git rev-parse --short=10 HEAD)" >"$home/$1${5:-}.tsv"
+  [[ $verdict != *'**'* ]]
+}
+
+# table: what happened with all builds.
+table() {
+  local name release compiler kind verdict version seconds commit
+  printf '| compiler | version | Debian | tried with | result | seconds | commit |\n'
+  printf '|---|---|---|---|---|---|---|\n'
+  while read -r name release compiler kind; do
+    verdict='**did not run**' version='' seconds='' commit=''
+    [[ ! -e $home/$name.tsv ]] ||
+      IFS=$'\t' read -r verdict version seconds commit _ <"$home/$name.tsv" || true
+    # shellcheck disable=SC2016  # of Markdown
+    printf '| `%s` | %s | %s | %s | %s | %s | %s |\n' "$compiler" "$version" "$release" "$kind" \
+      "$verdict" "$seconds" "$commit"
+  done < <(list)
+}
+
+# keep: puts the table into the document.
+keep() {
+  TABLE=$(table) awk '
+    /^<!-- compilers -->$/ { print; print ""; print ENVIRON["TABLE"]; print ""; skipping = 1 }
+    /^<!-- end of compilers -->$/ { skipping = 0 }
+    !skipping { print }
+  ' "$document" >"$home/document"
+  cat "$home/document" >"$document"
 }
 
 main() {
-  local name release compiler kind began
+  local name release compiler kind began build=()
   need_root 'it makes installations of Debian'
+  [[ ${1:-} != --build ]] || { build=(--build) && shift; }
+  home=$(realpath -m "${HOPLAUNCH_COMPILERS:-build/compilers}")
   mkdir -p "$home"
   while read -r name release compiler kind; do
     (($# == 0)) || [[ " $* " == *" $name "* ]] || continue
     began=$SECONDS
-    check "$name" built "$release" "$compiler" "$kind" "$home/$name.log"
+    check "$name" built "$name" "$release" "$compiler" "$kind" "${build[@]}" </dev/null
     printf '%-24s %-9s %5d s  %s\n' "$name" "$release" $((SECONDS - began)) \
       "$(tail -n 1 "$home/$name.log")"
+    ((${#build[@]} > 0)) || keep
   done < <(list)
   closing_line
 }

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Builds everything for other machines, runs all tests there by qemu-user, compares what the
 # programs print with what they print on amd64, and writes what happened into docs/machines.md.
 # As root.

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # A minimal Debian of any release, for trying the project there.  As root.
 #
 #   scripts/minimal_debian.sh make FOLDER RELEASE [PACKAGE...]   makes it in FOLDER/base
@@ -75,7 +76,7 @@ case ${1:-} in
     "$@"
     ;;
   *)
-    sed -n 's/^# \{0,1\}//; 2,5p' "$0" >&2
+    sed -n 's/^# \{0,1\}//; 3,6p' "$0" >&2
     exit 2
     ;;
 esac

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The configuration database under load: very many edits while other processes
 // read, and editors that race.
 #include <gtest/gtest.h>

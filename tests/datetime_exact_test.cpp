@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Sums and differences of times against exact arithmetic with whole numbers of 1,280 bits.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reads mangled function names: good, bad and hostile ones.
 
 #include <dlfcn.h>

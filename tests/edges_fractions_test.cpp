@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Fractions of a second, against exact arithmetic with integers of 128 bits.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What hopexplain says about the kernel: files that are not programs, interpreters, and room
 // for arguments.  The kernel also executes each case.
 

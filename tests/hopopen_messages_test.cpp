@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The message about a refused link: one plain line without the password.
 
 #include "hopopen_runner.h"

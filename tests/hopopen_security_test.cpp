@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a stranger's link cannot do.  Every argument that arrives is the template with
 // checked pieces of the link, each in its place.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Tunnels through ssh gateways, with a program in place of ssh.
 
 #include <fcntl.h>
@@ -34,11 +35,12 @@ port = 5900
 
 const char* const THROUGH = "[host.\"inner.example\"]\nthrough = \"kim@gate.example:2222\"\n";
 
-// Makes the socket that ssh would make.
-const char* const BIND = R"(python3 -c '
-import socket, sys
-path = [word for word in sys.argv if ":" in word and word[0] == "/"][0].split(":")[0]
-socket.socket(socket.AF_UNIX).bind(path)' "$@"
+// Makes the socket that ssh would make, by what every Debian has.
+const char* const BIND = R"(perl -MSocket -e '
+my ($path) = map { m{^(/[^:]*):} } @ARGV;
+socket(my $end, PF_UNIX, SOCK_STREAM, 0);
+bind($end, sockaddr_un($path)) or die "bind: $!\n"
+' -- "$@"
 )";
 
 // A machine with a viewer that takes sockets, a gateway in the settings, and a session.

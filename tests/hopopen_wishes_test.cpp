@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // --use, --forget, --trust and --distrust: their changes of the user's file, and their output.
 
 #include "hopopen_runner.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Prints what the library makes of bytes, numbers, dates and texts, for scripts/machines.sh: each
 // machine must print the same.
 

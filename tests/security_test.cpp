@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a stranger's URI can do, and what it cannot.  Each sentence of SECURITY.md is tried
 // on the real launcher with a viewer that records what it gets.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Random changes of settings files of odd forms.  After every change the file says what was
 // asked for, and every comment and everything that means nothing here is still there.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The handlers for fatal signals, in children that die of them.
 
 #include <gtest/gtest.h>

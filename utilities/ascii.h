@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // ASCII: the classes of its characters, their case, and the digits of the radices 16 and 64.
 // Other code that needs to know what a digit is asks here.
 //

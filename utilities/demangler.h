@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reads mangled names of functions.  include/stack.h says what it makes of them.
 #pragma once
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # What scripts/lib.sh says where it cannot install packages, and what it shows while it builds.
 # shellcheck shell=bash source=scripts/lib.sh
 set -uo pipefail
@@ -58,7 +59,7 @@ wants() {
   ((status == $5)) && [[ $said == *"$6"* ]] &&
     { ((status == 0)) || [[ $said != *'It goes on.'* ]]; }
 }
-install='apt-get install -y -qq --no-install-recommends'
+install='apt-get install -y -qq -o DPkg::Lock::Timeout=600 --no-install-recommends'
 command='apt-get update && apt-get install -y --no-install-recommends'
 
 check 'what is installed is not installed again' wants root none 9 9 0 'It goes on.' here

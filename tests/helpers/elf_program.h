@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Programs that have only their headers.
 #pragma once
 
