@@ -26,11 +26,12 @@ others=('trixie clang++-19')
 # The oldest and the newest of each kind are tried with further flags, too.
 with_flags=(g++-12 g++-16 clang++-14 clang++-23)
 
-# What each release needs, so that one installation does for all its compilers.
+# What each release needs, so that one installation does for all its compilers.  gcc runs make
+# for -flto, and warns where there is none.
 declare -A packages=(
-  [bookworm]='g++-12 clang-14 clang-19 llvm-14 libc++-14-dev libc++abi-14-dev libunwind-14-dev'
-  [trixie]='g++-13 g++-14 clang-19'
-  [sid]='g++-15 g++-16 clang-23 llvm-23 libc++-23-dev libc++abi-23-dev libunwind-23-dev'
+  [bookworm]='make g++-12 clang-14 clang-19 llvm-14 libc++-14-dev libc++abi-14-dev libunwind-14-dev'
+  [trixie]='make g++-13 g++-14 clang-19'
+  [sid]='make g++-15 g++-16 clang-23 llvm-23 libc++-23-dev libc++abi-23-dev libunwind-23-dev'
 )
 
 # list: NAME RELEASE COMPILER KIND of each build.
@@ -71,7 +72,7 @@ inside() {
       # What packs libraries must understand the objects.
       local tools=/usr/bin/llvm-%s-$version
       if [[ $1 == g++* ]]; then
-        CXXFLAGS+=' -flto=auto' # gcc warns of -flto alone: it uses one processor
+        CXXFLAGS+=' -flto=auto' # with -flto alone it uses one processor, and warns of that
         tools=/usr/bin/gcc-%s-$version
       else
         CXXFLAGS+=' -flto'
