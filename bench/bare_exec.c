@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /* The least that a launcher can do: it becomes the program that its arguments name. */
 
 #include <unistd.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The configuration: reading an item with a type, and publishing an edit.
 
 #include <glib.h>

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """Measures from a click to the first connection at the server.
 
     connection.py ROUNDS NAME=COMMAND...

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The costs of hardening, and of names of functions in stack traces: bytes of hoplaunch, and
 # user instructions of a launch.  Keeps the tables in docs/figures/ (see scripts/figures).
 # shellcheck shell=bash source=scripts/lib.sh

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Writes and reads a time of day.
 
 #include <fmt/chrono.h>

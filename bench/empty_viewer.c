@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /* The viewer at the end of every measured launch: it does nothing. */
 
 int main(void) {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The benchmarks of the library, each beside the comparable functions of well-known
 // libraries.  Accepts the options of Google Benchmark.
 

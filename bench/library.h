@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the benchmarks of the library share: how they are named and registered.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The association list: builds it from pairs, and looks up every key.
 
 #include <absl/container/btree_map.h>

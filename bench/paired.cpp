@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Starts commands in turn, many rounds of each, and writes the costs of each start.
 //   paired ROUNDS < TABLE
 // A line of the table is a command: a name, a number N (the command is started in every

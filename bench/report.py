@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Prints tables of the measurements, and draws the plots.
 
     report.py RESULTS IMAGES [--keep]
@@ -20,11 +21,12 @@ sys.path.insert(0, str(pathlib.Path(__file__).parent.parent / "scripts"))
 import figures  # noqa: E402
 
 OWN = "hoplaunch"
-DOOR, ALL, MANY = (f"hopopen, {count} definitions" for count in (10, 20, 200))
+DOOR, ALL, MANY = (f"hopopen, {count} definitions" for count in (10, "all", 200))
 NO_CATALOG = ", no catalog"
 WRAPPED = "hoplaunch, shell wrapper"
 CLICK, OTHER_CLICK = "hopopen, Remmina", "Remmina's own handler"
 STATIC, DYNAMIC = "bare execvp, static", "bare execvp, dynamic"
+REQUIRED = "required work"
 SECTION, SEMOP = "section, take and release", "semop, bare"
 READS = ("configuration, read a text", "configuration, read a number")
 FLOOR = "std::map, bare"
@@ -86,7 +88,7 @@ def read_launches(folder):
     for launch in result.values():
         launch["against"] = {
             other: ratios(launch["times"], result[other]["times"])
-            for other in (STATIC, DYNAMIC, WRAPPED, DOOR, DOOR + NO_CATALOG, "gio open",
+            for other in (REQUIRED, STATIC, DYNAMIC, WRAPPED, DOOR, DOOR + NO_CATALOG, "gio open",
                           "xdg-open")
         }
     return result
@@ -132,15 +134,16 @@ def launch_table(launches):
         rows.append([
             name,
             f"{launch['nanoseconds'][1] / 1e6:.2f}",
+            spread(launch["against"][REQUIRED]),
             spread(launch["against"][DYNAMIC]),
-            spread(launch["against"][STATIC]),
+            f"{launch['against'][STATIC][1]:.2f}",
             f"{instructions:,}" if instructions else "",
             f"{launch['faults']:.0f}",
             str(launch["system calls"]),
             f"{launch['peak KiB']:.0f}",
         ])
-    return head_and_rows(["launch", "ms", "against dynamic", "against static", "instructions",
-                  "page faults", "system calls", "peak KiB"], rows)
+    return head_and_rows(["launch", "ms", "against required", "against dynamic", "against static",
+                          "instructions", "page faults", "system calls", "peak KiB"], rows)
 
 
 def click_table(clicks):
@@ -167,7 +170,7 @@ def targets(launches, library):
     """Each target: its subject, the allowed maximum, and the measured value."""
     launch = launches[OWN]
     yield "launch against the bare dynamic program", 1.10, launch["against"][DYNAMIC][1]
-    yield "launch against the bare static program", 1.20, launch["against"][STATIC][1]
+    yield "launch against the required work", 1.03, launch["against"][REQUIRED][1]
     yield "launch against gio open", 1 / 5, launch["against"]["gio open"][1]
     yield "launch against xdg-open", 1 / 20, launch["against"]["xdg-open"][1]
     yield "thousand instructions of a launch", 500, launch["instructions"] / 1000
@@ -176,8 +179,8 @@ def targets(launches, library):
     yield "hopopen against gio open", 0.15, door["against"]["gio open"][1]
     yield "hopopen against xdg-open", 0.05, door["against"]["xdg-open"][1]
     yield "hopopen against the bare dynamic program", 1.5, door["against"][DYNAMIC][1]
-    yield "hopopen, 20 definitions against 10", 1.1, launches[ALL]["against"][DOOR][1]
-    yield ("hopopen, 20 definitions against 10, no catalog", 1.1,
+    yield "hopopen, all definitions against 10", 1.1, launches[ALL]["against"][DOOR][1]
+    yield ("hopopen, all definitions against 10, no catalog", 1.1,
            launches[ALL + NO_CATALOG]["against"][DOOR + NO_CATALOG][1])
     yield "hopopen, 200 definitions against 10", 2.0, launches[MANY]["against"][DOOR][1]
     for (task, size), times in library.items():
@@ -233,6 +236,8 @@ def values_of(launches):
         "static_instructions": f"{launches[STATIC]['instructions']:,}",
         "dynamic_instructions": f"{launches[DYNAMIC]['instructions']:,}",
         "viewer_faults": f"{faults:.0f}",
+        "required_instructions": f"{launches[REQUIRED]['instructions']:,}",
+        "required_faults": f"{launches[REQUIRED]['faults']:.0f}",
     }
 
 
@@ -325,6 +330,7 @@ def main():
     results, images = (pathlib.Path(argument) for argument in sys.argv[1:3])
     launches = read_launches(results)
     library = read_library(results)
+    machine = (results / "machine.txt").read_text(encoding="utf-8").rstrip()
     tables = {
         "launches": launch_table(launches),
         "clicks": click_table(read_clicks(results)),
@@ -332,9 +338,10 @@ def main():
         "targets": target_table(launches, library),
         "parts": parts_table(results),
     }
-    print("\n".join(figures.table(**each) for each in tables.values()))
+    print(machine, *(figures.table(**each) for each in tables.values()), sep="\n")
     if sys.argv[3:] == ["--keep"]:
-        figures.keep("bench", "bench/run", tables=tables, values=values_of(launches))
+        figures.keep("bench", "bench/run", text=machine, tables=tables,
+                     values=values_of(launches))
     kept = {
         "launches": launches,
         "targets": [dict(zip(("target", "at most", "measured"), target))

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Critical sections and event reports.
 
 #include <pthread.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Conversions of bytes and texts.  The times include all that a library needs to give the
 // result in memory of its own.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // URIs: how parsing and building the argument vector grow with what is given.
 
 #include <uriparser/Uri.h>

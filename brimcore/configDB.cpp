@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "configDB.h"
 
 #include <typeinfo>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "items.h"
 
 #include "../utilities/startup.h"

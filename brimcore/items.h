@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The configuration items of the library.
 //
 // items.cpp defines all of them, and the database that every item registers in.  So a

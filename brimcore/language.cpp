@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Looks up localised strings.
 
 #include "language.h"

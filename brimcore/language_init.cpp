@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Declares localised strings.
 
 #include <list>

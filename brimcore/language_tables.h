@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The process-wide tables of the localised strings.  Each is created on first use
 // and never destroyed.
 #pragma once

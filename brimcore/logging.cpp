@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The handler that logs reports.  The configuration says how it writes dates.
 
 #include <ostream>

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The front door.  It alone uses further libraries, all of them headers; scripts/check linked
 # shows that nothing of them is in the other programs and the library.
 

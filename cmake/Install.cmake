@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # What `cmake --install` puts where.  Three components:
 # "program", "library" (the shared library alone) and "development".
 
@@ -46,6 +47,9 @@ set(share ${CMAKE_INSTALL_DATAROOTDIR})
 install(TARGETS hoplaunch hopexplain RUNTIME COMPONENT program)
 install(FILES desktop/hoplaunch.svg
   DESTINATION ${share}/icons/hicolor/scalable/apps COMPONENT program)
+# Every icon theme must have this size as a bitmap.
+install(FILES desktop/hoplaunch.png
+  DESTINATION ${share}/icons/hicolor/48x48/apps COMPONENT program)
 foreach(program hoplaunch hopexplain)
   install(FILES man/${program}.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT program)
   # bash and fish find the completions of a command under its name.
@@ -59,6 +63,7 @@ install(FILES completions/_hoplaunch
 if(HOPLAUNCH_HOPOPEN)
   include(cmake/InstallHopopen.cmake)
 endif()
+include(cmake/Documents.cmake)
 install(FILES README.md SECURITY.md docs/viewers.md
   DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT program)
 install(DIRECTORY docs/images DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT program

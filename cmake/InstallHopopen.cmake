@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # What belongs to the front door: the program, the viewers that it knows, and the desktop
 # entries that start it.
 
@@ -14,6 +15,21 @@ set(hopopen hopopen)
 if(NOT CMAKE_INSTALL_PREFIX MATCHES "^/usr(/local)?/?$")
   set(hopopen ${CMAKE_INSTALL_FULL_BINDIR}/hopopen)
 endif()
+# An argument with other characters than these is in quotes, where four have a backslash.
+# A percent sign is doubled.
+set(hopopen_argument "${hopopen}")
+if(NOT hopopen MATCHES "^[A-Za-z0-9/._+-]+$")
+  string(REGEX REPLACE "([\"`$\\])" "\\\\\\1" hopopen_argument "${hopopen}")
+  string(REPLACE "%" "%%" hopopen_argument "\"${hopopen_argument}\"")
+endif()
+if(hopopen MATCHES "%")
+  # GLib looks for the program before it replaces what is doubled.
+  string(PREPEND hopopen_argument "/usr/bin/env ")
+endif()
+# Of any value of an entry, backslashes are doubled.
+foreach(value hopopen hopopen_argument)
+  string(REPLACE "\\" "\\\\" ${value} "${${value}}")
+endforeach()
 configure_file(desktop/hopopen.desktop.in hopopen.desktop @ONLY)
 # The entries that there were before, one for each scheme.
 foreach(scheme vnc ssh)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The options, what every target of the project is compiled with, and what those of other
 # projects are.
 
@@ -12,7 +13,6 @@ option(HOPLAUNCH_HARDENING "Harden release builds" ${PROJECT_IS_TOP_LEVEL})
 option(HOPLAUNCH_LONG_TESTS "Run all tests with gigabytes of text, which take ten minutes" OFF)
 option(HOPLAUNCH_SEPARATE_TESTS "Build a program of each test source" OFF)
 option(HOPLAUNCH_SHARED "Build the shared library, too" ON)
-option(HOPLAUNCH_PACKAGE "Prepare Debian packages; ./package does" OFF)
 option(HOPLAUNCH_BENCHMARKS "Build what bench/run measures" OFF)
 option(HOPLAUNCH_AGREEMENT "Build what scripts/check agreement runs" OFF)
 option(HOPLAUNCH_WERROR "Treat warnings as errors" OFF)
@@ -54,6 +54,16 @@ endif()
 target_compile_definitions(hoplaunch_options INTERFACE
   $<$<CONFIG:Debug>:_GLIBCXX_ASSERTIONS>)
 
+# A shorter form of the table of relocations.  Linkers ignore it on some machines, and say so.
+include(CheckCXXSourceCompiles)
+set(short_relocations LINKER:-z,pack-relative-relocs)
+set(CMAKE_REQUIRED_LINK_OPTIONS ${short_relocations} LINKER:--fatal-warnings)
+check_cxx_source_compiles("int main() {}" HOPLAUNCH_HAS_SHORT_RELOCATIONS)
+unset(CMAKE_REQUIRED_LINK_OPTIONS)
+if(NOT HOPLAUNCH_HAS_SHORT_RELOCATIONS)
+  set(short_relocations)
+endif()
+
 # How a program is linked that brings the C++ library along.  (Sanitizers bring theirs.)
 add_library(hoplaunch_own_library INTERFACE)
 if(NOT HOPLAUNCH_SANITIZE)
@@ -61,17 +71,28 @@ if(NOT HOPLAUNCH_SANITIZE)
     -static-libstdc++ -static-libgcc LINKER:--gc-sections
     # Symbols of the C++ library are of no use to anybody else, and take relocations.
     LINKER:--exclude-libs=libstdc++.a:libgcc.a:libgcc_eh.a
-    LINKER:-z,pack-relative-relocs)
+    ${short_relocations})
 endif()
 
 # How a program is linked that must start quickly: docs/performance.md has the figures.
 if(HOPLAUNCH_SANITIZE)
   set(HOPLAUNCH_STATIC OFF)  # sanitizers replace functions of the C library
 endif()
+if(HOPLAUNCH_STATIC)  # the C library must have a part for it, which it has not on all machines
+  set(CMAKE_REQUIRED_FLAGS -fPIE)
+  set(CMAKE_REQUIRED_LINK_OPTIONS -static-pie)
+  check_cxx_source_compiles("int main() {}" HOPLAUNCH_HAS_STATIC_PIE)
+  unset(CMAKE_REQUIRED_FLAGS)
+  unset(CMAKE_REQUIRED_LINK_OPTIONS)
+  if(NOT HOPLAUNCH_HAS_STATIC_PIE)
+    message(STATUS "-static-pie does not link here, so HOPLAUNCH_STATIC is off.")
+    set(HOPLAUNCH_STATIC OFF)
+  endif()
+endif()
 add_library(hoplaunch_quick_start INTERFACE)
 if(HOPLAUNCH_STATIC)
   target_link_options(hoplaunch_quick_start INTERFACE
-    -static-pie LINKER:--gc-sections LINKER:-z,pack-relative-relocs
+    -static-pie LINKER:--gc-sections ${short_relocations}
     # What is exported is for stack traces, which read the older form of the table.
     LINKER:--exclude-libs=libstdc++.a:libgcc.a:libgcc_eh.a LINKER:--hash-style=sysv
     LINKER:--dynamic-list=${CMAKE_CURRENT_LIST_DIR}/traced.list)

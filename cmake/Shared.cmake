@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The shared library, and the name by which other projects link the library: built within
 # this project, as a folder of theirs or installed, hoplaunch::hoplaunch is the shared
 # library if there is one, and hoplaunch::static the other.
@@ -21,6 +22,12 @@ if(HOPLAUNCH_SHARED)
   target_precompile_headers(hoplaunch_support_shared PRIVATE ${hoplaunch_common_headers})
   target_link_options(hoplaunch_support_shared PRIVATE
     "LINKER:--version-script=${exports}" LINKER:--no-undefined)
+  # Not every build has every table of a template.
+  include(CheckLinkerFlag)
+  check_linker_flag(CXX LINKER:--undefined-version hoplaunch_undefined_version)
+  if(hoplaunch_undefined_version)
+    target_link_options(hoplaunch_support_shared PRIVATE LINKER:--undefined-version)
+  endif()
   add_library(hoplaunch::hoplaunch ALIAS hoplaunch_support_shared)
   list(APPEND libraries hoplaunch_support_shared)
 else()

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Writes cmake/click.ld: which functions a click calls, as valgrind sees them, so that the
 # linker puts them together.
 #   bash cmake/click_order.sh [HOPOPEN]    the program of build/release, if none is named

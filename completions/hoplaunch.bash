@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # bash completion for hoplaunch and hopexplain                    -*- shell-script -*-
 
 # Sets plain to the typed text as the shell will read it, and quote to the quote that is

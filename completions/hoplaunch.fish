@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # fish completion for hoplaunch and hopexplain
 
 # The programs on PATH whose names begin with a text.  fish quotes them; a name with a line

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # bash completion for hopopen                                     -*- shell-script -*-
 
 # What hopopen knows: names of viewers, and schemes.  Neither has a character that means

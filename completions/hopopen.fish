@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # fish completion for hopopen
 
 # What hopopen knows: names of viewers, and schemes.  Neither has a character that means

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The orderings of distinguished names.
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Distinguished names: their parts, their text, and names made from others.
 
 #include "DistName.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Scans the text of a distinguished name for its segments.  A backslash escapes the
 // character after it.
 #pragma once

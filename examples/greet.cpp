@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A command-line tool whose options override its configuration items and switch trace
 // flags on, as the launcher's do.
 //

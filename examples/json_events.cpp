@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A custom event handler, which writes each report as a line of JSON (RFC 8259), and a
 // custom report, with a domain and codes of its own.
 

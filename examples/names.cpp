@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Arithmetic with distinguished names (RFC 4514): take apart, put together, compare, and
 // find one that is free.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The program of docs/tutorial.md: registers an item, overrides it from its command line,
 // raises an event and catches it.
 //

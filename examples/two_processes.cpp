@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // An editor and a reader of the configuration database in two processes.
 //
 // The database is memory of one process.  A child made by `fork` starts with a copy of

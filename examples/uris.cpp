@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Remote-access URIs: read, find out what is wrong with one, build, and turn into the
 // argument vector of a viewer.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Form-encoded arguments, for every text up to its first NUL byte:
 //
 // - Reading pairs moves on within the text and comes to its end.

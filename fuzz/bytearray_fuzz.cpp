@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Byte arrays.  For all bytes:
 //
 // - Hexadecimal text has two lower-case digits for each byte; base64 has four characters

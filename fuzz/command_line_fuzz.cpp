@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The command line down to the planned launch; an input has an argument on each line.
 // For every command line:
 //

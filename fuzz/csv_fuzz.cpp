@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Fields of comma-separated lines.  For every text without NUL bytes:
 //
 // - A text without double quote, comma, carriage return and line feed is written as it

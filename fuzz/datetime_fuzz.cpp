@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Dates.  For every instant:
 //
 // - Its calendar fields and its weekday are those that the C library gives, and make the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Definitions of viewers, as users and administrators write them.  For every text:
 //
 // - There is a definition exactly when there is no fault.  Every fault has the file, a line

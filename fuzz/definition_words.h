@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The lists of a definition as they are written.
 #pragma once
 

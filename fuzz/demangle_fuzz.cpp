@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reading mangled names.  For every text:
 //
 // - The reading has its arguments in parentheses, is at most twenty times as long as the

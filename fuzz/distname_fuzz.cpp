@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Distinguished names.  For every value without NUL bytes:
 //
 // - It is read back from its escaped form, which leaves nothing that has a meaning.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Escapes and their reverses, for every text:
 //
 // - What `URIescape`, `QMXescape` and `LDAPescape` write reads back, and so does what

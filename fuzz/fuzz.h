@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the fuzzers share.
 //
 // Each NAME_fuzz.cpp defines `fuzz`, which is called with one input after the other and

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Links, as strangers write them.  For every text:
 //
 // - It is refused exactly when it breaks a rule of link_rules.h, with the code of the first

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a link has for the placeholders of a definition, by the rules of link_rules.h.
 #pragma once
 

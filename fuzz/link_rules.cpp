@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "link_rules.h"
 
 #include <arpa/inet.h>

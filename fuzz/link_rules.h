@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The rules for links.  They are written from the documents and not from the code, to check
 // the code against them.  Short comes before fast here.
 #pragma once

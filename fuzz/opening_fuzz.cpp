@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a viewer gets for a link.  An input has a host that is trusted, the link, and a
 // definition; a "!" before the host means that the viewer was chosen by name, a "?" that a table
 // of the settings trusts the host and names a user.  For every link:

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The pairs of rdp links and the queries of spice links, as strangers write them.  The first
 // line of an input is the scheme; what follows is the rest of the link, with a line for each pair
 // or parameter.  For every link:

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Quoting, for every text:
 //
 // - The result is printable ASCII, so it shows on one line.

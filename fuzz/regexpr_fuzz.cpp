@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Regular expressions, for every expression and text:
 //
 // - An expression that does not compile says why, and matches nothing.

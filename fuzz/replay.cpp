@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Gives a fuzzer every file of the folders named on the command line once, for builds
 // without libFuzzer.
 

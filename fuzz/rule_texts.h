@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the rules for links are made of: texts and their parts.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "scheme_rules.h"
 
 #include <algorithm>

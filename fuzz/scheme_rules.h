@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The rules that schemes have of their own: the pairs of rdp links, and the ports of spice links.
 // Written anew, as link_rules.h is.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // URIs.  For every text:
 //
 // - Parsing stops within the text.  The text before the byte that does not fit is a

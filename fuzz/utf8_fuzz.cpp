@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // UTF-8 and character sets.  For all bytes:
 //
 // - Strict decoding accepts exactly what encoding writes, and U+10FFFF, which encoding

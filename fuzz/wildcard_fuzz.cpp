@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Wildcards.  For every wildcard and text without NUL bytes:
 //
 // - The expression compiles.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Which desktop entry opens links of a scheme by default, by the MIME Applications
 // Associations rules (version 1.0.1).
 //

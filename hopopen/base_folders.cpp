@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "base_folders.h"
 
 #include "paths.h"

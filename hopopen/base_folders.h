@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The base folders of a user and a system, by the XDG Base Directory rules (version 0.8).
 #pragma once
 

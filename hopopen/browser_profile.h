@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a profile of a browser remembers about links: that they are blocked, or that another
 // program has them.
 #pragma once

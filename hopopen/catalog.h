@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The catalog: the definitions of viewers in outline, as an earlier reading found them.
 //
 // A click must be quick also where hundreds of definitions are installed.  An outline is
@@ -23,6 +24,9 @@ class catalog {
   /// Reads what `text` wrote.  Whatever is not of that form counts as nothing.
   explicit catalog(std::string_view text);
   explicit catalog(const std::vector<definition>& viewers);
+
+  /// True when no file is known.
+  bool empty() const { return m_lines.empty(); }
 
   /// The outline of the definition in a file, if the file is as it was.
   std::optional<definition> find(const std::string& path, const stamp& identity) const;

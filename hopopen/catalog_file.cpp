@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "catalog_file.h"
 
 #include <unistd.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Keeping the catalog of definitions on disk, among what a user may throw away at any time.
 #pragma once
 

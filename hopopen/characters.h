@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Classes of characters that RFC 3986 and the rules for the pieces of a link speak of.
 // Nothing here depends on the locale.
 #pragma once

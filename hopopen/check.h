@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The check of all that a click on a link goes through, in the order of the click, and of all
 // definitions and settings.  It changes nothing, and needs no network.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The check of what keeps a link in a browser: policies, profiles and sandboxes.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "check_desktop.h"
 
 #include <algorithm>

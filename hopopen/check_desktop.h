@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The check of what a desktop needs to start hopopen for a link.
 #pragma once
 

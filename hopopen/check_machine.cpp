@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "check_machine.h"
 
 #include <algorithm>
@@ -138,8 +139,8 @@ finding checkViewer(const candidates& among, const std::string& scheme) {
             described(*viewer) + " would open " + scheme + " links, but there is no terminal",
             std::string(INSTALL_TERMINAL) + '.'};
   }
-  const std::vector<const definition*> all = ranked(among.known, scheme);
-  const definition& best = preferred(all);
+  const std::vector<const definition*> known = ranked(among.known, scheme);
+  const definition& best = preferred(known);
   if (const definition* const viewer = lowestRank(among, scheme, true)) {
     return ofUnguarded(scheme, *viewer, *among.find(*viewer), best);
   }

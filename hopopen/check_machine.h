@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The check of what hopopen itself needs for a link: a viewer and what that runs in, and a
 // way to say what is wrong.
 #pragma once

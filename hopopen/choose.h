@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Choosing the viewer for a link.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "chromium_policy.h"
 
 #include <utility>

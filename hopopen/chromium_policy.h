@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the policy files of Chromium forbid: the lists URLBlocklist and URLAllowlist
 // (https://chromium.org/administrators/url-blocklist-filter-format).
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "click_places.h"
 
 #include "characters.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The places that a click on a link goes through before hopopen is started: lists and caches
 // of desktops, policies and profiles of browsers.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "credentials.h"
 
 #include "characters.h"

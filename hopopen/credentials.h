@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // User names and passwords, wherever in a link they come from.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "decide.h"
 
 #include <algorithm>

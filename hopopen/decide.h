@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Deciding what happens with a link.  Nothing is opened or started here.
 #pragma once
 

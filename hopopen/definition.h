@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The definition of a viewer: a TOML file that says which links it opens, under which names
 // its program may be found, and how its arguments are made of a link.
 //

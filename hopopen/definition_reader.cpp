@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "definition_reader.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reading the definition of a viewer.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "definitions.h"
 
 #include <algorithm>
@@ -47,7 +48,7 @@ std::optional<definition> readOne(const std::string& name, const std::string& pa
 // Reads as little of a definition as it takes to choose its viewer.
 std::optional<definition> readOutlineOf(const std::string& name, const std::string& path,
                                         const catalog& outlines, faults& found) {
-  const auto identity = stampOf(path);
+  const auto identity = outlines.empty() ? std::nullopt : stampOf(path);
   auto result = identity ? outlines.find(path, *identity) : std::nullopt;
   return result ? std::move(result) : readOne(name, path, extent::OUTLINE, found);
 }

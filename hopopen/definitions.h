@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // All definitions of viewers that a user and a system have.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "desktop_entry.h"
 
 #include <algorithm>

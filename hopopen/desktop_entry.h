@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A desktop entry, as far as opening links goes: whether a desktop takes it, what it starts,
 // and for which schemes it offers itself.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Several texts in one sentence.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A fault of a file that a user or an administrator wrote, and where it is.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "file.h"
 
 #include <dirent.h>
@@ -14,6 +15,8 @@
 namespace hopopen {
 
 namespace {
+
+constexpr const char* TOO_LARGE = "is larger than 1 MiB";
 
 std::string failure(int error) {
   return std::string("cannot be read: ") + std::strerror(error);
@@ -38,18 +41,24 @@ std::string readAll(int descriptor, std::string& into, stamp& identity) {
     return "is not a file of text";
   }
   identity = stampFrom(details);
+  if (identity.size > LONGEST_FILE) {
+    return TOO_LARGE;
+  }
   char buffer[16384];
   while (into.size() <= LONGEST_FILE) {
     const ssize_t count = read(descriptor, buffer, sizeof buffer);
     if (count > 0) {
       into.append(buffer, static_cast<std::size_t>(count));
+      if (into.size() == identity.size) {  // what is added from now on is of another state of it
+        return {};
+      }
     } else if (count == 0) {
       return {};
     } else if (errno != EINTR) {
       return failure(errno);
     }
   }
-  return "is larger than 1 MiB";
+  return TOO_LARGE;
 }
 
 }  // namespace

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reading the files that users and administrators write.
 #pragma once
 

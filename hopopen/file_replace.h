@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Replacing a file by a new one, whole: whoever reads it meets the old one or the new one.
 //
 // Everything here leaves the number of the error in `errno` when it fails.

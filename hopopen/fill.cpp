@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "fill.h"
 
 #include <cstddef>

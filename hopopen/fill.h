@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Filling in a definition: what a viewer is given for a link.
 //
 // Only checked pieces of the link come in, each where the template names it, so a link

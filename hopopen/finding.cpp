@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "finding.h"
 
 #include <algorithm>

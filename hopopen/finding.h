@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a check of one thing came to.
 #pragma once
 

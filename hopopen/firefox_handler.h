@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Who opens links of a scheme for Firefox, as a handler in its own form says: in handlers.json
 // of a profile, and in the policy Handlers, which has the same form except for its actions.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "firefox_policy.h"
 
 #include <vector>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a policies.json of Firefox forbids: WebsiteFilter, Handlers, and Preferences
 // (https://mozilla.github.io/policy-templates/).
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Where files are looked for, by the XDG Base Directory rules (version 0.8).
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A machine that others are reached through, by ssh.
 #pragma once
 

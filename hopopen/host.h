@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The host that a link, or a list of trusted hosts, names: a name of the domain name
 // system, an IPv4 address, or an IPv6 address with or without a zone.
 //

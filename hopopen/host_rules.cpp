@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "host_rules.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the settings say of one host: the viewer for a scheme, the user, whether it is trusted, and
 // what it is reached through.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // JSON in pure ASCII (RFC 8259), one line.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reading JSON that other programs or people wrote.
 #pragma once
 

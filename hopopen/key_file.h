@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Files with groups of keys: desktop entries, mimeapps.list, mimeinfo.cache, and Firefox's
 // profiles.ini are of this form.
 //

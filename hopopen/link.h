@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A link: what its text says, piece by piece.  Each piece was checked when it was read.
 #pragma once
 

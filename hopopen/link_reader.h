@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reading a link, by RFC 3986, RFC 7869, RFC 4248 and the IETF draft on ssh URIs.  Nothing is
 // looked up; what the pieces mean to a viewer is decided elsewhere.
 //

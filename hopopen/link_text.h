@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The text of a link, before anything in it is read: its length, its bytes and its brackets.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "list.h"
 
 #include <functional>

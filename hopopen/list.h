@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The list of viewers.
 #pragma once
 

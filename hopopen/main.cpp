@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // hopopen: opens a link in the right viewer, or says why not.
 
 #include <cstdlib>

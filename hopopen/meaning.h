@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a parameter of a link is for.
 #pragma once
 

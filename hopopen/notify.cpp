@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "notify.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Showing a message on the desktop.
 #pragma once
 

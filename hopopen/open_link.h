@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Opening a link.
 #pragma once
 

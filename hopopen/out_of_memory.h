@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What happens when memory runs out: the link is refused, in words that need no memory.
 #pragma once
 

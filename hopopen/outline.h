@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The outline of a definition as a line of text: enough to choose the viewer.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The parameters of a link: pairs of a name and a value.
 #pragma once
 

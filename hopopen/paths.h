@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Paths of files and folders, as texts: nothing is looked at.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "percent.h"
 
 #include "characters.h"

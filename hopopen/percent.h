@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Percent-encoding (RFC 3986, section 2.1).
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A piece of a link: a part of its text that knows where it is, so that a
 // fault can be pointed at, also after percent-decoding.
 #pragma once

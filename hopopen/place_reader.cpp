@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "place_reader.h"
 
 #include <filesystem>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reading the files of other programs, and noting those that are none to read.
 #pragma once
 

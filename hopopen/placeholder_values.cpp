@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "placeholder_values.h"
 
 #include <algorithm>

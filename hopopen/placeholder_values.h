@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the placeholders of a definition mean in one link: its checked pieces, and
 // nothing else.
 #pragma once

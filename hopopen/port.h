@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Ports, wherever in a link they come from.
 #pragma once
 

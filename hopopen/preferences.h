@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a user and the administrators want, taken together.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "programs.h"
 
 #include <sys/stat.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Finding programs in the folders of PATH.
 #pragma once
 

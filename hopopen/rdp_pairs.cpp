@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "rdp_pairs.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The older form of rdp links, which is made of typed pairs:
 //
 //     rdp://full%20address=s:host.example:3389&audiomode=i:2

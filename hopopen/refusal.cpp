@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "refusal.h"
 
 namespace hopopen {

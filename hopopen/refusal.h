@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Why nothing is started: a code for programs, a message for people, and the place in the
 // link that is at fault.  The sentences are where the fault is found: those about a link in
 // link.cpp, host.cpp and parameters.cpp, those about viewers in decide.cpp and fill.cpp.

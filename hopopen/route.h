@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The way to the machine of a link: straight, or through an ssh gateway.
 //
 // A gateway decides what the names after it mean.  So one that a link asks for must be trusted,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Saying something to whoever called hopopen.
 #pragma once
 

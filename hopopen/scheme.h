@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The schemes, and the rules that each has of its own, for each in one place: those of rdp and
 // spice in files of theirs, the shorter ones in scheme.cpp.
 #pragma once

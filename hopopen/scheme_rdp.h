@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The rules of the scheme rdp: beside the usual form of links it has an older one, which is
 // made of typed pairs (rdp_pairs.h).
 #pragma once

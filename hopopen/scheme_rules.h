@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What may be particular to a scheme.  All links are read by the same rules; where a scheme has
 // one of its own, this says so.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The rules of the schemes spice and spice+tls: a link has a plain port, one for TLS, or both,
 // in the authority or in the query.  One that asks for TLS never goes plain.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "semaphores.h"
 
 #include <sys/ipc.h>

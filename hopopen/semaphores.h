@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How many more semaphore sets of System V this machine can have.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The settings of hopopen: which viewer opens which scheme, and which hosts are trusted.
 //
 //     [use]

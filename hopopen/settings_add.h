@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Adding something to the text of a settings file.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a user wants to be different in a settings file.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Changing the text of a settings file that people may have written by hand.
 //
 // The reader of TOML says where each value is in the text; what is to change is replaced

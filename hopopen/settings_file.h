@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Changing the settings file of a user on disk.
 //
 // The file is never written to: a new one is written next to it, synced, and renamed over it.

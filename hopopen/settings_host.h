@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The tables of hosts in the text of a settings file.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Adding keys to a table of a settings file, however the table is written.
 #pragma once
 

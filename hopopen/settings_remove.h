@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Taking something out of the text of a settings file.
 #pragma once
 

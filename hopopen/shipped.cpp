@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "shipped.h"
 
 #include <cstddef>

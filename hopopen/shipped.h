@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The outlines of the definitions that come with this program.
 //
 // Almost all files that a click finds are these, unchanged since they were installed.  To read

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How a link is shown to people: in double quotes, with nothing in it that a terminal, a
 // log or a markup language would obey, and without its password.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ssh_command.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The command that makes a tunnel: what ssh is given.
 #pragma once
 

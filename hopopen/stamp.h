@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What distinguishes a file from all others, and from itself after a change.
 #pragma once
 

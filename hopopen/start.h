@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Becoming the viewer.
 #pragma once
 

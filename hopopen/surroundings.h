@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a wish needs: the files, and where programs are.
 #pragma once
 

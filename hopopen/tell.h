@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What hopopen says to people about a link that it was asked to open.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Templates: the texts of a definition, with placeholders for the checked pieces of a link.
 //
 //     {host}:{port}     two placeholders and a colon

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Changing a few places of a text that people wrote, such that every other byte stays as it
 // is: line ends, comments, blank lines and all.
 #pragma once

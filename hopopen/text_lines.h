@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The lines of a text that people wrote: where they begin, and how they end.
 #pragma once
 

@@ -1,2 +1,3 @@
+// SPDX-License-Identifier: MIT
 #define TOML_IMPLEMENTATION
 #include "toml.h"

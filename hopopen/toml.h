@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The TOML reader (https://toml.io, version 1.0.0), set up for this program: faults are
 // results, not exceptions, nothing is ever written, and toml.cpp has its code.  Read texts with
 // readToml().

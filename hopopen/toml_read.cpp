@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toml_read.h"
 
 #include <algorithm>

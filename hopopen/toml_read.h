@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reading a text as TOML.
 #pragma once
 

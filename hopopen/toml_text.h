@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Where the values of a TOML file are in its text, and how values are written.
 #pragma once
 

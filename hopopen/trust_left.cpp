@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "trust_left.h"
 
 #include <cstddef>

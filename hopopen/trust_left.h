@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What keeps a host trusted, or distrusted, after the user has changed the settings.
 #pragma once
 

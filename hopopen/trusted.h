@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A host, or all hosts below a domain, that somebody trusts or has settings for.
 #pragma once
 

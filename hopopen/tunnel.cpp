@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tunnel.h"
 
 #include <fcntl.h>

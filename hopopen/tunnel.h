@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Making the tunnel that leads a viewer through an ssh gateway.
 #pragma once
 

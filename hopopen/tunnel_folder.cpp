@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tunnel_folder.h"
 
 #include <fcntl.h>

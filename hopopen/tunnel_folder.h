@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The folders that tunnels begin in.
 //
 // A tunnel begins at a socket, not at a port: no other user can connect to it, and none

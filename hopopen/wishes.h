@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Changing what the user wants: which viewer opens what, and whom to trust.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Distinguished names (RFC 4514 in spirit, X.501 in origin).
 //
 // A name is a text of segments, leaf first and root last, separated by commas:

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The assertion alone.  asserts.h has what it reports.
 //
 // `ASSERT(condition)` checks an invariant of the program, in every build type.

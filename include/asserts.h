@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a failed assertion reports.  The assertion itself is in assertion.h.
 #pragma once
 

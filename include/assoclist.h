@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The association list: an ordered map from string to string whose keys are
 // compared without regard to letter case.
 //

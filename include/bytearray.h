@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // An owned buffer of raw bytes with two text encodings: hexadecimal (radix 16)
 // and base64 (radix 64, RFC 4648 section 4, without line breaks).
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The configuration database: a versioned map from item names, compared without
 // regard to case, to configuration items.
 //

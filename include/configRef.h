@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Typed references to configuration items.
 //
 // A reference is a small object, usually a static one, that names an item and

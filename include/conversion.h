@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Conversions between numbers, byte buffers, strings, character sets and simple
 // list notations.
 //

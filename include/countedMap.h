@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // An ordered map that is itself a reference-counted, versioned object, so that a
 // whole map is published, shared and cloned at once.
 //

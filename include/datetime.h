@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Date and time.
 //
 // A `DateTime` is an instant: unsigned 32-bit seconds since 1970-01-01 00:00:00

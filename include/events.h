@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Event reports and their handlers, in three parts.
 //
 // *1. Severities, audiences and codes* say how bad an event is, who should see it, and what

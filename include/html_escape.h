@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Escaping of texts for other syntaxes, and the reverse.
 //
 // Each function takes its input as a pointer and a number of bytes, or as a

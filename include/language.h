@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Localised strings.
 //
 // User-visible texts are in named vectors and are addressed by vector name and

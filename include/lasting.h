@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Objects that are never destroyed.
 //
 // Code that runs at the very end of a process may still use them: the destructors of

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A single owner of a heap object.
 //
 // May be used before `main`, in a forked child and at exit.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Threads and orderly shutdown.
 //
 // A `Thread` is a body of work, `execute`, that runs while its creator does.  A

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Pseudo-random numbers.
 //
 // `PRNG` hands out bytes and dice throws from the C library's `random()`, seeded

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reference-counted, versioned objects: copy-on-write for whole objects.
 //
 // For each type there is at most one *canonical* instance: published, read-only,

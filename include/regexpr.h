@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Regular expressions.
 //
 // A `RegExpr` owns one compiled POSIX extended regular expression

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Stack traces and the handler for fatal signals.
 //
 // A `stack` is a value without content: the trace is taken when it is written,

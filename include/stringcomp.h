@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // String orderings.
 //
 // The library keys most of its maps by names that people type, so it compares

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the library knows of the system that it runs in.  May be asked before `main`, in
 // a forked child and at exit.
 #pragma once

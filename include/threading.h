@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Per-thread data and critical sections.
 //
 // *Per-thread data.*  A subsystem that keeps something for each thread derives a

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Trace flags: named switches for diagnostic output.
 //
 // A module declares its flag as a static object and tests it before it writes a

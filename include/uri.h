@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Remote-access URIs and the argument vectors of their viewers.
 //
 // The text form (in the spirit of RFC 3986):

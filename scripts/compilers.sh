@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Builds everything with each compiler that is supported, each in the oldest Debian that has
 # it, runs all tests, and writes what happened into docs/compilers.md.  A warning of a compiler,
 # a linker or CMake is a failure.  As root.

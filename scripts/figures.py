@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Writes what is generated in the documents (see scripts/figures): figures that were measured,
 the lists of items and flags, and the picture of the layers.
 
@@ -87,9 +88,12 @@ def soaked(output):
 
 
 def fuzzed(output):
-    rows = [line.split()[:2] for line in output.splitlines() if " executions " in line]
-    return {"tables": {"executions": {"head": ["fuzzer", "executions"], "rows": [
-        [name, f"{int(count):,}"] for name, count in sorted(rows)]}}}
+    """Takes the place of the rows of the fuzzers that ran."""
+    kept = json.loads((KEPT / "fuzz_long.json").read_text(encoding="utf-8"))["tables"]["executions"]
+    rows = {row[0]: row for row in kept["rows"]}
+    for name, count in re.findall(r"^(\S+) +(\d+) executions .* 0 findings$", output, re.MULTILINE):
+        rows[name] = [name, f"{int(count):,}", commit()]
+    return {"tables": {"executions": {"head": kept["head"], "rows": sorted(rows.values())}}}
 
 
 def mutated(output):
@@ -118,6 +122,40 @@ MEASURED = {
     "word_sizes": ("scripts/check word_sizes", closing(2)),
 }
 KEEP_THEMSELVES = {"bench": "bench/run", "costs": "bash bench/costs.sh"}
+
+
+# What every measurement depends on, and what each depends on besides.
+CODE = ["CMakeLists.txt", "brimcore", "cmake", "directory", "hopopen", "include", "tools",
+        "utilities", "viewers"]
+BESIDES = {"agreement": ["tests/agreement"], "bench": ["bench"], "costs": ["bench"],
+           "coverage": ["tests"], "fuzz": ["fuzz"], "fuzz_long": ["fuzz"], "mutation": ["tests"]}
+# What was tried once, and dropped, stays as it was.
+HISTORY = ["tried"]
+
+
+def why_old(name, kept):
+    """Why the results are not those of the code as it is; nothing if they are."""
+    commit, command = kept["commit"], kept["command"]
+    if not any(pathlib.Path(word).is_file() for word in re.findall(r"[\w./-]+", command)):
+        return f"the command does not exist: {command}"
+    if subprocess.run(["git", "merge-base", "--is-ancestor", commit, "HEAD"],
+                      stderr=subprocess.DEVNULL, check=False).returncode != 0:
+        return f"the commit is none of these: {commit}"
+    if name in HISTORY:
+        return None
+    changed = subprocess.run(["git", "diff", "--name-only", commit, "HEAD", "--", *CODE,
+                              *BESIDES.get(name, [])], capture_output=True, text=True, check=True)
+    files = changed.stdout.split()
+    return f"{len(files)} files are newer than {commit}, {files[0]} among them" if files else None
+
+
+def say_old():
+    """Prints a line for each measurement that is not of the code as it is."""
+    found = {file.stem: why_old(file.stem, results(file.stem)) for file in KEPT.glob("*.json")}
+    for name, why in sorted(found.items()):
+        if why:
+            print(f"docs/figures/{name}.json: {why}")
+    return any(found.values())
 
 
 def measure(name):
@@ -254,6 +292,8 @@ def written(text):
 
 def main():
     option, *names = sys.argv[1:] or [""]
+    if option == "--old":
+        sys.exit(1 if say_old() else 0)
     if option == "--measure":
         unknown = [name for name in names if name not in MEASURED and name not in KEEP_THEMSELVES]
         if unknown or not names:
@@ -262,7 +302,7 @@ def main():
         for name in names:
             measure(name)
     elif option not in ("", "--check"):
-        sys.exit("Usage: scripts/figures [--check | --measure [NAME...] | --pictures [NAME...]]")
+        sys.exit("Usage: scripts/figures [--check | --old | --measure [NAME...] | --pictures [NAME...]]")
     different = 0
     used = set()
     for page in sorted([*pathlib.Path().glob("*.md"), *pathlib.Path("docs").glob("*.md"),

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Sourced by the project's scripts, in the top folder: installing what is missing, building,
 # checking and counting.
 # shellcheck shell=bash
@@ -71,6 +72,9 @@ need_root() {
 
 # The packages that building needs.
 build_packages=(g++ cmake ninja-build libcli11-dev libtomlplusplus-dev nlohmann-json3-dev)
+# Those that the Debian packages need, too.
+# shellcheck disable=SC2034  # of other scripts
+package_packages=(build-essential debhelper doxygen git graphviz lintian pkg-kde-tools xz-utils)
 
 # --- Building ------------------------------------------------------------------
 
@@ -204,16 +208,33 @@ wait_for_jobs() {
 # step NAME COMMAND...: runs a command that may print a closing line of its own, whose counts
 # are added; without one it counts as one check.
 step() {
-  local name=$1 log status=0 began=$SECONDS
+  local name=$1 log status=0 began=$SECONDS worked
   shift
   log=$(mktemp)
+  count_processor_seconds "$log"
+  worked=$processor_seconds
   printf '== %s\n' "$name"
   "$@" 2>&1 | tee "$log"
   status=${PIPESTATUS[0]}
   add_counts "$log" "$status"
-  printf '== %s: %s (%d s)\n' "$name" "$( ((status == 0)) && echo okay || echo FAILED)" \
-    "$((SECONDS - began))"
+  count_processor_seconds "$log"
+  printf '== %s: %s (%d s, %d s of processors)\n' "$name" \
+    "$( ((status == 0)) && echo okay || echo FAILED)" "$((SECONDS - began))" \
+    "$((processor_seconds - worked))"
   rm -f "$log"
+}
+
+# count_processor_seconds FILE: sets processor_seconds, what the programs that this shell started,
+# and that have ended, needed.  The file is for the builtin, which says nothing in a subshell.
+count_processor_seconds() {
+  local word
+  times >"$1"
+  processor_seconds=0
+  for word in $(tail -n 1 "$1"); do
+    processor_seconds=$((processor_seconds + 60 * ${word%m*}))
+    word=${word#*m}
+    processor_seconds=$((processor_seconds + 10#${word%%[.,]*}))
+  done
 }
 
 # aside NAME COMMAND...: begins a step that runs when a processor has nothing else to do.

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # A minimal Debian of any release, for trying the project there.  As root.
 #
 #   scripts/minimal_debian.sh make FOLDER RELEASE [PACKAGE...]   makes it in FOLDER/base
@@ -7,7 +8,8 @@
 # The command runs in a clean clone of what is committed here, in a folder with a blank and an
 # umlaut in its name; RESULT is /result there.  What it changes elsewhere is in FOLDER/top, and
 # gone afterwards.  Packages that were fetched stay in FOLDER/archives.  There is a user,
-# "somebody".  sid is what the mirror has, even where its index has expired.
+# "somebody".  sid is what the mirror has, even where its index has expired.  A package may be
+# one of another machine: libc6:arm64.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 # shellcheck source=scripts/lib.sh
@@ -17,20 +19,24 @@ place='/srv/ein Ördner/hoplaunch'
 
 # make FOLDER RELEASE [PACKAGE...]
 make() {
-  local folder=$1 base=$1/base options=()
+  local folder=$1 base=$1/base options=() machines source=()
   [[ ! -e $base/etc/made ]] || return 0
   need mmdebstrap
   rm -rf --one-file-system "$base"
   mkdir -p "$folder/archives/partial"
   # The mirror may be a snapshot.  Of the other releases an expired index is a fault.
   [[ $2 != sid ]] || options=(--aptopt='Acquire::Check-Valid-Until "false"')
+  machines=$(printf '%s\n' "${@:3}" | sed -n 's/.*:/,/p' | sort -u | paste -sd '')
+  # Libraries must have the same version on all machines, and updates come to some before others.
+  [[ -z $machines ]] || source=("deb http://deb.debian.org/debian $2 main")
   # shellcheck disable=SC2016  # the hooks'
-  quietly "$folder/base.log" mmdebstrap --variant=minbase --include="$(IFS=, && echo "${*:3}")" \
+  quietly "$folder/base.log" mmdebstrap --variant=minbase \
+    --architectures="$(dpkg --print-architecture)$machines" --include="$(IFS=, && echo "${*:3}")" \
     "${options[@]}" \
     --customize-hook='chroot "$1" useradd --create-home --shell /bin/bash somebody' \
     --customize-hook='mkdir "$1/result"' \
     --customize-hook='cat "$1"/var/lib/apt/lists/*_dists_'"$2"'_InRelease >"$1/etc/made"' \
-    "$2" "$base"
+    "$2" "$base" "${source[@]}"
 }
 
 # run FOLDER RESULT COMMAND...
@@ -70,7 +76,7 @@ case ${1:-} in
     "$@"
     ;;
   *)
-    sed -n 's/^# \{0,1\}//; 2,5p' "$0" >&2
+    sed -n 's/^# \{0,1\}//; 3,6p' "$0" >&2
     exit 2
     ;;
 esac

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Breaks a source file in small ways and shows which breaks no test notices.
 
 Each mutant differs from the file by one token or one statement.  It is compiled

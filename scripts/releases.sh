@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Does what the README says on minimal installations of Debian, and writes what happened into
 # docs/releases.md.  As root.
 #
@@ -15,6 +16,7 @@ source scripts/lib.sh
 
 document=docs/releases.md
 commands=('./run' './test' './package' 'scripts/reference' 'bench/run --quick')
+as_root_only=scripts/desktop/newcomer.sh # it installs what was built
 
 # --- The installations -------------------------------------------------------------
 
@@ -58,6 +60,7 @@ inside() {
   for command in "${commands[@]}"; do
     try_command "$who" "$command"
   done
+  [[ $who != root ]] || try_command root "$as_root_only"
 }
 
 # try_command WHO COMMAND
@@ -94,10 +97,10 @@ judge_root() {
     printf '**warned**'
   elif [[ $1 == run && $last != 'A click on vnc://localhost:5900 would '* ]]; then
     printf '**said nothing of a click**'
-  elif [[ $1 == test ]]; then
+  elif [[ $1 == test || $1 == scriptsdesktopnewcomersh ]]; then
     printf '%s' "$last"
-  elif [[ $1 == package && $(grep -c '\.deb$' "$3") != 3 ]]; then
-    printf '**not three packages**'
+  elif [[ $1 == package && $(grep -c '\.deb$' "$3") != 4 ]]; then
+    printf '**not four packages**'
   elif [[ $1 == scriptsreference && ! -s build/reference/index.html ]]; then
     printf '**no index.html**'
   else
@@ -140,7 +143,9 @@ duration() { (($1 < 60)) && printf '%d s' "$1" || printf '%d min %d s' $(($1 / 6
 cell() {
   local seconds
   seconds=$(value "$1" "$2" "$3" 4)
-  if [[ -z $seconds ]]; then
+  if [[ $2 != root && $3 == "$as_root_only" ]]; then
+    printf 'is not for users'
+  elif [[ -z $seconds ]]; then
     printf '**did not run**'
   else
     printf '%s, %s' "$(value "$1" "$2" "$3" 3)" "$(duration "$seconds")"
@@ -154,7 +159,7 @@ table() {
   printf 'At commit %s, on %d processors.\n\n' "$(cat "$home/$1"/*/commit | sort -u | xargs)" "$(nproc)"
   printf '| command | root | with sudo | sudo refuses | a package source fails | packages | MB |\n'
   printf '|---|---|---|---|---|---|---|\n'
-  for command in "${commands[@]}"; do
+  for command in "${commands[@]}" "$as_root_only"; do
     # shellcheck disable=SC2016  # of Markdown
     printf '| `%s` | %s | %s | %s | %s | %s | %s |\n' "$command" "$(cell "$1" root "$command")" \
       "$(cell "$1" sudo "$command")" "$(cell "$1" refused "$command")" \

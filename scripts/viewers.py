@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Writes the table of docs/viewers.md: see scripts/viewers."""
 
 import pathlib

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Renaming, the search for a free name, escaping and the orderings.
 
 #include <gtest/gtest.h>

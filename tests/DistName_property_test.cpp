@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Properties of all names, tried on many names from a fixed seed.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "DistName.h"
 
 #include <gtest/gtest.h>

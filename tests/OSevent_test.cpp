@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reports of failed system calls.
 
 #include <gtest/gtest.h>

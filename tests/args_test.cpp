@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The argument vectors that URIs make for viewers.
 #include <gtest/gtest.h>
 

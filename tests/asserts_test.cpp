@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Assertions: the report, and the end of the process.
 
 #include "asserts.h"

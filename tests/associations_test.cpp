@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Which desktop entry opens links of a scheme, as hopopen's check works it out.
 
 #include "associations.h"

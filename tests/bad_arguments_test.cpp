@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Null pointers and positions beyond the end.  They give the same as a malformed text.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What policies and profiles of browsers mean for links, as hopopen's check reads them.
 
 #include <gtest/gtest.h>

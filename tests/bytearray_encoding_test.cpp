@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The text encodings of byte arrays.
 #include <gtest/gtest.h>
 

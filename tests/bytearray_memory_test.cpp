@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Byte arrays when there is no memory left.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "bytearray.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The catalog of definitions, in memory and on disk.
 
 #include "catalog.h"

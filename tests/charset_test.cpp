@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Character sets, and code page 437 in particular.
 #include <gtest/gtest.h>
 

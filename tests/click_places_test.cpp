@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The places that hopopen's check looks at.
 
 #include "click_places.h"

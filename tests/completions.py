@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Types command lines into bash, zsh and fish on a terminal, and checks the results.
 
 A function replaces each program and writes down the arguments that it gets.  fish

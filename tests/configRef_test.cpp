@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "configRef.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The configuration database under load: very many edits while other processes
 // read, and editors that race.
 #include <gtest/gtest.h>
@@ -76,7 +77,7 @@ const char* const LOST = "2/31 commonEvent/4: setCanonical() | editableConfigDB:
 
 // --- Memory ----------------------------------------------------------------
 
-#ifdef SANITIZED
+#ifdef SLOW
 constexpr int EDITS = 20000;  // each takes long
 #else
 constexpr int EDITS = 100000;

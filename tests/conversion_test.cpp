@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Numbers and byte buffers.
 #include "conversion.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "countedMap.h"
 
 #include <gtest/gtest.h>

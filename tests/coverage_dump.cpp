@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Linked into the executables of a build that measures coverage.  It also writes the
 // counters when a process ends without the functions that `exit` runs.  (The compiler
 // does so when a process becomes another program, and when it forks.)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reads the tables that make_calendar.py wrote to the folder TEST_DATA.
 
 #include <gtest/gtest.h>

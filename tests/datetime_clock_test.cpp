@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The clock and the sleep of these tests are fake unless a test says otherwise.
 
 #include <gtest/gtest.h>

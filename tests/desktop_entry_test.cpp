@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The desktop entries: hopopen is offered for the schemes that it has viewers for, and the
 // names of entries that are no longer offered start it, too.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The driver within the test's own process: `execvp` records and fails, the clock
 // does not move, and nobody sleeps.
 

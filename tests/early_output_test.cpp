@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Output to standard error from a static initialiser, in a program whose sources do
 // not set up the standard streams themselves.  And types that a program first uses
 // late, and still uses at the very end.

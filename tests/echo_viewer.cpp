@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A viewer that writes to descriptor 9 the path that it was executed by and then each
 // argument, each followed by a NUL.  It is linked statically, to start quickly.
 

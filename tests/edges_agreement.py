@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Compares what hopexplain says with what hoplaunch does.
 
     edges_agreement.py HOPLAUNCH HOPEXPLAIN FOLDER COUNT

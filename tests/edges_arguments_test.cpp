@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Bad arguments: null pointers, positions beyond the end, dice without sides.
 
 #include <gtest/gtest.h>

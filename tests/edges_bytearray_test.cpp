@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Texts of more than 4 GiB.  They are one small piece of memory that is mapped many
 // times, one after the other.
 

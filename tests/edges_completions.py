@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Completes names of programs and files that a shell would run or split, on a terminal.
 
     edges_completions.py SCRATCH-FOLDER HOPOPEN

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Runs a command, and makes its system calls of some names fail at once with an error number.
 
     edges_filter.py NAME=NUMBER[,NAME=NUMBER...] COMMAND...

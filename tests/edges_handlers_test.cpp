@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Handlers that throw, report, destroy and register while they handle a report.
 
 #include <gtest/gtest.h>

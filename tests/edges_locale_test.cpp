@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The program's locale changes nothing.
 
 #include <gtest/gtest.h>

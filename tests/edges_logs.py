@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Launches with logs that block: FIFOs, full pipes, terminals that accept nothing.
 
     edges_logs.py NAME FOLDER-OF-VIEWERS COMMAND...

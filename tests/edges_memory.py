@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Runs a program under ever larger limits of its memory until it succeeds.
 
     edges_memory.py NAME FOLDER-OF-VIEWERS PROGRAM [OPTION...]

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Objects of plugins leave their tables when they are destroyed.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Who removes the set of semaphores, and when: an assertion, and the process that adopts.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Sends signals to tools that wait at a full pipe, while they have their set.
 
     edges_signals.py HOPLAUNCH HOPEXPLAIN FOLDER-OF-VIEWERS

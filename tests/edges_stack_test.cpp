@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The trace of a crash on an overflowed stack, where little still works.
 
 #include <gtest/gtest.h>

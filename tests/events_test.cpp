@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reports: their texts, and how they reach the handlers.
 
 #include "events.h"

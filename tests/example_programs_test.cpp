@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Runs the programs of examples/ as their transcripts show.  A line of a transcript that
 // begins with "$ " is a command for the shell; the lines up to the next one are what it
 // writes.  The tutorial's code and its sessions are those of its example.
@@ -95,7 +96,8 @@ TEST(Tutorial, ShowsTheCodeOfItsExample) {
   const std::string source = readFile(EXAMPLES "/tutorial.cpp");
   const std::vector<std::string> shown = blocks(readFile(DOCUMENTS "/tutorial.md"), "cpp");
   ASSERT_FALSE(shown.empty());
-  std::size_t position = 0;
+  ASSERT_TRUE(source.starts_with("// SPDX-License-Identifier: "));
+  std::size_t position = source.find('\n');  // nobody learns anything from that line
   for (const std::string& block : shown) {
     const std::size_t found = source.find(block, position);
     ASSERT_NE(found, std::string::npos) << "not in tutorial.cpp, or not in this order:\n" << block;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The worked examples of the headers.
 
 #include <gtest/gtest.h>

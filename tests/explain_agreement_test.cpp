@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // hopexplain and hoplaunch agree: 20,000 random command lines, with good, broken and odd
 // files on PATH and with limits that some arguments exceed, are given to both programs.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What hopexplain says about a log, compared with the result of opening it.
 
 #include "explain_log.h"

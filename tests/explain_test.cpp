@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What hopexplain finds, and what it prints about it.
 
 #include "explain.h"

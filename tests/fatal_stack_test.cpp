@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Faults after which little still works: an overflowed stack, and a broken allocator.
 // This program's allocator is the C library's until a test makes it fail.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Files as hopopen reads them: definitions and settings.
 
 #include "file.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Which folder may depend on which, by what is included and by what is linked.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reads form-encoded texts.
 #include <gtest/gtest.h>
 

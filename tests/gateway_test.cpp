@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How the name of a gateway is read.
 
 #include "gateway.h"

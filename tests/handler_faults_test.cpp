@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Handlers that throw, that report, and that come and go while a report is offered.
 #include <gtest/gtest.h>
 

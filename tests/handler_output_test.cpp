@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the handlers write: dates, lines, thread ids and stack traces.
 
 #include <gtest/gtest.h>

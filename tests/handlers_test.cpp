@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Handlers: which reports they claim, their order, and their registration.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // hopexplain as its users see it, side by side with the launcher: it says about a
 // command line what the launcher does with it.
 
@@ -156,7 +157,7 @@ TEST(Hopexplain, PrintsHelpAndVersionForTheOnlyArgument) {
   EXPECT_EQ("", help.err);
   EXPECT_EQ(0, help.status);
   const Outcome version = explain(shop, {.arguments = {"--version"}});
-  EXPECT_EQ("hopexplain 0.1.0\n", version.out);
+  EXPECT_EQ("hopexplain " PROJECT_VERSION "\n", version.out);
   EXPECT_EQ("", version.err);
   EXPECT_EQ(0, version.status);
   // Elsewhere they are keywords as before.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The program says the same with a catalog of the definitions as without one.
 
 #include <chrono>

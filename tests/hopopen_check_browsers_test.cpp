@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What `hopopen --check` says of browsers that keep links for themselves, and of files that
 // are none to read.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What `hopopen --check` says of a machine on which a click does nothing.  Each test breaks one
 // thing, and sees the lines that change: those of the thing, and those that follow from it.
 

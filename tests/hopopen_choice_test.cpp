@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Which viewer is chosen, who chooses it, and the message when there is none.
 
 #include <sched.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Where definitions are looked for, which files count, and which of several wins.
 
 #include <sched.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What may happen around hopopen: logs that would make it wait, output that nobody
 // reads, memory that runs out.
 

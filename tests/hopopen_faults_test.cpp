@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Faults of definitions.  hopopen finds each at its line and column, and ignores only the
 // file that has it.
 

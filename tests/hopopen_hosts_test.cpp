@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the settings say of single hosts: how hopopen is told it, and what it says of it.
 
 #include "hopopen_runner.h"

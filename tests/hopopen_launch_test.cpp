@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a viewer really gets: its arguments, environment, descriptors and signals.
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The log.  A click leaves nothing else behind: no file and no semaphore set.
 
 #include <sched.h>

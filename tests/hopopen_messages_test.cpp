@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The message about a refused link: one plain line without the password.
 
 #include "hopopen_runner.h"
@@ -135,7 +136,7 @@ TEST(ShownLinks, AreCutByBytesAndNotByWhatIsShownForThem) {
 TEST(ShownLinks, HaveEachUnusualByteAsAnEscape) {
   const Machine machine;
   installViewers(machine);
-#ifdef SANITIZED
+#ifdef SLOW
   constexpr int STEP = 7;  // each takes long
 #else
   constexpr int STEP = 1;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The notification of a refusal: which program shows it, which text, and when there is none.
 //
 // The programs are scripts that keep their arguments and then do what a test wants.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Finding the programs of viewers on PATH, and the terminals that some run in.
 
 #include "hopopen_runner.h"

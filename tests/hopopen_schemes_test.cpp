@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the shipped viewers of rdp, spice and telnet links are given.
 
 #include "hopopen_runner.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a stranger's link cannot do.  Every argument that arrives is the template with
 // checked pieces of the link, each in its place.
 //
@@ -332,7 +333,7 @@ TEST_P(StrangersLink, GetsCheckedPiecesIntoTheirPlacesOnly) {
   machine.program("everything");
   Strange strange(GetParam());
   int accepted = 0;
-#ifdef SANITIZED
+#ifdef SLOW
   constexpr int LINKS = 100;  // each takes long
 #else
   constexpr int LINKS = 500;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Changes of the settings by the program: by many processes at once, and by one that is
 // killed at each of its system calls.
 

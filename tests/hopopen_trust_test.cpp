@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Which hosts are trusted, what that changes, and faults of the files that say so.
 
 #include "hopopen_runner.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Tunnels through ssh gateways, with a program in place of ssh.
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // --use, --forget, --trust and --distrust: their changes of the user's file, and their output.
 
 #include "hopopen_runner.h"
@@ -328,7 +329,7 @@ TEST(Wishes, ChangeTheUsersFileOnly) {
 }
 
 TEST(Wishes, OfTwoHundredAtOnceAreAllFulfilled) {
-#ifdef SANITIZED  // programs start slowly
+#ifdef SLOW  // programs start slowly
   constexpr int pairs = 20;
 #else
   constexpr int pairs = 100;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What people read when a link is not opened, word by word.
 
 #include "hopopen_runner.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What settings files say of a host, and which of them counts.
 
 #include "host_rules.h"

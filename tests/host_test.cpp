@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Hosts, as links and settings name them.
 
 #include "host.h"

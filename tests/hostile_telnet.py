@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """A telnet server for tests that asks for everything.
 
     hostile_telnet.py --port-file FILE --log FILE

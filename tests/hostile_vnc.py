@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """A VNC server for tests.  It wants things that it should not have.
 
     hostile_vnc.py --log FILE --port-file FILE [OPTION...]

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """DES, which VNC's passwords need and Python's library does not have.  Slow, only for tests."""
 
 # From FIPS 46-3; positions count from 1 at the highest bit.

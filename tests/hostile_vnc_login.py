@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """How the hostile VNC server lets clients in: it accepts and records every answer."""
 
 import hashlib

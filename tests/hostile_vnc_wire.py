@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The input and output of the hostile VNC server: a connection and a journal."""
 
 import json

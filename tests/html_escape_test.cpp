@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "html_escape.h"
 
 #include <gtest/gtest.h>

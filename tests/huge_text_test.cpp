@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Texts whose length does not fit 32 bits.  A machine of 32 bits has no such texts.
 #include <gtest/gtest.h>
 

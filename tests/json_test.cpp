@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // JSON as hopopen writes it: one line of ASCII, whatever the texts are.
 
 #include "../hopopen/json.h"

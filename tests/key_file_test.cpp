@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The form of desktop entries and of mimeapps.list, as hopopen's check reads it.
 
 #include "key_file.h"

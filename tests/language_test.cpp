@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Localised strings: languages, vectors of texts, and declared texts.
 
 #include "language.h"

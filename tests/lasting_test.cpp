@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Objects that are never destroyed.
 
 #include "lasting.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How an exception ends a launch: nothing of the launch is left.
 
 #include "launch_end.h"

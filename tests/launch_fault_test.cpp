@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Launches within the test's own process whose system calls fail one by one: those
 // on the log, the clock and the execution.  Whatever fails, the program is executed.
 

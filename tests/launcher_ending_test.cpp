@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What ends hoplaunch and hopexplain, and what must not: a set that cannot be had, signals,
 // output that nobody reads.  Nothing is left behind.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the viewer finds: the descriptors, the environment and the signals that the
 // launcher got, and nothing else.
 

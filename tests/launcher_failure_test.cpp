@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Launches that go wrong, and input that might make them go wrong.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the launcher does not check, and passes on or shows as it is.  README.md, the manual
 // page and SECURITY.md say so, and programs rely on it.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Logs that would make the launcher wait: the launch goes on at once.
 
 #include <sys/stat.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Memory that runs out in hoplaunch and hopexplain: no exception ends the process, and no
 // semaphore set is left behind.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The launcher's semaphore set is gone when the viewer runs, and after every launch
 // that fails.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The launcher as its users see it.  Command lines go in; the viewer's argument
 // vector, the log, standard output and error, and the exit status come out.  The
 // cases are in launcher_cases.txt.  Tests that do not fit there follow them here.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The launcher's trace of its configuration database, line by line.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Objects in the tables of languages, texts and per-thread data that are destroyed
 // before the process ends.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A shared object that a test loads: it has a trace flag of its own.
 #include "trace.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the library does not do.  Its headers say so: callers rely on it, or must know it.
 
 #include <dlfcn.h>

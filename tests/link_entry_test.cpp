@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What hopopen's check makes of a desktop entry.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Opens every link of links.txt, without starting anything, and compares what the
 // program prints with what the file says.  The definitions, the settings and the programs
 // are those of the folder links/.  Those of the machine do not matter.

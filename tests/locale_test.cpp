@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a program's locale and a stream's flags must not change.
 #include <gtest/gtest.h>
 #include <unistd.h>

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Writes the tables that the date tests read: calendar.txt and date_styles.txt.
 
 The tables are in this folder and checked in; run the script only to change what they

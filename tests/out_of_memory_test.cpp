@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // hopopen without memory: the message when there is none even for an exception.
 
 #include "out_of_memory.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Paths as texts: where hopopen looks for files.
 
 #include "paths.h"

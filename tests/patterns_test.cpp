@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // No text of a link becomes a pattern, neither in hoplaunch nor in hopopen.  They compile
 // only patterns of the program and of the definition of a viewer.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Percent-encoding as hopopen reads and writes it.
 
 #include "percent.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The clock of these tests does not move; the generator is the C library's unless a test
 // says what it draws.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A viewer that records what it got, byte for byte, and ends with status 42.
 //
 // The variable RECORDING is the start of the names of the files that it writes

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Publication: commit tests, stages, counts and the typed handle's canonical
 // instance.
 #include <gtest/gtest.h>

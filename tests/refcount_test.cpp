@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "refcount.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The trace lines of the flag "refcount".
 #include <gtest/gtest.h>
 #include <unistd.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "regexpr.h"
 
 #include <gtest/gtest.h>

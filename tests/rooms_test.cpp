@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The files of tools/ and hopopen/: each holds the code that its name says, and none is part
 // of a circle, by what is included and by what is linked.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a stranger's URI can do, and what it cannot.  Each sentence of SECURITY.md is tried
 // on the real launcher with a viewer that records what it gets.
 
@@ -175,7 +176,7 @@ struct Attempt {
   Outcome outcome;
 };
 
-#ifdef SANITIZED
+#ifdef SLOW
 constexpr int RANDOM_URIS = 5;  // each launch takes long
 #else
 constexpr int RANDOM_URIS = 40;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Who removes the semaphore set when a process ends without `exit`.  And programs that
 // hand it over or do without it.
 

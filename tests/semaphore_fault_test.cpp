@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <sys/ipc.h>
 #include <sys/mman.h>
 #include <sys/sem.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Changes of the text of a settings file, tried on every form that TOML has.
 
 #include "settings_edit.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Changes of a settings file with every system call failing in turn, and with a process
 // killed before and after each of them.
 

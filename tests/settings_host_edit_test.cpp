@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Changes of what a settings file says of single hosts, tried on every form that TOML has.
 
 #include <gtest/gtest.h>

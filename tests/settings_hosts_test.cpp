@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What hopopen reads in the tables that a settings file has for hosts.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Random changes of settings files of odd forms.  After every change the file says what was
 // asked for, and every comment and everything that means nothing here is still there.
 
@@ -124,7 +125,7 @@ void PrintTo(const Said& what, std::ostream* out) {
   }
 }
 
-#ifdef SANITIZED
+#ifdef SLOW
 constexpr unsigned SEEDS = 5;  // each takes long
 #else
 constexpr unsigned SEEDS = 25;

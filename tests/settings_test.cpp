@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What hopopen reads in a settings file, and what it complains about.
 
 #include "settings.h"

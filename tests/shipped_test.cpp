@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The outlines of the shipped definitions are known without reading these as TOML.
 
 #include "shipped.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How links are shown.
 
 #include "shown.h"

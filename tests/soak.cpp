@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Launches again and again, several at once, with one log, and looks whether each
 // arrives whole and whether anything is left behind.  Then does it again with launches
 // that are killed at random moments, and counts what those leave behind.

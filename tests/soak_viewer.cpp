@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The viewer of the soak: reports what it got to descriptor 3, in one write.
 //
 // That is the length of the rest, each argument followed by a NUL, and for each further

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What ssh is given to make a tunnel.
 
 #include "ssh_command.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Stack traces: what is written, and how its lines are made readable.
 
 #include "stack.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The items and trace flags that exist before `main` in a program linked with the
 // launcher's driver.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The trace flags of a program that is linked with the library and mentions only
 // flags of it.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The flags and items that exist before `main`, in programs that are linked in different
 // ways: see startup/CMakeLists.txt.
 

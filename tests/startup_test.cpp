@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The configuration database at the start of a program that is linked with the
 // library and mentions none of the modules that register items.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Use before `main`, while the per-thread data is being built, and at exit.
 #include <gtest/gtest.h>
 #include <sys/ipc.h>

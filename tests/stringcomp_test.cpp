@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "stringcomp.h"
 
 #include <gtest/gtest.h>
@@ -22,13 +23,14 @@ static_assert(std::is_abstract_v<stringComparator>);
 static_assert(std::has_virtual_destructor_v<stringComparator>);
 static_assert(std::is_base_of_v<stringComparator, caseInsensitive>);
 
-// The position of a virtual operation in the table of virtual operations.
+// The position of a virtual operation in the table of virtual operations.  The first word is
+// its distance in bytes; some machines add one to mark it.
 template <class Member>
 std::uintptr_t slotOf(Member member) {
   std::uintptr_t words[2];
   static_assert(sizeof member == sizeof words);
   std::memcpy(words, &member, sizeof words);
-  return (words[0] - 1) / sizeof(void*);
+  return words[0] / sizeof(void*);
 }
 
 }  // namespace

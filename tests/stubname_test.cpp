@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The last component of a program's path.
 
 #include <gtest/gtest.h>

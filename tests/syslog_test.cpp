@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The handler that passes reports to the system log.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The seam of tests for failing system calls: a replacement is reached under each name that
 // the function has in the C library.  Which name is called depends on the compiler and on the
 // version of the library, where calls are checked (_FORTIFY_SOURCE).

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Templates of definitions.
 
 #include "template.h"

@@ -1,1 +1,2 @@
+// SPDX-License-Identifier: MIT
 // Carries the headers that are compiled once for all tests.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The lines of settings files, as people and other systems wrote them.
 
 #include "text_lines.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Quoting, CSV fields, name suffixes, letter case, splitting and copies.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the reader of TOML refuses for hopopen, beyond what the library does.
 
 #include "toml_read.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How URIs use regular expressions, and what happens when those do not compile.
 #include <gtest/gtest.h>
 #include <regex.h>

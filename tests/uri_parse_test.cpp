@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Where and why the parser of a URI's text stops.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "uri.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Uses of a URI other than parsing: writing, copying, assigning, changing.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The table of docs/viewers.md says of each shipped viewer what its definition says.  (This
 // test is one of hopopen's, as it reads definitions.)
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The shell wrapper that bench/run compares the front door with.  The address and harmless
 // parameters of a link reach the viewer, and nothing else does.  A wrapper that did less
 // would not be a fair comparison.

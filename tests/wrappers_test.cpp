@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The wrappers that are installed as examples, and the one that SECURITY.md shows.  Only
 // the address of a link gets through.
 

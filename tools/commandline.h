@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The command line that hoplaunch and hopexplain share:
 //
 //     [-KEY=VALUE | -KEY VALUE]... URI

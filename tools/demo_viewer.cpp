@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A viewer that shows what it was asked to show: the argument vector that it was
 // given, one quoted element a line.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A launch that is explained and not made: what hopexplain knows about it.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "explain_elf.h"
 
 #include <elf.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the kernel would say to a program in its own format, ELF.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "explain_json.h"
 
 #include <cstdint>

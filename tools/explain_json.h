@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // An explanation for programs.
 #pragma once
 

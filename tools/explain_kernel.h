@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the kernel would say to an execution, without executing.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What would happen to a log, without opening it or making it.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The options that hopexplain has in addition to those of the launcher.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What hopexplain writes, and whether that worked.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Whether this process may execute a file.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "explain_room.h"
 
 #include <sys/resource.h>

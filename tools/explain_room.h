@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The room that Linux has for the strings and pointers of an execution.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A file that is looked into, for what an execution would make of it.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "find_program.h"
 
 #include <algorithm>

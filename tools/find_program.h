@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Where `execvp` would find a program, and how it would come to be executed.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // hopexplain: says what hoplaunch would do with the same command line.
 
 #include <unistd.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The launch itself: writes the log, and becomes the viewer.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "launch_end.h"
 
 #include <unistd.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How a launch ends that cannot go on: no semaphore set can be had, a signal ends the
 // process, memory runs out.  Nothing is left, and the log says why.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "launch_log.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // hoplaunch: hands a remote-access URI to the viewer registered for its scheme.
 
 #include <cstddef>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "main2.h"
 
 #include "launch.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The launcher after its command line has been split.
 #pragma once
 

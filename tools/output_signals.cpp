@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "output_signals.h"
 
 #include <array>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The signals of the tools.
 //
 // Output that nobody reads raises SIGPIPE; a file that may not grow any more, SIGXFSZ.

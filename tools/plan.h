@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a launch comes to, decided before anything is opened or started.
 #pragma once
 

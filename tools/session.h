@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What hoplaunch and hopexplain have in common before they look at a URI.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "shell_word.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Text as a shell reads it.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "stubname.h"
 
 const char* stubName(const char* path) {

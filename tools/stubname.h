@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The name of a program without its folder.
 #pragma once
 

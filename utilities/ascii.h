@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // ASCII: the classes of its characters, their case, and the digits of the radices 16 and 64.
 // Other code that needs to know what a digit is asks here.
 //
@@ -58,7 +59,8 @@ constexpr bool isPrintable(char c) {
 
 /// DEL included.
 constexpr bool isControl(char c) {
-  return (c >= '\0' && c < ' ') || c == '\x7F';
+  const auto byte = static_cast<unsigned char>(c);
+  return byte < ' ' || byte == '\x7F';
 }
 
 constexpr bool isPunctuation(char c) {

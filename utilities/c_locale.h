@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The C locale.  Links, expressions and messages are read and written in it, whatever
 // locale the program has set.
 #pragma once

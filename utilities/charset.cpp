@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The character sets that a text may be restricted to.
 
 #include <algorithm>

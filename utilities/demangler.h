@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reads mangled names of functions.  include/stack.h says what it makes of them.
 #pragma once
 
@@ -7,6 +8,13 @@
 #include "ascii.h"
 
 namespace internal {
+
+// Where `long double` has 128 bits, its letter is this one.
+#ifdef __LONG_DOUBLE_128__
+inline constexpr std::string_view LETTER_G = "long double";
+#else
+inline constexpr std::string_view LETTER_G = "__float128";
+#endif
 
 /// Reads a mangled name from left to right and writes what it understands.  It
 /// never reads past its input: every character beyond the end is NUL.
@@ -180,7 +188,7 @@ class demangler {
         "signed char", "bool",
         "char",        "double",
         "long double", "float",
-        "__float128",  "unsigned char",
+        LETTER_G,      "unsigned char",
         "int",         "unsigned int",
         "long",        "unsigned long",
         "__int128",    "unsigned __int128",

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The single-threaded variant of threads and thread data.  A multi-threaded one
 // replaces this file.
 

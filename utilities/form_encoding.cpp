@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reads the pairs of an encoded form, "name=value&name=value".
 
 #include <string>

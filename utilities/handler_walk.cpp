@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "handler_walk.h"
 
 #include <algorithm>

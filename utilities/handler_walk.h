@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The walk of one report through the handlers of a map.
 #pragma once
 

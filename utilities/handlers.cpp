@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The handlers of reports and the maps that they are in.
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Arithmetic with millionths that is rounded once, to the nearest double.
 //
 // A double cannot hold a millionth, so floating-point arithmetic rounds at each step.  The

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Standard error, for code that may run before `main`.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The order in which the library's static objects are constructed before `main`.
 //
 // Objects that register themselves (flags, items, slots) have one of these

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Quoting, fields, suffixes and pieces of text.
 
 #include <algorithm>

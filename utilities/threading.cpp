@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Per-thread data: the common part of every variant of the thread-data store.
 
 #include "threading.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The trace flags of the library.
 //
 // trace.cpp defines all of them.  So a program that uses any flag has all of them, however

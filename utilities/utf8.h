@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Walking through the characters of a UTF-8 text.
 #pragma once
 

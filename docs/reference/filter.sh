@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
 # Turns the comments of a header into those that doxygen reads, line for line.
 #
 # - The plain comment at the head is the page of the file.
@@ -10,7 +11,8 @@
 exec awk '
   { line[NR] = $0 }
   END {
-    for (i = 1; line[i] ~ /^\/\//; i++) sub(/^\/\//, "///", line[i])
+    if (line[1] ~ /SPDX/) line[1] = ""  # no part of the page
+    for (i = 1 + (line[1] == ""); line[i] ~ /^\/\//; i++) sub(/^\/\//, "///", line[i])
     line[i] = "/// @file"  # in place of #pragma once
     for (; i <= NR; i++) {
       if (line[i] ~ /\(const [A-Za-z]+&[a-z ]*\) = default;$/) line[i] = ""

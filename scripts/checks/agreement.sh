@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # That whoever shows a link and whoever opens it agree.
 # Of every link that hopopen accepts, browsers' URL standard (by node), libcurl and GLib must
 # read the same user, host and port.
@@ -18,11 +19,10 @@ command -v node >/dev/null || need nodejs
 read -ra configuration <<<"${HOPLAUNCH_CMAKE_ARGS:-}"
 folder=build/agreement
 configure_and_build() {
-  cmake --preset release -B "$folder" -DHOPLAUNCH_AGREEMENT=ON -DHOPLAUNCH_TESTS=OFF \
-    -DHOPLAUNCH_SHARED=OFF "${configuration[@]}" &&
-    cmake --build "$folder" --target hoplaunch_agreement
+  cmake --preset release -DHOPLAUNCH_AGREEMENT=ON "${configuration[@]}" &&
+    cmake --build --preset release --target hoplaunch_agreement
 }
 quietly "$folder/build.log" configure_and_build
 node tests/agreement/generate.mjs "$count" "$seed" tests/links.txt >"$folder/links.txt"
-"$folder/tests/agreement/agreement" <"$folder/links.txt" >"$folder/readings.txt"
+build/release/tests/agreement/agreement <"$folder/links.txt" >"$folder/readings.txt"
 node tests/agreement/compare.mjs "$folder/links.txt" "$folder/readings.txt" "$count"

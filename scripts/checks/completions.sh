@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The completions, typed into bash, zsh and fish.
 # Arguments: [BUILD-FOLDER]
 # shellcheck shell=bash source=scripts/lib.sh

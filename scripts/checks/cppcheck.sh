@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # That cppcheck has nothing to say about the product.
 # .cppcheck-suppressions has what it must not say, with the reason; cppcheck reports one that is
 # no longer needed.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # What the programs do at the edges.
 # No semaphore sets, signals, logs that block, little memory, output that is lost, and programs
 # and links that are made to break something.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The library from outside, at its edges.
 # Hidden visibility, no run-time types, no shared library, absolute folders, and as a part of
 # another project.

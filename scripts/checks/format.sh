@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # That every C and C++ source is formatted as .clang-format says.
 # shellcheck shell=bash source=scripts/lib.sh
 set -euo pipefail

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # What hardens the built programs (see cmake/Options.cmake).
 # Arguments: [BUILD-FOLDER]
 # shellcheck shell=bash source=scripts/lib.sh

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # That each file of the product includes what it uses and nothing else, its own header first.
 #   scripts/check includes -- FILE...    these files
 # include-what-you-use looks.  Where it is wrong, includes.imp says so, or a comment

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # What scripts/lib.sh says where it cannot install packages, and what it shows while it builds.
 # shellcheck shell=bash source=scripts/lib.sh
 set -uo pipefail

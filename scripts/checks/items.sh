@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # That docs/items.tsv lists what the programs register, and that pages and completions have it.
 # shellcheck shell=bash source=scripts/lib.sh
 set -uo pipefail

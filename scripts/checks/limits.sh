@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # That no file is longer than a reader bears.
 # (How long a function may be is a check of clang-tidy.)
 # shellcheck shell=bash source=scripts/lib.sh

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # That nothing beyond the C and C++ libraries is in what is shipped, except for hopopen.
 # Arguments: [BUILD-FOLDER]
 # The folder must be one that Ninja has built in, the shared library included.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The manual pages: their form, their lists and their examples.
 # That mandoc finds no fault in them, that they name all that the programs know and nothing
 # else, and that their examples print what they show.

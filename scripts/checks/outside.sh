@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Programs outside the project, on the installed library.
 # They find it through CMake and through pkg-config, and are linked with the shared and with the static library.  Builds and runs them, and
 # compares what the shared library exports with the headers.
@@ -110,6 +111,14 @@ for program in cmake/hoplaunch cmake/static by_hand by_hand_static; do
     prints "$scratch/${program}_named" 'host,DC=example,DC=org'
 done
 check 'exports' exports_what_headers_declare
+check 'each exported name is in the map' diff <(scripts/exports "$(file libhoplaunch.a)") cmake/libhoplaunch.map
+exports_what_is_named() {
+  diff <(scripts/exports "$(file libhoplaunch.a)" | sed -n 's/^    \([^*].*\);$/\1/p; ' | sed 's/\[jm\]/m/') \
+    <(nm --dynamic --defined-only --format=posix "$library" | sed 's/[ @].*//' |
+      sed 's/^\(_ZN8DistName6resizeE\|_ZNK11configArrayixB5cxx11E\)j/\1m/' |
+      grep -v '^HOPLAUNCH_1$' | LC_ALL=C sort -u)
+}
+check 'it exports these names alone' exports_what_is_named
 
 # Without run-time type information each header compiles, or the first error says what is
 # needed.

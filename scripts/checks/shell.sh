@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # That shellcheck has nothing to say about any shell script.
 # shellcheck shell=bash source=scripts/lib.sh
 set -euo pipefail

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # That clang-tidy, configured in .clang-tidy, has nothing to say about the product.
 # shellcheck shell=bash source=scripts/lib.sh
 set -euo pipefail

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # A good launch, up to the exec, and every kind of failing one, under valgrind.
 # Arguments: [BUILD-FOLDER]
 # shellcheck shell=bash source=scripts/lib.sh

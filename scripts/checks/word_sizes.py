@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Gives a 64-bit and a 32-bit hoplaunch the same command lines, and compares what comes
 of them to the byte: status, output, log, and what the viewer was given.
 

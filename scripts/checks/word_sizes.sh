@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # That the 64-bit and the 32-bit launcher do the same with the same command lines.
 # shellcheck shell=bash source=scripts/lib.sh
 set -euo pipefail

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # That documents, messages and comments have none of the words in scripts/checks/words.txt.
 # Exceptions are the files of scripts/checks/words_exceptions.txt.
 # shellcheck shell=bash source=scripts/lib.sh

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Sourced by the tests of links after screen_checks.sh: a page with a link, and Chromium, in
 # which the link is clicked.
 # shellcheck shell=bash

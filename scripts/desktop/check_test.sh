@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Shows that `hopopen --check` finds nothing wrong with the installed package beside a
 # browser, and that it names each cause for which a click does nothing: one at a time, and
 # all together.  Causes are made with the tools and in the places that people use.

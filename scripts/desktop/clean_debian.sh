@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # A clean Debian of this machine's release for tests, in build/clean_debian/.  As root.
 # CLEAN_DEBIAN names another release; it is in a folder of its own, such as
 # build/clean_debian_trixie/.
@@ -102,7 +103,7 @@ case ${1:-} in
   run) exec unshare --mount --pid --ipc --net --fork --kill-child "$0" inside "${@:2}" ;;
   inside) inside "${@:2}" ;;
   *)
-    sed -n 's/^# \{0,1\}//; 2,7p' "$0" >&2
+    sed -n 's/^# \{0,1\}//; 3,8p' "$0" >&2
     exit 2
     ;;
 esac

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Sourced by the tests that ./test --desktop runs in a clean Debian.  They install packages,
 # and write below /etc and /root, so they run nowhere else.
 # shellcheck shell=bash

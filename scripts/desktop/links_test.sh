@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Shows links at work on a desktop, with the installed package: a click in Chromium,
 # xdg-open and gio bring up the machine that the link leads to, through hopopen and each of
 # the viewers of viewers/.  And hoplaunch, with its recipes of docs/viewers.md.

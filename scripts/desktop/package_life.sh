@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Tries the packages that ./package has built, as root, in a fresh Debian that is
 # removed at the end: installs them, uses them, installs them over themselves and over the
 # package as it was before hopopen, removes and purges them, and shows that nothing is
@@ -13,7 +14,7 @@ need debootstrap
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 debian=$scratch/debian
-packages=(hoplaunch libhoplaunch1 libhoplaunch-dev)
+packages=(hoplaunch hoplaunch-doc libhoplaunch1 libhoplaunch-dev)
 
 # --- The fresh Debian --------------------------------------------------------
 
@@ -103,13 +104,14 @@ files_are_listed() {
   diff <(sed "s/MACHINE/$(inside ls /usr/lib | grep linux-gnu)/" tests/data/package_files.txt) <(
     for package in "${packages[@]}"; do
       while read -r path; do
-        if [[ ! -d $debian$path && $path != /usr/include/* ]]; then
+        if [[ ! -d $debian$path && $path != /usr/include/* && $path != */doc/hoplaunch/reference/* ]]; then
           printf '%s %s\n' "$package" "$path"
         fi
       done < <(inside dpkg --listfiles "$package")
     done | LC_ALL=C sort
   )
 }
+reference_is_there() { [[ -s $debian/usr/share/doc/hoplaunch/reference/index.html ]]; }
 headers_are_there() { diff <(ls include) <(ls "$debian/usr/include/hoplaunch"); }
 
 # opened OPENER... LINK: opens the link, and shows what the viewer was given.
@@ -175,10 +177,10 @@ install_before() {
     inside dpkg --listfiles hoplaunch >"$scratch/files_before"
 }
 
-# Of what the package had before, only what it still has is there.
+# Of what the package had before, only what the packages have now is there.
 no_dead_file() {
   local path
-  inside dpkg --listfiles hoplaunch >"$scratch/files_now"
+  inside dpkg --listfiles "${packages[@]}" >"$scratch/files_now"
   while read -r path; do
     if [[ -e $debian$path && ! -d $debian$path ]]; then
       printf 'still there: %s\n' "$path"
@@ -205,6 +207,7 @@ check 'install' install_packages
 check 'installed' installed
 check 'files' files_are_listed
 check 'headers' headers_are_there
+check 'reference' reference_is_there
 check 'entries are valid' inside sh -c 'desktop-file-validate /usr/share/applications/ho*.desktop'
 check 'the shared library is known' inside sh -c 'ldconfig -p | grep -q libhoplaunch.so.1'
 check 'hopexplain' inside hopexplain 'vnc://localhost/'

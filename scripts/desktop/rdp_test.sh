@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Shows rdp links at work on a desktop, with the installed package: both of their forms bring up
 # a real RDP server, through xdg-open, gio and a click in Chromium, in the viewers of this
 # release of Debian.  Nothing of a link with every setting that there is reaches a viewer, but its

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Shows what people see of a link that is refused, with the installed package: the message
 # in each of the programs that can show it, as the only one there.  The links try markup,
 # escapes, options and control characters, and are long; the text is read back from the

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Sourced by the tests of links after screen_checks.sh: the machine that the links lead to,
 # and how its desktop and its shell are recognised on the screen.
 # shellcheck shell=bash

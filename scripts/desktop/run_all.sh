@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Shows the packages at work on a desktop, end to end: builds them, tries their life, and
-# puts them into a clean Debian with all viewers of viewers/, where
+# SPDX-License-Identifier: MIT
+# Shows the packages at work on a desktop, end to end: builds them unless they are there, tries
+# their life, and puts them into a clean Debian with all viewers of viewers/, where
 #
 # - links are opened by a click in Chromium, xdg-open, gio and hopopen, and reach real VNC
 #   and SSH servers (links_test.sh);
@@ -148,7 +149,9 @@ begin_all() {
   done
 }
 
-begin package ./package
+if [[ $(cat build/package/commit 2>/dev/null) != "$(git rev-parse HEAD)" ]]; then
+  begin package ./package # otherwise those are of what is committed
+fi
 begin debian scripts/desktop/clean_debian.sh make "${debian[@]}"
 # Making it takes minutes, which CI does not have.
 if [[ -z ${CI:-} || $only == *-13* ]]; then

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Sourced by the tests that start real viewers: a screen, servers and a home folder of the
 # test's own, which all end with it.
 # shellcheck shell=bash

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Sourced by the tests of links after scratch_desktop.sh: what is on the screen, and steps
 # that look for something there.
 # shellcheck shell=bash

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Shows spice links at work on a desktop, with the installed package: they bring up a real SPICE
 # server, plain and with TLS, through xdg-open, gio and a click in Chromium, in each viewer of
 # viewers/.  A stranger's link is refused until the machine is trusted or a viewer chosen, and a

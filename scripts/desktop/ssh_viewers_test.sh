@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Shows that the viewers of ssh links, as viewers/ describes them, log in to a real SSH
 # server and keep from it what is the user's: the agent, the screen, ports and commands,
 # even where the user's own settings offer them to every machine.

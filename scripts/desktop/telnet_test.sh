@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Shows telnet links at work on a desktop, with the installed package: they log in to a real telnet
 # server, through xdg-open, gio and a click in Chromium, in each viewer of viewers/.  And a server
 # that asks for every variable gets none of the session's.

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Shows that telnet, as viewers/telnet.toml describes it, sends a server that asks for
 # everything none of the session's variables.  The server, the terminal and the home folder are
 # the test's own.  Installs what it needs.

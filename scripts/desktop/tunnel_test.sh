@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Shows that a machine is reached through an ssh gateway: a real VNC server, two
 # real SSH servers, of which one is known, and TigerVNC.  And that a gateway gets nothing
 # but that connection, and that nobody gets one of a tunnel that fails.

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Shows that a link's ViewOnly=true is held to, with the installed package: the server that
 # records everything gets no key and no click, while without it the same keys arrive.
 #

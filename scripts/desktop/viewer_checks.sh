@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Sourced by the tests of VNC viewers after scratch_desktop.sh: starts a viewer as its file
 # in viewers/ says, against the hostile server, and looks at what each of them got.
 # shellcheck shell=bash

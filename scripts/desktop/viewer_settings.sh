@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Sourced by viewers_test.sh: for each viewer the settings of a user who has asked it for
 # all that a stranger's server may not have, and tests of such settings alone.
 # shellcheck shell=bash

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """The words that start a viewer, made from its file in viewers/ for the tests of the viewers.
 
     viewer_vector.py [--trusted] [--user U] [--password W] [--port P] [--parameter N=V]...

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Shows what a hostile VNC server gets from the real viewers, started as viewers/ says:
 # nothing of the clipboard, no password of the session, no full screen and no keyboard,
 # even where the viewers' own settings offer them.  And what trusted servers get.

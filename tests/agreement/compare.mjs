@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Compares what hopopen, libcurl and GLib read in links with what browsers do:
 //
 //     node compare.mjs LINKS READINGS GENERATED

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Prints links on which readers of links are known to disagree, one a line.  All bytes
 // except printable ASCII are written as \xHH, and so is the backslash:
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reads links from standard input, one a line, with \xHH for any byte, and says on standard
 // output what hopopen, libcurl and GLib take for their user, host and port.  A line is
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Logs that would make a writer wait, in a folder or passed as a descriptor.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Catches what this process writes to standard error.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "checked_machine.h"
 
 #include <sstream>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A machine on which a click on a vnc link works, for tests that break one thing and see what
 // `hopopen --check` says.  It has a root folder of its own, so that /etc and /snap are its own.
 #pragma once

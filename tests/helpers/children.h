@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Runs a test's body in a process of its own, to its real end.  The output of the process
 // comes back as text.  The functions differ in whose the semaphore set is.
 #pragma once

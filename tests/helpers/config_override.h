@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Configuration items with other values for a scope.
 #pragma once
 

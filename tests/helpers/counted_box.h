@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A counted object that records its life, and an open handle to it.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Makes instants and calendar dates for tests, and looks into them.
 #pragma once
 

@@ -1,9 +1,11 @@
+// SPDX-License-Identifier: MIT
 // Programs that have only their headers.
 #pragma once
 
 #include <elf.h>
 
 #include <algorithm>
+#include <bit>
 #include <iterator>
 #include <string>
 
@@ -11,8 +13,9 @@
 template <class Header, class Segment, unsigned char width>
 std::string elfProgramOf(int machine, const std::string& loader, int type) {
   Header header = {};
-  const unsigned char start[] = {ELFMAG0, ELFMAG1,     ELFMAG2,   ELFMAG3,
-                                 width,   ELFDATA2LSB, EV_CURRENT};
+  constexpr bool little = std::endian::native == std::endian::little;
+  constexpr unsigned char order = little ? ELFDATA2LSB : ELFDATA2MSB;
+  const unsigned char start[] = {ELFMAG0, ELFMAG1, ELFMAG2, ELFMAG3, width, order, EV_CURRENT};
   std::copy(std::begin(start), std::end(start), header.e_ident);
   header.e_type = static_cast<Elf64_Half>(type);
   header.e_machine = static_cast<Elf64_Half>(machine);

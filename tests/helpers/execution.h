@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Helpers for a child that is about to become another program.
 #pragma once
 

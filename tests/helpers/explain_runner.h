@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Runs the built hopexplain, and reads its output.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The clock and the sleep of tests, for programs that say WRAPS: the clock says what a test
 // wants and does not move, and nobody sleeps.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "hopopen_runner.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Runs the built hopopen on a machine of its own.  The machine has its own home, folders of
 // data and settings, and programs.  It has no desktop unless a test gives it one.
 //

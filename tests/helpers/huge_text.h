@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Texts of several gigabytes, made of one small file that is mapped many times.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // JSON that a program printed.  The library that reads it compiles slowly, so only
 // json.cpp includes it.
 #pragma once

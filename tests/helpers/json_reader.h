@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A strict reader of JSON (RFC 8259) as hopexplain writes it, in pure ASCII.  It throws
 // when it meets something that it does not expect.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reads launcher_cases.txt, which has the launcher's command lines and their results.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Runs the built launcher as its users do, and looks at every result: status,
 // standard output and error, log, and what the viewer got.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "links_rows.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reads links.txt, which has links and their results.
 #pragma once
 

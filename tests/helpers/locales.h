@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Locales that the build makes in a folder of its own, so that they need not be installed.
 #pragma once
 

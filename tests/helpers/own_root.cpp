@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "own_root.h"
 
 #include <sched.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A root folder of one's own, for programs that look at absolute places such as
 // /etc/chromium: a process that enters it finds nothing there but what a test has put there.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Random command lines of the launcher, and files on PATH of every kind that the kernel
 // executes or refuses.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The configuration items and trace flags that the tests expect the library to register.
 // Add a new one of the library here, to docs/items.tsv, and in the source that defines it.
 // startup_driver_test.cpp has those of the launcher.

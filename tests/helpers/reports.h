@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Handlers that catch reports, and reports that tests hand to handlers.
 #pragma once
 

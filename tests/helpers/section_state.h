@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the library says about its critical sections and of their semaphore set.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the library does to the critical sections, seen at the system call.  For programs
 // that say WRAPS.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Looks into System V semaphore sets: into one, and at all those of the system.
 #pragma once
 

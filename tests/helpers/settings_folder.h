@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A folder for settings files, and a plan for the system calls on them.  A test can make
 // each call fail, and each can be the last one before the process is killed.  For
 // programs that say WRAPS.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Limits for programs that tests run.
 #pragma once
 

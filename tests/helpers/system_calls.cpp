@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "system_calls.h"
 
 #include <execinfo.h>
@@ -39,17 +40,30 @@ bool hasArgument(int semctlCommand) {
 }  // namespace
 
 // The linker gives the system's functions the name __real_NAME, and calls __wrap_NAME instead
-// of NAME.
+// of NAME.  Where `time_t` is wider than `long`, the headers use others instead of some.
+#ifdef WIDE_TIME
+#define WRAPPED(prefix, name, wide) prefix##wide
+#else
+#define WRAPPED(prefix, name, wide) prefix##name
+#endif
+#define REAL_OPEN WRAPPED(__real_, open, open64)
+#define WRAP_OPEN WRAPPED(__wrap_, open, open64)
+#define WRAP_OPEN_2 WRAPPED(__wrap_, __open_2, __open64_2)
+#define REAL_FCNTL WRAPPED(__real_, fcntl, __fcntl_time64)
+#define WRAP_FCNTL WRAPPED(__wrap_, fcntl, __fcntl_time64)
+#define REAL_SEMCTL WRAPPED(__real_, semctl, __semctl64)
+#define WRAP_SEMCTL WRAPPED(__wrap_, semctl, __semctl64)
+
 extern "C" {
-int __real_open(const char* path, int flags, ...);
-int __wrap_open(const char* path, int flags, ...);
-int __wrap___open_2(const char* path, int flags);
+int REAL_OPEN(const char* path, int flags, ...);
+int WRAP_OPEN(const char* path, int flags, ...);
+int WRAP_OPEN_2(const char* path, int flags);
 ssize_t __wrap___read_chk(int descriptor, void* data, std::size_t size, std::size_t room);
 ssize_t __wrap___readlink_chk(const char* path, char* into, std::size_t size, std::size_t room);
-int __real_fcntl(int descriptor, int command, ...);
-int __wrap_fcntl(int descriptor, int command, ...);
-int __real_semctl(int set, int number, int command, ...);
-int __wrap_semctl(int set, int number, int command, ...);
+int REAL_FCNTL(int descriptor, int command, ...);
+int WRAP_FCNTL(int descriptor, int command, ...);
+int REAL_SEMCTL(int set, int number, int command, ...);
+int WRAP_SEMCTL(int set, int number, int command, ...);
 void __wrap_syslog(int priority, const char* format, ...);
 void __wrap___syslog_chk(int priority, int flag, const char* format, ...);
 void __real_vsyslog(int priority, const char* format, std::va_list arguments);
@@ -57,12 +71,17 @@ void __wrap_vsyslog(int priority, const char* format, std::va_list arguments);
 void __wrap___vsyslog_chk(int priority, int flag, const char* format, std::va_list arguments);
 }
 
-#define WRAP(result, name, parameters, arguments)                                  \
-  extern "C" result __real_##name parameters;                                      \
-  extern "C" result __wrap_##name parameters;                                      \
-  constinit systemCall<result parameters> systemCalls::name(#name, __real_##name); \
-  result __wrap_##name parameters {                                                \
-    return systemCalls::name arguments;                                            \
+#define WRAP(result, name, parameters, arguments) \
+  WRAP_NAMES(result, name, __real_##name, __wrap_##name, parameters, arguments)
+#define WRAP_WIDE(result, name, wide, parameters, arguments)                                       \
+  WRAP_NAMES(result, name, WRAPPED(__real_, name, wide), WRAPPED(__wrap_, name, wide), parameters, \
+             arguments)
+#define WRAP_NAMES(result, name, actual, wrapper, parameters, arguments)    \
+  extern "C" result actual parameters;                                      \
+  extern "C" result wrapper parameters;                                     \
+  constinit systemCall<result parameters> systemCalls::name(#name, actual); \
+  result wrapper parameters {                                               \
+    return systemCalls::name arguments;                                     \
   }
 
 WRAP(int, close, (int descriptor), (descriptor))
@@ -75,17 +94,21 @@ WRAP(int, mkdir, (const char* path, mode_t mode), (path, mode))
 WRAP(int, rename, (const char* from, const char* to), (from, to))
 WRAP(int, unlink, (const char* path), (path))
 WRAP(ssize_t, readlink, (const char* path, char* into, std::size_t size), (path, into, size))
+WRAP_WIDE(int, lstat, __lstat64_time64, (const char* path, struct stat* details), (path, details))
+WRAP_WIDE(int, fstat, __fstat64_time64, (int descriptor, struct stat* details),
+          (descriptor, details))
+#ifndef WIDE_TIME
 WRAP(int, stat, (const char* path, struct stat* details), (path, details))
-WRAP(int, lstat, (const char* path, struct stat* details), (path, details))
-WRAP(int, fstat, (int descriptor, struct stat* details), (descriptor, details))
-WRAP(int, stat64, (const char* path, struct stat64* details), (path, details))
+#endif
+WRAP_WIDE(int, stat64, __stat64_time64, (const char* path, struct stat64* details), (path, details))
 WRAP(pid_t, fork, (), ())
 WRAP(pid_t, waitpid, (pid_t child, int* status, int options), (child, status, options))
 WRAP(int, execvp, (const char* file, char* const* arguments), (file, arguments))
 WRAP(int, semget, (key_t key, int count, int flags), (key, count, flags))
 WRAP(int, semop, (int set, sembuf* operations, std::size_t count), (set, operations, count))
-WRAP(int, gettimeofday, (timeval * now, void* zone), (now, zone))
-WRAP(int, nanosleep, (const timespec* request, timespec* remainder), (request, remainder))
+WRAP_WIDE(int, gettimeofday, __gettimeofday64, (timeval * now, void* zone), (now, zone))
+WRAP_WIDE(int, nanosleep, __nanosleep64, (const timespec* request, timespec* remainder),
+          (request, remainder))
 WRAP(long, random, (), ())
 WRAP(void, srandom, (unsigned int seed), (seed))
 WRAP(int, regcomp, (regex_t * expression, const char* pattern, int flags),
@@ -102,12 +125,22 @@ WRAP(int, getcontext, (ucontext_t * context), (context))
 WRAP(char**, backtrace_symbols, (void* const* frames, int count), (frames, count))
 
 #undef WRAP
+#undef WRAP_WIDE
+#undef WRAP_NAMES
+
+// One function of the C library then serves both.
+#ifdef WIDE_TIME
+constinit systemCall<int(const char*, struct stat*)> systemCalls::stat(
+    "stat", [](const char* path, struct stat* details) {
+      static_assert(sizeof(struct stat) == sizeof(struct stat64));
+      return __real___stat64_time64(path, reinterpret_cast<struct stat64*>(details));
+    });
+#endif
 
 constinit systemCall<int(const char*, int, mode_t)> systemCalls::open(
-    "open",
-    [](const char* path, int flags, mode_t mode) { return __real_open(path, flags, mode); });
+    "open", [](const char* path, int flags, mode_t mode) { return REAL_OPEN(path, flags, mode); });
 
-int __wrap_open(const char* path, int flags, ...) {
+int WRAP_OPEN(const char* path, int flags, ...) {
   mode_t mode = 0;
   if (hasMode(flags)) {
     std::va_list more;
@@ -119,7 +152,7 @@ int __wrap_open(const char* path, int flags, ...) {
 }
 
 // Where calls are checked, compiler and C library choose which have names of their own.
-int __wrap___open_2(const char* path, int flags) {
+int WRAP_OPEN_2(const char* path, int flags) {
   return systemCalls::open(path, flags, 0);
 }
 
@@ -133,11 +166,11 @@ ssize_t __wrap___readlink_chk(const char* path, char* into, std::size_t size, st
 
 constinit systemCall<int(int, int, std::intptr_t)> systemCalls::fcntl(
     "fcntl", [](int descriptor, int command, std::intptr_t argument) {
-      return __real_fcntl(descriptor, command, argument);
+      return REAL_FCNTL(descriptor, command, argument);
     });
 
 // The third argument is a number, an address or nothing: it goes on as it came.
-int __wrap_fcntl(int descriptor, int command, ...) {
+int WRAP_FCNTL(int descriptor, int command, ...) {
   std::va_list more;
   va_start(more, command);
   const auto argument = va_arg(more, std::intptr_t);
@@ -147,10 +180,10 @@ int __wrap_fcntl(int descriptor, int command, ...) {
 
 constinit systemCall<int(int, int, int, semaphoreArgument)> systemCalls::semctl(
     "semctl", [](int set, int number, int command, semaphoreArgument argument) {
-      return __real_semctl(set, number, command, argument);
+      return REAL_SEMCTL(set, number, command, argument);
     });
 
-int __wrap_semctl(int set, int number, int command, ...) {
+int WRAP_SEMCTL(int set, int number, int command, ...) {
   semaphoreArgument argument = {};
   if (hasArgument(command)) {
     std::va_list more;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The system's functions that the library and the programs call, as tests see them: each can
 // be replaced, so that it fails, answers what the test wants, or is watched.  After each test
 // all are the real ones again.

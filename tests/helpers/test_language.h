@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A language that tests fill themselves.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Texts and files of texts, for tests.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A function that runs as the very last one of a process: after every function
 // that was registered with `atexit`, and after the destructors of all other
 // static objects.

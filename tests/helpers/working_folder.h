@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A folder for one test.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A program that knows its host's name says so by defining this.
 
 #include <hoplaunch/system.h>

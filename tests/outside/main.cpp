@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A program outside the project: shows that the start-up of the library, its templates
 // and what a program overrides work however the library was found and linked.
 

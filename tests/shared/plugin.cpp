@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A library that a program loads and unloads.  Its declarations are in the tables of the
 // one library that both use.
 #include "language.h"

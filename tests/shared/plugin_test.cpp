@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A library that was loaded and unloaded leaves nothing behind that is read later.
 #include <dlfcn.h>
 #include <gtest/gtest.h>

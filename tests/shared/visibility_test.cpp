@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A program on the shared library, compiled with and without -fvisibility=hidden: both have
 // one copy of what the templates of the headers keep.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A program that uses localised strings, which read an item, and the database.  It prints
 // the names in the database that the first read published.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A program that uses only flags of the library.  It prints those that exist when its own
 // static objects are created.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A program that uses only items of the library.  It prints the library's items that exist
 // when its own static objects are created, and once more in `main`.
 

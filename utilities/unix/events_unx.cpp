@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reports of the operating system's errors, and to its log.
 
 #include "events.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "frames.h"
 
 #include <dlfcn.h>
@@ -25,6 +26,11 @@ struct exportedSymbols {
   const char* names = nullptr;
 };
 
+// The second number of a hash table.  Numbers have 64 bits on some 64-bit machines.
+ElfW(Word) symbolsIn(const Elf_Symndx* table) {
+  return static_cast<ElfW(Word)>(table[1]);
+}
+
 // For `dl_iterate_phdr`.  Its first object is the program.
 // NOLINTBEGIN(performance-no-int-to-ptr): the tables hold addresses as numbers.
 int readExported(dl_phdr_info* program, std::size_t /*size*/, void* result) {
@@ -45,7 +51,7 @@ int readExported(dl_phdr_info* program, std::size_t /*size*/, void* result) {
       } else if (entry->d_tag == DT_STRTAB) {
         found.names = reinterpret_cast<const char*>(address);
       } else if (entry->d_tag == DT_HASH) {
-        found.count = reinterpret_cast<const ElfW(Word)*>(address)[1];
+        found.count = symbolsIn(reinterpret_cast<const Elf_Symndx*>(address));
       }
     }
   }

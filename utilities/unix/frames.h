@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The names of the frames of a stack, found without allocating memory.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Who the calling thread is.
 
 #include <unistd.h>

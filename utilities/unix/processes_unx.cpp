@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Full-weight threads: child processes.
 
 #include "processes.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Critical sections over one private System V semaphore set.
 
 #include <sys/ipc.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "stack.h"
 
 #include <execinfo.h>

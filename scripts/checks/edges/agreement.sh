@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # hopexplain says yes exactly where a launch happens, and names what is executed.
 # shellcheck shell=bash
 # shellcheck disable=SC2154,SC2034  # the variables are those of scripts/checks/edges.sh

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Names that a shell would run or split are completed as they are.
 # shellcheck shell=bash
 # shellcheck disable=SC2154,SC2034  # the variables are those of scripts/checks/edges.sh

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # hopexplain: output that is lost, the log, JSON in ASCII, and its own options.
 # shellcheck shell=bash
 # shellcheck disable=SC2154,SC2034  # the variables are those of scripts/checks/edges.sh

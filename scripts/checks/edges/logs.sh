@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # A log that blocks does not hold a launch up, and loses only the lines that would block.
 # shellcheck shell=bash
 # shellcheck disable=SC2154,SC2034  # the variables are those of scripts/checks/edges.sh

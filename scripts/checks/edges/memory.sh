@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Memory runs out: a failed launch, an explanation that fails, never an exception.
 # shellcheck shell=bash
 # shellcheck disable=SC2154,SC2034  # the variables are those of scripts/checks/edges.sh

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # hopopen: its log never blocks, memory that runs out is a refusal, output that is lost is
 # status 2, and it draws no semaphore set.
 # shellcheck shell=bash

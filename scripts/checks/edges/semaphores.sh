@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # No semaphore set can be had: hoplaunch says so in its log, too, and hopexplain says it.
 # shellcheck shell=bash
 # shellcheck disable=SC2154,SC2034  # the variables are those of scripts/checks/edges.sh

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Signals end the tools, or do not, and no set is left.
 # shellcheck shell=bash
 # shellcheck disable=SC2154,SC2034  # the variables are those of scripts/checks/edges.sh

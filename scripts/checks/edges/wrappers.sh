@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The wrappers that are examples take an address and nothing else.
 # shellcheck shell=bash
 # shellcheck disable=SC2154,SC2034  # the variables are those of scripts/checks/edges.sh
