@@ -27,11 +27,12 @@ others=('trixie clang++-19')
 # The oldest and the newest of each kind are tried with further flags, too.
 with_flags=(g++-12 g++-16 clang++-14 clang++-23)
 
-# What each release needs, so that one installation does for all its compilers.
+# What each release needs, so that one installation does for all its compilers.  gcc runs make
+# for -flto, and warns where there is none.
 declare -A packages=(
-  [bookworm]='g++-12 clang-14 clang-19 llvm-14 libc++-14-dev libc++abi-14-dev libunwind-14-dev'
-  [trixie]='g++-13 g++-14 clang-19'
-  [sid]='g++-15 g++-16 clang-23 llvm-23 libc++-23-dev libc++abi-23-dev libunwind-23-dev'
+  [bookworm]='make g++-12 clang-14 clang-19 llvm-14 libc++-14-dev libc++abi-14-dev libunwind-14-dev'
+  [trixie]='make g++-13 g++-14 clang-19'
+  [sid]='make g++-15 g++-16 clang-23 llvm-23 libc++-23-dev libc++abi-23-dev libunwind-23-dev'
 )
 
 # list: NAME RELEASE COMPILER KIND of each build.
@@ -72,7 +73,7 @@ inside() {
       # What packs libraries must understand the objects.
       local tools=/usr/bin/llvm-%s-$version
       if [[ $1 == g++* ]]; then
-        CXXFLAGS+=' -flto=auto' # gcc warns of -flto alone: it uses one processor
+        CXXFLAGS+=' -flto=auto' # with -flto alone it uses one processor, and warns of that
         tools=/usr/bin/gcc-%s-$version
       else
         CXXFLAGS+=' -flto'
@@ -90,12 +91,14 @@ inside() {
 
 # built NAME RELEASE COMPILER KIND [--build]: whether it built and passed, with no warning.
 built() {
-  local status=0 began=$SECONDS log=$home/$1.log verdict more=()
+  local status=0 began=$SECONDS log=$home/$1.log verdict commit more=()
+  commit=$(git rev-parse --short=10 HEAD)
   read -ra more <<<"${packages[$2]}"
-  scripts/minimal_debian.sh make "$home/$2" "$2" "${build_packages[@]}" ccache googletest locales \
-    strace "${more[@]}" || return
-  scripts/minimal_debian.sh run "$home/$2" "$home/$2/result" \
-    bash scripts/compilers.sh inside "${@:3}" >"$log" 2>&1 || status=$?
+  mkdir -p "$home/$2/result"
+  : >"$home/$2/result/version"
+  { scripts/minimal_debian.sh make "$home/$2" "$2" "${build_packages[@]}" ccache googletest locales \
+    strace "${more[@]}" && scripts/minimal_debian.sh run "$home/$2" "$home/$2/result" \
+    bash scripts/compilers.sh inside "${@:3}"; } >"$log" 2>&1 || status=$?
   if grep -E ': warning: |CMake( Deprecation)? Warning' "$log" | LC_ALL=C sort | uniq -c; then
     verdict='**warned**'
   elif ((status == 0)); then
@@ -105,23 +108,35 @@ built() {
     verdict="**failed**: $(grep -E '^[0-9]+ passed, ' "$log" || echo "status $status")"
   fi
   printf '%s\t' "$verdict" "$(<"$home/$2/result/version")" "$((SECONDS - began))" \
-    "$(git rev-parse --short=10 HEAD)" >"$home/$1${5:-}.tsv"
+    "$commit" >"$home/$1${5:-}.tsv"
   [[ $verdict != *'**'* ]]
 }
 
-# table: what happened with all builds.
+# table: what happened with all builds.  Those that did not run here keep their rows.
 table() {
   local name release compiler kind verdict version seconds commit
   printf '| compiler | version | Debian | tried with | result | seconds | commit |\n'
   printf '|---|---|---|---|---|---|---|\n'
   while read -r name release compiler kind; do
-    verdict='**did not run**' version='' seconds='' commit=''
-    [[ ! -e $home/$name.tsv ]] ||
+    if [[ -e $home/$name.tsv ]]; then
       IFS=$'\t' read -r verdict version seconds commit _ <"$home/$name.tsv" || true
+    elif row "$compiler" "$release" "$kind"; then
+      continue
+    else
+      verdict='**did not run**' version='' seconds='' commit=''
+    fi
     # shellcheck disable=SC2016  # of Markdown
     printf '| `%s` | %s | %s | %s | %s | %s | %s |\n' "$compiler" "$version" "$release" "$kind" \
       "$verdict" "$seconds" "$commit"
   done < <(list)
+}
+
+# row COMPILER RELEASE KIND: that of the document, if there is one.
+row() {
+  awk -F ' *[|] *' -v c="\`$1\`" -v r="$2" -v k="$3" '
+    $2 == c && $4 == r && $5 == k { print; found = 1; exit }
+    END { exit !found }
+  ' "$document"
 }
 
 # keep: puts the table into the document.

@@ -163,7 +163,7 @@ struct symbol {
 
 std::vector<symbol> symbols() {
   std::vector<symbol> result;
-  std::FILE* const pipe = popen("nm -A --format=posix " LIBRARY_OBJECTS, "r");
+  std::FILE* const pipe = popen(NM " -A --format=posix " LIBRARY_OBJECTS, "r");
   if (pipe == nullptr) return result;
   std::array<char, 65536> line;
   while (std::fgets(line.data(), line.size(), pipe) != nullptr) {

@@ -87,7 +87,7 @@ graph byIncludes() {
 graph bySymbols() {
   std::map<std::string, std::set<std::string>> definers;
   std::map<std::string, std::set<std::string>> needed;
-  std::FILE* const pipe = popen("nm -A --format=posix " OBJECTS, "r");
+  std::FILE* const pipe = popen(NM " -A --format=posix " OBJECTS, "r");
   std::array<char, 65536> line = {};
   while (pipe != nullptr && std::fgets(line.data(), line.size(), pipe) != nullptr) {
     // FOLDER/.../TARGET.dir/SOURCE.cpp.o: NAME TYPE ..., where the folder may have blanks
