@@ -29,10 +29,10 @@ make() {
   machines=$(printf '%s\n' "${@:3}" | sed -n 's/.*:/,/p' | sort -u | paste -sd '')
   # Libraries must have the same version on all machines, and updates come to some before others.
   [[ -z $machines ]] || source=("deb http://deb.debian.org/debian $2 main")
+  (($# == 2)) || options+=("--include=$(IFS=, && echo "${*:3}")") # which may not be empty
   # shellcheck disable=SC2016  # the hooks'
   quietly "$folder/base.log" mmdebstrap --variant=minbase \
-    --architectures="$(dpkg --print-architecture)$machines" --include="$(IFS=, && echo "${*:3}")" \
-    "${options[@]}" \
+    --architectures="$(dpkg --print-architecture)$machines" "${options[@]}" \
     --customize-hook='chroot "$1" useradd --create-home --shell /bin/bash somebody' \
     --customize-hook='mkdir "$1/result"' \
     --customize-hook='cat "$1"/var/lib/apt/lists/*_dists_'"$2"'_InRelease >"$1/etc/made"' \
