@@ -27,7 +27,7 @@ struct exportedSymbols {
 };
 
 // The second number of a hash table.  Numbers have 64 bits on some 64-bit machines.
-ElfW(Word) symbolsIn(const Elf_Symndx* table) {
+auto symbolsIn(const Elf_Symndx* table) {
   return static_cast<ElfW(Word)>(table[1]);
 }
 
