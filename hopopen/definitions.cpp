@@ -35,8 +35,12 @@ std::optional<definition> readOne(const std::string& name, const std::string& pa
   if (!file.found || !file.error.empty()) {
     found.push_back({path, 1, 1, file.error.empty() ? "there is no file" : file.error});
   } else if (!file.text.empty()) {
-    result = needed == extent::OUTLINE ? shippedOutline(name, file.text) : std::nullopt;
-    result = result ? std::move(result) : readDefinition(name, file.text, path, found);
+    if (needed == extent::OUTLINE) {
+      result = shippedOutline(name, file.text);
+    }
+    if (!result) {
+      result = readDefinition(name, file.text, path, found);
+    }
   }
   if (result) {
     result->file = path;

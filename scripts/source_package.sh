@@ -119,13 +119,12 @@ step_documents() {
     "$folder/usr/share/doc/hoplaunch/hoplaunch.spdx.json"
 }
 
-tested=(hoplaunch_ libhoplaunch1_ libhoplaunch-dev_ hoplaunch-doc_)
+# find_debs: sets debs, the packages without those for debuggers.
+find_debs() { debs=("$packages"/{hoplaunch,libhoplaunch1,libhoplaunch-dev,hoplaunch-doc}_*.deb); }
+
 # test_packages RUNNER...
 test_packages() {
-  local debs=() name
-  for name in "${tested[@]}"; do
-    debs+=("$packages/$name"*.deb)
-  done
+  find_debs
   source_in /build
   apt-get update -qq
   autopkgtest --apt-upgrade --no-built-binaries "${debs[@]}" /build/hoplaunch -- "$@"
@@ -142,10 +141,7 @@ minimal() {
 }
 
 step_piuparts() {
-  local debs=() name
-  for name in "${tested[@]}"; do
-    debs+=("$packages/$name"*.deb)
-  done
+  find_debs
   mkdir /repository
   cp "${debs[@]}" /repository
   with_piuparts /repository --no-upgrade-test "${debs[@]}"
@@ -159,11 +155,12 @@ with_piuparts() {
     --bindmount="$1" --extra-repo="deb [trusted=yes] file:$1 ./" --no-eatmydata --warn-on-others "${@:2}"
 }
 
-# Those packages are kept.
+# The packages of the last commit that had no source package are built once, and kept.
 step_upgrade() {
-  local before=$result/before
+  local before=$result/before last
   if ! compgen -G "$before/hoplaunch_*.deb" >/dev/null; then
-    git clone -q "$PWD" /before && git -C /before checkout -q 48748a0 || return
+    last=$(git log -1 --diff-filter=D --format=%H -- packaging/triggers)^
+    git clone -q "$PWD" /before && git -C /before checkout -q "$last" || return
     (cd /before && ./package) || true # its lintian may be older than the one here
     mkdir -p "$before"
     cp /before/build/package/*.deb "$before"
