@@ -86,6 +86,16 @@ TEST(Shipped, DefinitionsAreReadByAClickInOutline) {
   }
 }
 
+TEST(Shipped, DefinitionsAreReadWholeWhenTheyAreNeeded) {
+  definitions known = readOutlines({VIEWERS}, {});
+  readWhole(known, {"tigervnc"});
+  ASSERT_NE(nullptr, known.named("tigervnc"));
+  EXPECT_TRUE(known.named("tigervnc")->whole);
+  EXPECT_EQ(3U, known.named("tigervnc")->arguments.size());
+  EXPECT_EQ(5900, known.named("tigervnc")->port);
+  EXPECT_FALSE(known.named("tightvnc")->whole);
+}
+
 TEST(Shipped, KnowsNoTextThatDiffersInAByte) {
   std::string text = texts().at("tigervnc");
   EXPECT_FALSE(shippedOutline("tigervnc", text + '\n'));
