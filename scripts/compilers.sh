@@ -24,7 +24,8 @@ compilers=(
 )
 # Debian 13 has the same clang as 12, with a newer C++ library.
 others=('trixie clang++-19')
-# The oldest and the newest of each kind are tried with further flags, too.
+# The oldest and the newest of each kind are tried with further flags, too.  Those that have
+# nothing to do with each other are tried together.
 with_flags=(g++-12 g++-16 clang++-14 clang++-23)
 
 # What each release needs, so that one installation does for all its compilers.  gcc runs make
@@ -42,7 +43,7 @@ list() {
     read -r release compiler <<<"$row"
     printf '%s %s %s default\n' "$compiler" "$release" "$compiler"
     [[ " ${with_flags[*]} " == *" $compiler "* ]] || continue
-    for kind in c++23 assertions lto unsigned-char; do
+    for kind in c++23:assertions:unsigned-char lto; do
       printf '%s,%s %s %s %s\n' "$compiler" "$kind" "$release" "$compiler" "$kind"
     done
     [[ $compiler != clang* ]] ||
@@ -58,30 +59,32 @@ list() {
 
 # inside COMPILER KIND [--build]
 inside() {
-  local version=${1#*++} arguments=()
+  local version=${1#*++} flag arguments=()
   export CXX=$1 CXXFLAGS=-fpch-preprocess CCACHE_DIR=/result/ccache CMAKE_CXX_COMPILER_LAUNCHER=ccache
   # What ccache needs so that it keeps what uses precompiled headers, too.
   export CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime
   [[ $1 != clang* ]] || CXXFLAGS='-Xclang -fno-pch-timestamp'
   printf '%s' "$("$1" -dumpfullversion 2>/dev/null || "$1" -dumpversion)" >/result/version
-  case $2 in
-    c++23) arguments=(-DCMAKE_CXX_STANDARD=23) ;;
-    assertions) CXXFLAGS+=' -D_GLIBCXX_ASSERTIONS' ;;
-    unsigned-char) CXXFLAGS+=' -funsigned-char' ;;
-    libc++) CXXFLAGS+=' -stdlib=libc++' ;;
-    lto)
-      # What packs libraries must understand the objects.
-      local tools=/usr/bin/llvm-%s-$version
-      if [[ $1 == g++* ]]; then
-        CXXFLAGS+=' -flto=auto' # with -flto alone it uses one processor, and warns of that
-        tools=/usr/bin/gcc-%s-$version
-      else
-        CXXFLAGS+=' -flto'
-      fi
-      # shellcheck disable=SC2059
-      arguments=("-DCMAKE_AR=$(printf "$tools" ar)" "-DCMAKE_RANLIB=$(printf "$tools" ranlib)")
-      ;;
-  esac
+  for flag in ${2//:/ }; do
+    case $flag in
+      c++23) arguments+=(-DCMAKE_CXX_STANDARD=23) ;;
+      assertions) CXXFLAGS+=' -D_GLIBCXX_ASSERTIONS' ;;
+      unsigned-char) CXXFLAGS+=' -funsigned-char' ;;
+      libc++) CXXFLAGS+=' -stdlib=libc++' ;;
+      lto)
+        # What packs libraries must understand the objects.
+        local tools=/usr/bin/llvm-%s-$version
+        if [[ $1 == g++* ]]; then
+          CXXFLAGS+=' -flto=auto' # with -flto alone it uses one processor, and warns of that
+          tools=/usr/bin/gcc-%s-$version
+        else
+          CXXFLAGS+=' -flto'
+        fi
+        # shellcheck disable=SC2059
+        arguments+=("-DCMAKE_AR=$(printf "$tools" ar)" "-DCMAKE_RANLIB=$(printf "$tools" ranlib)")
+        ;;
+    esac
+  done
   export HOPLAUNCH_CMAKE_ARGS=${arguments[*]} HOPLAUNCH_CTEST_ARGS='--parallel 2'
   cmake --preset release "${arguments[@]}" && cmake --build --preset release -- -k 0 -j "$(nproc)" &&
     { [[ ${3:-} == --build ]] || ./test; }
