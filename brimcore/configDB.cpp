@@ -3,6 +3,7 @@
 
 #include <typeinfo>
 
+#include "../utilities/empty_string.h"
 #include "../utilities/startup.h"
 #include "../utilities/trace_flags.h"
 #include "conversion.h"
@@ -10,15 +11,6 @@
 #include "language.h"
 #include "lasting.h"
 #include "trace.h"
-
-namespace {
-
-const std::string& emptyString() {
-  static const internal::lasting<std::string> empty;  // may be asked for at exit
-  return *empty;
-}
-
-}  // namespace
 
 // --- configItem ------------------------------------------------------------
 
@@ -43,11 +35,11 @@ configItem::configItem(const std::vector<std::string>& allValues, const std::str
 
 const std::string& configItem::operator[](int index) const {
   const auto offset = static_cast<std::size_t>(index);
-  return index >= 0 && offset < values.size() ? values[offset] : emptyString();
+  return index >= 0 && offset < values.size() ? values[offset] : internal::emptyString();
 }
 
 const std::string& configItem::getDefault() const {
-  return defaults.empty() ? emptyString() : defaults.front();
+  return defaults.empty() ? internal::emptyString() : defaults.front();
 }
 
 void configItem::set(const std::string& value) {

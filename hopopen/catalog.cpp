@@ -13,7 +13,6 @@ namespace hopopen {
 namespace {
 
 constexpr std::string_view HEAD = "hopopen catalog 3\n";
-constexpr char BETWEEN_FIELDS = '\t';
 
 template <class Number>
 void append(Number number, std::string& to) {

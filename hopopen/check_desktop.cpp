@@ -17,7 +17,7 @@ namespace hopopen {
 
 namespace {
 
-constexpr const char* OWN = "hopopen.desktop";
+constexpr const char* OWN_ENTRY = "hopopen.desktop";
 constexpr const char* REINSTALL =
     "Install the package again: \"sudo apt-get install --reinstall hoplaunch\".";
 constexpr const char* REMOVE_ONE = "Remove the one that you do not want, or change PATH.";
@@ -68,11 +68,11 @@ std::vector<std::string> pathsFor(std::string id) {
   return result;
 }
 
-std::string choice(const std::string& scheme) {
+std::string commandToChoose(const std::string& scheme) {
   return "\"xdg-mime default hopopen.desktop x-scheme-handler/" + scheme + '"';
 }
 
-std::string withoutLinks(const std::string& path) {
+std::string resolvedPath(const std::string& path) {
   std::error_code ignored;
   const auto resolved = std::filesystem::canonical(path, ignored);
   return resolved.empty() ? path : resolved.string();
@@ -133,7 +133,7 @@ finding desktopCheck::handler(const std::string& scheme) {
   if (!found) {
     return {state::FAULT, name, "mimeapps.list",
             "no program opens " + scheme + " links; no list and no cache names one that is there",
-            "Type " + choice(scheme) + '.'};
+            "Type " + commandToChoose(scheme) + '.'};
   }
   if (const auto entry = find(found->id); entry && entry->read.startsHopopen()) {
     return {state::OK, name, found->file, found->id + " opens " + scheme + " links", ""};
@@ -141,15 +141,15 @@ finding desktopCheck::handler(const std::string& scheme) {
   const std::string message = found->id + " opens " + scheme + " links, not hopopen";
   if (found->byUser) {
     return {state::WARNING, name, found->file, message,
-            "If hopopen is to open them, type " + choice(scheme) + '.'};
+            "If hopopen is to open them, type " + commandToChoose(scheme) + '.'};
   }
-  return {state::FAULT, name, found->file, message, "Type " + choice(scheme) + '.'};
+  return {state::FAULT, name, found->file, message, "Type " + commandToChoose(scheme) + '.'};
 }
 
 findings desktopCheck::entry() {
-  const auto own = find(OWN);
+  const auto own = find(OWN_ENTRY);
   if (!own) {
-    return {{state::FAULT, "entry", OWN, "is in no folder of desktop entries", REINSTALL}};
+    return {{state::FAULT, "entry", OWN_ENTRY, "is in no folder of desktop entries", REINSTALL}};
   }
   const std::string remedy = remedyFor(*own);
   const std::string fault = own->error.empty() ? own->read.fault : own->error;
@@ -180,7 +180,7 @@ finding desktopCheck::ofProgram(const foundEntry& own) const {
     }
   }
   const auto first = m_programs.find("hopopen");
-  if (first && withoutLinks(first->path) != withoutLinks(path)) {
+  if (first && resolvedPath(first->path) != resolvedPath(path)) {
     return {state::WARNING, "tryexec", first->path,
             "comes first in PATH, but a click starts " + path, REMOVE_ONE};
   }
@@ -200,7 +200,7 @@ finding desktopCheck::ofCache(const foundEntry& own) {
   for (const std::string& scheme : own.read.schemes) {
     const auto ids =
         keys ? keys->list("MIME Cache", "x-scheme-handler/" + scheme) : std::vector<std::string>();
-    if (std::find(ids.begin(), ids.end(), OWN) == ids.end()) {
+    if (std::find(ids.begin(), ids.end(), OWN_ENTRY) == ids.end()) {
       missing.push_back(scheme);
     }
   }

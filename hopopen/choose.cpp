@@ -13,10 +13,6 @@ namespace {
 
 constexpr std::size_t MOST_PACKAGES = 3;
 
-refusal withoutPlace(code why, const std::string& message) {
-  return {why, message, {}};
-}
-
 // How to undo a choice that cannot be followed.
 std::string remedy(const wanted& wish, const std::string& scheme) {
   const std::string what = scheme + forHosts(wish.where);
@@ -42,18 +38,18 @@ verdict follow(const candidates& among, const std::string& scheme, const wanted&
   const std::string other = remedy(wish, scheme);
   const definition* const viewer = among.known.named(wish.viewer);
   if (viewer == nullptr) {
-    return withoutPlace(code::CHOICE, "The chosen viewer " + shownWord(wish.viewer) +
+    return faultOutside(code::CHOICE, "The chosen viewer " + shownWord(wish.viewer) +
                                           " is not known. See \"hopopen --list\", and " + other +
                                           ".");
   }
   if (!viewer->opens(scheme)) {
-    return withoutPlace(code::CHOICE, "The chosen viewer " + printable(viewer->title) +
+    return faultOutside(code::CHOICE, "The chosen viewer " + printable(viewer->title) +
                                           " does not open " + scheme +
                                           " links. See \"hopopen --list\", and " + other + ".");
   }
   const auto program = among.find(*viewer);
   if (!program) {
-    return withoutPlace(code::CHOICE, "The chosen viewer " + printable(viewer->title) +
+    return faultOutside(code::CHOICE, "The chosen viewer " + printable(viewer->title) +
                                           " is not installed. " + installation(viewer->packages) +
                                           ", or " + other + ".");
   }
@@ -93,7 +89,7 @@ refusal letsThrough(const definition& viewer, const occasion& what, const std::s
   if (mayTrust(what.rules)) {
     message += ", or trust the machine with \"hopopen --trust " + what.host + '"';
   }
-  return withoutPlace(code::VIEWER, message + '.');
+  return faultOutside(code::VIEWER, message + '.');
 }
 
 refusal nothingInstalled(const candidates& among, const occasion& what) {
@@ -112,7 +108,7 @@ refusal nothingInstalled(const candidates& among, const occasion& what) {
                                     [](const definition* one) { return one->unguarded.empty(); });
     return letsThrough(*viewer, what, better ? install : "");
   }
-  return withoutPlace(code::VIEWER,
+  return faultOutside(code::VIEWER,
                       "No viewer for " + what.scheme + " links is installed. " + install);
 }
 

@@ -91,7 +91,8 @@ std::vector<std::string> outlines(const definitions& known, const std::string& s
   return result;
 }
 
-verdict open(const std::optional<std::string>& viewer, const candidates& among, opening& into) {
+verdict findOpening(const std::optional<std::string>& viewer, const candidates& among,
+                    opening& into) {
   link& what = into.what;
   if (const char* const never = rulesOf(what.scheme).never) {
     return refusal{code::SCHEME, never, 0};
@@ -106,10 +107,8 @@ verdict open(const std::optional<std::string>& viewer, const candidates& among, 
     return fault;
   }
   if (!among.wishes.found.empty()) {
-    return refusal{code::SETTINGS,
-                   "The settings have a fault, and must be corrected first. " +
-                       among.wishes.found.front().lineOfText() + '.',
-                   {}};
+    return faultOutside(code::SETTINGS, "The settings have a fault, and must be corrected first. " +
+                                            among.wishes.found.front().lineOfText() + '.');
   }
   into.rules = rulesFor(among.wishes, *what.machine, what.scheme);
   const auto configured =
@@ -160,7 +159,7 @@ opening decide(const std::string& text, const std::optional<std::string>& viewer
   opening result;
   result.why = readScheme(text, result.what);
   if (!result.why) {
-    result.why = open(viewer, among, result);
+    result.why = findOpening(viewer, among, result);
   }
   if (result.why) {
     result.why = about(result.what, *result.why);

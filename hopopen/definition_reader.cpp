@@ -56,9 +56,9 @@ const char* whyNot(placeholder what) {
 }
 
 // Reads one file.  Every fault is noted, and reading goes on.
-class reader {
+class definitionReader {
  public:
-  reader(const std::string& file, faults& found) : m_file(file), m_found(found) {}
+  definitionReader(const std::string& file, faults& found) : m_file(file), m_found(found) {}
 
   void read(const toml::table& file, definition& into);
   void complain(const toml::source_position& where, const std::string& message) {
@@ -66,7 +66,7 @@ class reader {
   }
 
  private:
-  using handler = void (reader::*)(const toml::node& value, definition& into);
+  using handler = void (definitionReader::*)(const toml::node& value, definition& into);
   struct entry {
     std::string_view key;
     handler read;
@@ -134,29 +134,29 @@ class reader {
   bool m_inTerminal = false;
 };
 
-constexpr std::array<reader::entry, 15> reader::ENTRIES = {{
-    {"name", &reader::readName, true},
-    {"schemes", &reader::readSchemes, true},
-    {"programs", &reader::readPrograms, true},
-    {"arguments", &reader::readArguments, true},
-    {"tunnelled", &reader::readTunnelled, false},
-    {"rank", &reader::readRank, false},
-    {"packages", &reader::readPackages, false},
-    {"stranger", &reader::readStranger, false},
-    {"trusted", &reader::readTrusted, false},
-    {"unguarded", &reader::readUnguarded, false},
-    {"unset", &reader::readUnset, false},
-    {"terminal", &reader::readTerminal, false},
-    {"default", &reader::readDefault, false},
-    {"environment", &reader::readEnvironment, false},
-    {"parameters", &reader::readParameters, false},
+constexpr std::array<definitionReader::entry, 15> definitionReader::ENTRIES = {{
+    {"name", &definitionReader::readName, true},
+    {"schemes", &definitionReader::readSchemes, true},
+    {"programs", &definitionReader::readPrograms, true},
+    {"arguments", &definitionReader::readArguments, true},
+    {"tunnelled", &definitionReader::readTunnelled, false},
+    {"rank", &definitionReader::readRank, false},
+    {"packages", &definitionReader::readPackages, false},
+    {"stranger", &definitionReader::readStranger, false},
+    {"trusted", &definitionReader::readTrusted, false},
+    {"unguarded", &definitionReader::readUnguarded, false},
+    {"unset", &definitionReader::readUnset, false},
+    {"terminal", &definitionReader::readTerminal, false},
+    {"default", &definitionReader::readDefault, false},
+    {"environment", &definitionReader::readEnvironment, false},
+    {"parameters", &definitionReader::readParameters, false},
 }};
 
 std::string unknownKey(const toml::key& key) {
   return shownWord(key.str()) + " is not a key that is known here";
 }
 
-void reader::read(const toml::table& file, definition& into) {
+void definitionReader::read(const toml::table& file, definition& into) {
   const auto terminal = file.find("terminal");
   m_inTerminal = terminal != file.end() && terminal->second.value_or(false);
   for (const auto& [key, value] : file) {
@@ -176,14 +176,14 @@ void reader::read(const toml::table& file, definition& into) {
   }
 }
 
-const toml::table* reader::table(const toml::node& value) {
+const toml::table* definitionReader::table(const toml::node& value) {
   if (!value.is_table()) {
     complain(value, "this must be a table");
   }
   return value.as_table();
 }
 
-std::string reader::string(const toml::node& value, allowed isAllowed, const char* what) {
+std::string definitionReader::string(const toml::node& value, allowed isAllowed, const char* what) {
   const auto text = value.value_exact<std::string>();
   if (!text || !isAllowed(*text)) {
     complain(value, std::string("this must be ") + what);
@@ -191,8 +191,8 @@ std::string reader::string(const toml::node& value, allowed isAllowed, const cha
   return text.value_or("");
 }
 
-std::vector<std::string> reader::strings(const toml::node& value, allowed isAllowed,
-                                         const char* what) {
+std::vector<std::string> definitionReader::strings(const toml::node& value, allowed isAllowed,
+                                                   const char* what) {
   std::vector<std::string> result;
   const toml::array* const list = value.as_array();
   if (list == nullptr) {
@@ -205,13 +205,14 @@ std::vector<std::string> reader::strings(const toml::node& value, allowed isAllo
   return result;
 }
 
-void reader::requireOne(const toml::node& list) {
+void definitionReader::requireOne(const toml::node& list) {
   if (list.is_array() && list.as_array()->empty()) {
     complain(list, "this list must not be empty");
   }
 }
 
-textTemplate reader::text(const toml::node& value, std::initializer_list<placeholder> forbidden) {
+textTemplate definitionReader::text(const toml::node& value,
+                                    std::initializer_list<placeholder> forbidden) {
   const auto source = value.value_exact<std::string>();
   if (!source || source->find('\0') != std::string::npos) {
     complain(value, "this must be a text without a zero byte");
@@ -233,7 +234,8 @@ textTemplate reader::text(const toml::node& value, std::initializer_list<placeho
   return *result;
 }
 
-element reader::words(const toml::node& value, std::initializer_list<placeholder> forbidden) {
+element definitionReader::words(const toml::node& value,
+                                std::initializer_list<placeholder> forbidden) {
   const toml::array* const list = value.as_array();
   if (list == nullptr) {
     return {text(value, forbidden)};
@@ -246,8 +248,8 @@ element reader::words(const toml::node& value, std::initializer_list<placeholder
   return result;
 }
 
-std::vector<element> reader::elements(const toml::node& value,
-                                      std::initializer_list<placeholder> forbidden) {
+std::vector<element> definitionReader::elements(const toml::node& value,
+                                                std::initializer_list<placeholder> forbidden) {
   std::vector<element> result;
   const toml::array* const list = value.as_array();
   if (list == nullptr) {
@@ -260,7 +262,7 @@ std::vector<element> reader::elements(const toml::node& value,
   return result;
 }
 
-void reader::readRank(const toml::node& value, definition& into) {
+void definitionReader::readRank(const toml::node& value, definition& into) {
   const auto rank = value.value_exact<std::int64_t>();
   if (!rank) {
     complain(value, "this must be a whole number");
@@ -268,7 +270,7 @@ void reader::readRank(const toml::node& value, definition& into) {
   into.rank = rank.value_or(into.rank);
 }
 
-void reader::readTerminal(const toml::node& value, definition& into) {
+void definitionReader::readTerminal(const toml::node& value, definition& into) {
   const auto terminal = value.value_exact<bool>();
   if (!terminal) {
     complain(value, "this must be true or false");
@@ -276,7 +278,7 @@ void reader::readTerminal(const toml::node& value, definition& into) {
   into.terminal = terminal.value_or(false);
 }
 
-void reader::readDefault(const toml::node& value, definition& into) {
+void definitionReader::readDefault(const toml::node& value, definition& into) {
   const toml::table* const values = table(value);
   if (values == nullptr) {
     return;
@@ -293,7 +295,7 @@ void reader::readDefault(const toml::node& value, definition& into) {
   }
 }
 
-void reader::readEnvironment(const toml::node& value, definition& into) {
+void definitionReader::readEnvironment(const toml::node& value, definition& into) {
   const toml::table* const values = table(value);
   if (values == nullptr) {
     return;
@@ -309,7 +311,7 @@ void reader::readEnvironment(const toml::node& value, definition& into) {
   }
 }
 
-void reader::readAllow(const toml::node& value, parameterRule& into) {
+void definitionReader::readAllow(const toml::node& value, parameterRule& into) {
   into.limited = true;
   into.allow = string(value, isText, "a regular expression");
   if (RegExpr(into.allow, true).CompileError() != REGEXPR_OKAY) {
@@ -317,7 +319,8 @@ void reader::readAllow(const toml::node& value, parameterRule& into) {
   }
 }
 
-void reader::readParameter(const toml::key& key, const toml::node& value, definition& into) {
+void definitionReader::readParameter(const toml::key& key, const toml::node& value,
+                                     definition& into) {
   parameterRule rule;
   rule.name = key.str();
   if (!isConfigurable(rule.name)) {
@@ -352,7 +355,7 @@ void reader::readParameter(const toml::key& key, const toml::node& value, defini
   into.parameters.push_back(rule);
 }
 
-void reader::readParameters(const toml::node& value, definition& into) {
+void definitionReader::readParameters(const toml::node& value, definition& into) {
   if (const toml::table* const values = table(value)) {
     for (const auto& [key, item] : *values) {
       readParameter(key, item, into);
@@ -368,7 +371,7 @@ std::optional<definition> readDefinition(const std::string& name, const std::str
   definition result;
   result.file = file;
   result.name = name;
-  reader toFaults(file, found);
+  definitionReader toFaults(file, found);
   const toml::parse_result parsed = readToml(text);
   if (parsed) {
     toFaults.read(parsed.table(), result);

@@ -57,9 +57,10 @@ std::optional<definition> readOutlineOf(const std::string& name, const std::stri
   return result ? std::move(result) : readOne(name, path, extent::OUTLINE, found);
 }
 
-enum class wanted : unsigned char { OUTLINES, DEFINITIONS, FAULTS_OF_ALL };
+enum class thoroughness : unsigned char { OUTLINES, DEFINITIONS, FAULTS_OF_ALL };
 
-definitions read(const std::vector<std::string>& folders, wanted what, const catalog& outlines) {
+definitions readAll(const std::vector<std::string>& folders, thoroughness what,
+                    const catalog& outlines) {
   definitions result;
   std::set<std::string> taken;
   std::set<std::string> visited;
@@ -80,11 +81,12 @@ definitions read(const std::vector<std::string>& folders, wanted what, const cat
         continue;
       }
       const bool wins = taken.insert(name).second;
-      if (!wins && what != wanted::FAULTS_OF_ALL) {
+      if (!wins && what != thoroughness::FAULTS_OF_ALL) {
         continue;
       }
-      auto viewer = what == wanted::OUTLINES ? readOutlineOf(name, path, outlines, result.found)
-                                             : readOne(name, path, extent::WHOLE, result.found);
+      auto viewer = what == thoroughness::OUTLINES
+                        ? readOutlineOf(name, path, outlines, result.found)
+                        : readOne(name, path, extent::WHOLE, result.found);
       if (viewer && wins) {
         result.viewers.push_back(std::move(*viewer));
       }
@@ -112,11 +114,11 @@ bool definitions::open(const std::string& scheme) const {
 }
 
 definitions readDefinitions(const std::vector<std::string>& folders) {
-  return read(folders, wanted::DEFINITIONS, {});
+  return readAll(folders, thoroughness::DEFINITIONS, {});
 }
 
 definitions readOutlines(const std::vector<std::string>& folders, const catalog& outlines) {
-  return read(folders, wanted::OUTLINES, outlines);
+  return readAll(folders, thoroughness::OUTLINES, outlines);
 }
 
 void readWhole(definitions& known, const std::vector<std::string>& names) {
@@ -133,7 +135,7 @@ void readWhole(definitions& known, const std::vector<std::string>& names) {
 }
 
 definitions readAllDefinitions(const std::vector<std::string>& folders) {
-  return read(folders, wanted::FAULTS_OF_ALL, {});
+  return readAll(folders, thoroughness::FAULTS_OF_ALL, {});
 }
 
 }  // namespace hopopen

@@ -11,7 +11,7 @@ namespace hopopen {
 
 namespace {
 
-bool covers(const std::string& pattern, const std::string& scheme) {
+bool matches(const std::string& pattern, const std::string& scheme) {
   const std::string text = lower(pattern);
   return text == "<all_urls>" || text == scheme + "://*" || text == scheme + "://*/*" ||
          text == scheme + ":*";
@@ -20,12 +20,12 @@ bool covers(const std::string& pattern, const std::string& scheme) {
 std::optional<std::string> byFilter(const jsonData& policies, const std::string& scheme) {
   for (const std::string& pattern :
        textsOf(policies, {"policies", "WebsiteFilter", "Exceptions"})) {
-    if (covers(pattern, scheme)) {
+    if (matches(pattern, scheme)) {
       return {};
     }
   }
   for (const std::string& pattern : textsOf(policies, {"policies", "WebsiteFilter", "Block"})) {
-    if (covers(pattern, scheme)) {
+    if (matches(pattern, scheme)) {
       return "WebsiteFilter blocks \"" + pattern + '"';
     }
   }

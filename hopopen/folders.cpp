@@ -5,17 +5,17 @@ namespace hopopen {
 
 namespace {
 
-constexpr const char* OWN = "/hoplaunch";
+constexpr const char* OWN_FOLDER = "/hoplaunch";
 
 std::string ownFolder(variableReader get, const char* name, const char* usual) {
   const std::string folder = userFolder(get, name, usual);
-  return folder.empty() ? folder : folder + OWN;
+  return folder.empty() ? folder : folder + OWN_FOLDER;
 }
 
 std::vector<std::string> ownFolders(variableReader get, const char* name, const char* usual) {
   std::vector<std::string> result = systemFolders(get, name, usual);
   for (std::string& path : result) {
-    path += OWN;
+    path += OWN_FOLDER;
   }
   return result;
 }

@@ -23,14 +23,6 @@ namespace hopopen {
 
 namespace {
 
-verdict at(code why, std::size_t position, const char* message) {
-  return refusal{why, message, position};
-}
-
-verdict syntax(std::size_t position, const char* message) {
-  return at(code::SYNTAX, position, message);
-}
-
 verdict readSchemeName(std::string_view text, std::string& into) {
   constexpr const char* NO_SCHEME =
       "The link does not begin with a scheme, as in \"vnc://host\". Check the link.";
@@ -43,7 +35,7 @@ verdict readSchemeName(std::string_view text, std::string& into) {
   constexpr std::string_view mark = "://";
   for (std::size_t i = 0; i < mark.size(); i++) {
     if (end == 0 || end + i >= text.size() || text[end + i] != mark[i]) {
-      return syntax(end + i, NO_SCHEME);
+      return syntaxFault(end + i, NO_SCHEME);
     }
   }
   into = lower(text.substr(0, end));
@@ -55,7 +47,7 @@ verdict readSchemeName(std::string_view text, std::string& into) {
 verdict readUser(const piece& encoded, link& into) {
   const std::string user = decode(encoded.text);
   if (const auto fault = faultOfUser(user)) {
-    return at(code::USER, origin(encoded, *fault), BAD_USER);
+    return faultAt(code::USER, origin(encoded, *fault), BAD_USER);
   }
   if (!user.empty()) {
     into.user = user;
@@ -66,7 +58,7 @@ verdict readUser(const piece& encoded, link& into) {
 verdict readPassword(const piece& encoded, link& into) {
   const std::string password = decode(encoded.text);
   if (const auto fault = faultOfPassword(password)) {
-    return at(code::USER, origin(encoded, *fault), BAD_PASSWORD);
+    return faultAt(code::USER, origin(encoded, *fault), BAD_PASSWORD);
   }
   if (!password.empty()) {
     into.password = password;
@@ -93,7 +85,7 @@ verdict readUserInformation(piece text, link& into) {
 verdict readMachine(const piece& text, link& into) {
   host machine;
   if (const auto fault = readHost(text, machine)) {
-    return at(code::HOST, fault->position, fault->message);
+    return faultAt(code::HOST, fault->position, fault->message);
   }
   into.machine = machine;
   return {};
@@ -104,7 +96,7 @@ verdict readAuthority(piece text, link& into) {
   if (mark != std::string_view::npos) {
     const std::size_t second = text.text.find('@', mark + 1);
     if (second != std::string_view::npos) {
-      return syntax(text.start + second, "The link has a second \"@\". Check the link.");
+      return syntaxFault(text.start + second, "The link has a second \"@\". Check the link.");
     }
     if (auto fault = readUserInformation(text.takeUntil("@"), into)) {
       return fault;
@@ -125,9 +117,9 @@ verdict readAuthority(piece text, link& into) {
 
 verdict checkPath(const piece& path) {
   if (path.text.size() > 1) {
-    return at(code::PATH, path.start + 1,
-              "The link names something on the machine, not the machine alone. Ask for a link "
-              "that ends after the host and port.");
+    return faultAt(code::PATH, path.start + 1,
+                   "The link names something on the machine, not the machine alone. Ask for a link "
+                   "that ends after the host and port.");
   }
   return {};
 }

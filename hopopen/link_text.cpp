@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <optional>
-#include <string>
 #include <string_view>
 
 #include "characters.h"
@@ -18,16 +17,13 @@ namespace {
 
 constexpr std::size_t LONGEST_LINK = 8192;
 
-verdict syntax(std::size_t position, const char* message) {
-  return refusal{code::SYNTAX, message, position};
-}
-
 verdict checkLength(std::string_view text) {
   if (text.empty()) {
-    return syntax(0, "The link is empty. Copy it again.");
+    return syntaxFault(0, "The link is empty. Copy it again.");
   }
   if (text.size() > LONGEST_LINK) {
-    return syntax(LONGEST_LINK, "The link is longer than 8192 characters. Ask for a shorter one.");
+    return syntaxFault(LONGEST_LINK,
+                       "The link is longer than 8192 characters. Ask for a shorter one.");
   }
   return {};
 }
@@ -36,20 +32,21 @@ verdict checkBytes(std::string_view text) {
   bool inFragment = false;
   for (std::size_t i = 0; i < text.size(); i++) {
     if (!isOfURI(text[i])) {
-      return syntax(i, "The link has a character that links cannot have. Copy it again.");
+      return syntaxFault(i, "The link has a character that links cannot have. Copy it again.");
     }
     if (text[i] == '%') {
       for (std::size_t digit = i + 1; digit <= i + 2; digit++) {
         if (digit >= text.size() || !isHexDigit(text[digit])) {
-          return syntax(std::min(digit, text.size()),
-                        "A \"%\" in the link is not followed by two hexadecimal digits. Check the "
-                        "link.");
+          return syntaxFault(
+              std::min(digit, text.size()),
+              "A \"%\" in the link is not followed by two hexadecimal digits. Check the "
+              "link.");
         }
       }
     }
     if (text[i] == '#') {
       if (inFragment) {
-        return syntax(i, "The link has a second \"#\". Check the link.");
+        return syntaxFault(i, "The link has a second \"#\". Check the link.");
       }
       inFragment = true;
     }
@@ -83,21 +80,21 @@ verdict checkBrackets(std::string_view text) {
   }
   const hostRoom room = roomForHost(text, open);
   if (text[open] != '[' || open != room.begin || open >= room.end) {
-    return syntax(open, MISPLACED);
+    return syntaxFault(open, MISPLACED);
   }
   const std::size_t close = std::min(text.find_first_of("[]", open + 1), text.size());
   if (close >= room.end) {
-    return syntax(room.end, R"(The link has a "[" without its "]". Check the link.)");
+    return syntaxFault(room.end, R"(The link has a "[" without its "]". Check the link.)");
   }
   if (text[close] == '[') {
-    return syntax(close, MISPLACED);
+    return syntaxFault(close, MISPLACED);
   }
   const std::size_t next = close + 1;
   if (next < room.end && text[next] != ':') {
-    return syntax(next, "Only a port may follow the \"]\" of an address. Check the link.");
+    return syntaxFault(next, "Only a port may follow the \"]\" of an address. Check the link.");
   }
   const std::size_t more = text.find_first_of("[]", next);
-  return more == std::string_view::npos ? verdict() : syntax(more, MISPLACED);
+  return more == std::string_view::npos ? verdict() : syntaxFault(more, MISPLACED);
 }
 
 }  // namespace

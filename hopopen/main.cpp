@@ -33,7 +33,8 @@ constexpr int FAULTS_FOUND = 4;
 
 int list(const options& asked, const folders& where, const surroundings& around) {
   if (!around.wishes.found.empty()) {
-    const refusal why{code::SETTINGS, around.wishes.found.front().lineOfText() + '.', {}};
+    const refusal why =
+        faultOutside(code::SETTINGS, around.wishes.found.front().lineOfText() + '.');
     return refuse(why, asked, around.programs, launchLog(""));
   }
   keepCatalog(where.catalogFile, around.known);

@@ -11,7 +11,6 @@ namespace hopopen {
 
 namespace {
 
-constexpr char BETWEEN_FIELDS = '\t';
 constexpr char BETWEEN_TEXTS = '\x1f';  // no text of a definition has a control character
 
 std::string joined(const std::vector<std::string>& texts) {

@@ -10,6 +10,9 @@
 
 namespace hopopen {
 
+/// Between the fields of an outline.
+inline constexpr char BETWEEN_FIELDS = '\t';
+
 /// The outline of the definition, without a line feed.
 std::string outlineText(const definition& viewer);
 

@@ -20,21 +20,17 @@ namespace {
 
 constexpr std::size_t LONGEST_VALUE = 4096;
 
-verdict at(code why, std::size_t position, const char* message) {
-  return refusal{why, message, position};
-}
-
 verdict readName(const piece& encoded, code why, std::string& into) {
   into = decode(encoded.text);
   for (std::size_t i = 0; i < into.size(); i++) {
     const bool allowed =
         i == 0 ? isLetter(into[i]) : isWord(into[i]) || into[i] == '.' || into[i] == '-';
     if (!allowed || i == LONGEST_PARAMETER) {
-      return at(why, origin(encoded, i), BAD_NAME);
+      return faultAt(why, origin(encoded, i), BAD_NAME);
     }
   }
   if (into.empty()) {
-    return at(why, encoded.start, NO_NAME);
+    return faultAt(why, encoded.start, NO_NAME);
   }
   return {};
 }
@@ -76,9 +72,10 @@ verdict readValue(const piece& encoded, code why, std::string& into) {
   into = decode(encoded.text);
   for (std::size_t i = 0; i < into.size(); i++) {
     if (isControl(into[i]) || i == LONGEST_VALUE) {
-      return at(why, origin(encoded, i),
-                "A parameter of the link has a value that is too long or has a control character. "
-                "Check the link.");
+      return faultAt(
+          why, origin(encoded, i),
+          "A parameter of the link has a value that is too long or has a control character. "
+          "Check the link.");
     }
   }
   return {};
@@ -89,8 +86,8 @@ verdict addParameter(parameter read, code why, std::vector<parameter>& into) {
     if (sameLetters(other.key(), read.key())) {
       return other.value == read.value && other.type == read.type
                  ? verdict()
-                 : at(why, read.position,
-                      "A parameter is given twice, with two values. Check the link.");
+                 : faultAt(why, read.position,
+                           "A parameter is given twice, with two values. Check the link.");
     }
   }
   into.push_back(std::move(read));

@@ -51,4 +51,16 @@ std::string refusalLine(const refusal& why) {
   return "hopopen: " + why.message + " (" + text(why.why) + ')';
 }
 
+verdict faultAt(code why, std::size_t position, const char* message) {
+  return refusal{why, message, position};
+}
+
+verdict syntaxFault(std::size_t position, const char* message) {
+  return faultAt(code::SYNTAX, position, message);
+}
+
+refusal faultOutside(code why, const std::string& message) {
+  return {why, message, {}};
+}
+
 }  // namespace hopopen

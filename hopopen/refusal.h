@@ -46,4 +46,11 @@ std::string refusalLine(const refusal& why);
 /// Empty when all is well.
 using verdict = std::optional<refusal>;
 
+/// A refusal for that byte of the link.
+verdict faultAt(code why, std::size_t position, const char* message);
+verdict syntaxFault(std::size_t position, const char* message);
+
+/// A refusal for what is not in the link.
+refusal faultOutside(code why, const std::string& message);
+
 }  // namespace hopopen

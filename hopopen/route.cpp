@@ -38,10 +38,10 @@ part partOf(const link& what, const parameter& one) {
 }
 
 // Reads the gateway of a link, parameter for parameter.
-class reader {
+class gatewayReader {
  public:
-  reader(const link& what, const std::optional<gateway>& configured,
-         const std::function<bool(const host&)>& trusts)
+  gatewayReader(const link& what, const std::optional<gateway>& configured,
+                const std::function<bool(const host&)>& trusts)
       : m_link(what), m_configured(configured), m_trusts(trusts) {
     for (const parameter& one : what.parameters) {
       m_hasHost = m_hasHost || partOf(what, one) == part::HOST;
@@ -131,7 +131,7 @@ route findRoute(const link& what, const std::optional<gateway>& configured,
   route result;
   result.through = configured;
   result.trusted = trusts(*what.machine);
-  reader gate(what, configured, trusts);
+  gatewayReader gate(what, configured, trusts);
   for (std::size_t i = 0; i < what.parameters.size(); i++) {
     result.fault = gate.read(what.parameters[i]);
     if (result.fault) {

@@ -41,21 +41,17 @@ constexpr const char* BAD_PAIR =
     "The link has something that is not of the form \"name=s:text\" or \"name=i:number\". Check "
     "the link.";
 
-verdict at(code why, std::size_t position, const char* message) {
-  return refusal{why, message, position};
-}
-
 verdict readName(const piece& encoded, std::string& into) {
   into = decode(encoded.text);
   if (into.empty()) {
-    return at(code::SYNTAX, encoded.start, NO_NAME);
+    return syntaxFault(encoded.start, NO_NAME);
   }
   for (std::size_t i = 0; i < into.size(); i++) {
     const bool allowed =
         isLetter(into[i]) ||
         (i > 0 && (isWord(into[i]) || std::string_view(" .-+").find(into[i]) != std::string::npos));
     if (!allowed || i == LONGEST_PARAMETER) {
-      return at(code::SYNTAX, origin(encoded, i), BAD_NAME);
+      return syntaxFault(origin(encoded, i), BAD_NAME);
     }
   }
   return {};
@@ -83,14 +79,14 @@ verdict readTyped(const piece& encoded, parameter& into) {
         i < into.value.size() &&
         (i == 0 ? types.find(into.value[0]) != std::string_view::npos : into.value[1] == ':');
     if (!right) {
-      return at(code::SYNTAX, origin(encoded, i), BAD_PAIR);
+      return syntaxFault(origin(encoded, i), BAD_PAIR);
     }
   }
   into.type = into.value[0];
   into.valuePosition = origin(encoded, 2);
   into.value.erase(0, 2);
   const auto fault = into.type == 'i' ? faultOfNumber(into.value) : std::nullopt;
-  return fault ? at(code::SYNTAX, origin(encoded, 2 + *fault), BAD_PAIR) : verdict();
+  return fault ? syntaxFault(origin(encoded, 2 + *fault), BAD_PAIR) : verdict();
 }
 
 verdict readPairs(piece rest, std::vector<parameter>& into) {
@@ -101,7 +97,7 @@ verdict readPairs(piece rest, std::vector<parameter>& into) {
     }
     const auto parts = divide(pair);
     if (!parts) {
-      return at(code::SYNTAX, pair.end(), BAD_PAIR);
+      return syntaxFault(pair.end(), BAD_PAIR);
     }
     parameter read{.name = {}, .value = {}, .position = pair.start};
     if (auto fault = readName(parts->name, read.name)) {
@@ -144,7 +140,7 @@ verdict readUser(link& into) {
       fault = *fault == std::string::npos ? std::nullopt : fault;
     }
     if (fault) {
-      return at(code::USER, place(into, *one, *fault), BAD_USER);
+      return faultAt(code::USER, place(into, *one, *fault), BAD_USER);
     }
   }
   if (name == nullptr || name->value.empty()) {
@@ -174,8 +170,8 @@ std::optional<parameter> takeAddress(std::vector<parameter>& from) {
 // The address is a host and a port, decoded already.
 verdict readAddress(const std::optional<parameter>& address, link& into) {
   if (!address) {
-    return at(code::HOST, into.text.size(),
-              "The link names no host: it has no \"full address\". Check the link.");
+    return faultAt(code::HOST, into.text.size(),
+                   "The link names no host: it has no \"full address\". Check the link.");
   }
   const std::string& text = address->value;
   const std::size_t close = text.find(']');
@@ -183,7 +179,7 @@ verdict readAddress(const std::optional<parameter>& address, link& into) {
   const piece whole{text, 0};
   host machine;
   if (const auto fault = readHost(whole.part(0, colon), machine, coding::DECODED)) {
-    return at(code::HOST, place(into, *address, fault->position), fault->message);
+    return faultAt(code::HOST, place(into, *address, fault->position), fault->message);
   }
   into.machine = machine;
   const piece port = whole.part(std::min(colon, text.size() - 1) + 1);
@@ -203,10 +199,10 @@ verdict readServerPort(link& into) {
   const std::string digits = given->meant();
   std::optional<std::uint16_t> port;
   if (readPort({digits, 0}, port)) {
-    return at(code::PORT, place(into, *given, 0), BAD_PORT);
+    return faultAt(code::PORT, place(into, *given, 0), BAD_PORT);
   }
   if (into.port && into.port != port) {
-    return at(code::PORT, place(into, *given, 0), TWO_PORTS);
+    return faultAt(code::PORT, place(into, *given, 0), TWO_PORTS);
   }
   if (!into.port) {
     into.portPosition = place(into, *given, 0);

@@ -19,9 +19,9 @@ namespace hopopen {
 namespace {
 
 // Reads one file.  Every fault is noted, and reading goes on.
-class reader {
+class settingsReader {
  public:
-  explicit reader(settings& into) : m_into(into) {}
+  explicit settingsReader(settings& into) : m_into(into) {}
 
   void read(const toml::table& file) {
     if (const toml::table* use = table(file, "use")) {
@@ -158,7 +158,7 @@ class reader {
 settings readSettings(const std::string& text, const std::string& file, faults& found) {
   settings result;
   result.file = file;
-  reader reading(result);
+  settingsReader reading(result);
   const toml::parse_result parsed = readToml(text);
   if (parsed) {
     reading.read(parsed.table());

@@ -8,14 +8,14 @@ namespace hopopen {
 namespace {
 
 // A host's table, and the key that the text has for it.
-struct place {
+struct hostPlace {
   std::string key;
   const toml::node* node = nullptr;
 
   const toml::table* table() const { return node == nullptr ? nullptr : node->as_table(); }
 };
 
-place placeOf(const tomlText& source, const trustedHost& host) {
+hostPlace findHost(const tomlText& source, const trustedHost& host) {
   if (const toml::table* const hosts = source.table("host")) {
     for (const auto& [key, value] : *hosts) {
       if (readTrusted(key.str()) == host) {
@@ -33,11 +33,11 @@ const toml::table* useIn(const toml::table* table) {
 }  // namespace
 
 const toml::table* usedBy(const tomlText& source, const change& what) {
-  return what.forHost ? useIn(placeOf(source, *what.forHost).table()) : source.table("use");
+  return what.forHost ? useIn(findHost(source, *what.forHost).table()) : source.table("use");
 }
 
 const toml::node* trustIn(const tomlText& source, const trustedHost& host) {
-  const toml::table* const table = placeOf(source, host).table();
+  const toml::table* const table = findHost(source, host).table();
   return table == nullptr ? nullptr : table->get("trust");
 }
 
@@ -47,7 +47,7 @@ void addUse(textEdit& edit, tomlText& source, const trustedHost& host,
     return;
   }
   const toml::table* const hosts = source.table("host");
-  const place found = placeOf(source, host);
+  const hostPlace found = findHost(source, host);
   const shape outer = source.shapeOf(hosts);
   if (outer == shape::INLINE && found.node == nullptr) {
     const std::string use = inlineTable({{"use", inlineTable(viewers)}});

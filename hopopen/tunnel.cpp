@@ -28,7 +28,7 @@ namespace {
 constexpr std::size_t MOST_KEPT = 4096;  // of what ssh says
 
 refusal failed(const std::string& message) {
-  return {code::TUNNEL, message, {}};
+  return faultOutside(code::TUNNEL, message);
 }
 
 [[noreturn]] void run(const program& ssh, std::vector<std::string>& words, int output) noexcept {

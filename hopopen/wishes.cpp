@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "wishes.h"
 
-#include <cstddef>
 #include <map>
 #include <optional>
 #include <vector>
@@ -19,21 +18,17 @@ namespace hopopen {
 
 namespace {
 
-refusal withoutPlace(code why, const std::string& message) {
-  return {why, message, {}};
-}
-
 verdict readUse(const std::vector<std::string>& words, const definitions& known, change& into) {
   const definition* const viewer = known.named(words.front());
   if (viewer == nullptr) {
-    return withoutPlace(code::CHOICE, "There is no viewer " + shownWord(words.front()) +
+    return faultOutside(code::CHOICE, "There is no viewer " + shownWord(words.front()) +
                                           ". See \"hopopen --list\".");
   }
   std::vector<std::string> schemes;
   for (auto word = words.begin() + 1; word != words.end(); ++word) {
     schemes.push_back(lower(*word));
     if (!viewer->opens(schemes.back())) {
-      return withoutPlace(code::CHOICE, printable(viewer->title) + " does not open " +
+      return faultOutside(code::CHOICE, printable(viewer->title) + " does not open " +
                                             shownWord(*word) + " links. See \"hopopen --list\".");
     }
   }
@@ -46,7 +41,7 @@ verdict readUse(const std::vector<std::string>& words, const definitions& known,
 verdict readHost(const std::string& word, std::vector<trustedHost>& into) {
   const auto read = readTrusted(word);
   if (!read) {
-    return withoutPlace(code::HOST,
+    return faultOutside(code::HOST,
                         shownWord(word) +
                             " is not a host. Write a name, an IPv4 address, an IPv6 address in "
                             "brackets, or a dot and a name for all names below it.");
@@ -104,11 +99,11 @@ verdict changeWishes(const options& asked, const folders& where, const definitio
     return fault;
   }
   if (where.userSettings.empty()) {
-    return withoutPlace(code::SETTINGS, "There is no folder for your settings. Set HOME.");
+    return faultOutside(code::SETTINGS, "There is no folder for your settings. Set HOME.");
   }
   const std::string error = changeSettings(where.userSettings, wanted);
   if (!error.empty()) {
-    return withoutPlace(code::SETTINGS, error);
+    return faultOutside(code::SETTINGS, error);
   }
   const preferences now = readPreferences(where);
   output = stillTrusted(wanted.distrust, now) + stillDistrusted(wanted.trust, now);

@@ -153,6 +153,7 @@ TEST(Rooms, HaveNoCirclesOfIncludes) {
 }
 
 TEST(Rooms, HaveNoCirclesOfCalls) {
+  if (TOGETHER) GTEST_SKIP() << "the sources were compiled together";
   expectNoCircle(bySymbols());
 }
 
@@ -172,6 +173,7 @@ TEST(Rooms, HaveAHeaderForEachSourceAndIncludeItFirst) {
 
 // So a function is defined in the file whose header declares it.
 TEST(Rooms, AreReachedThroughTheHeadersOfTheirName) {
+  if (TOGETHER) GTEST_SKIP() << "the sources were compiled together";
   const graph included = byIncludes();
   for (const auto& [unit, on] : bySymbols()) {
     const std::set<std::string> headers = reachedFrom(unit, included);
@@ -183,6 +185,7 @@ TEST(Rooms, AreReachedThroughTheHeadersOfTheirName) {
 }
 
 TEST(Rooms, LetToolsKnowNothingOfTheFrontDoor) {
+  if (TOGETHER) GTEST_SKIP() << "the sources were compiled together";
   for (const graph& all : {byIncludes(), bySymbols()}) {
     for (const auto& [unit, on] : all) {
       for (const std::string& other : on) {

@@ -6,16 +6,7 @@
 #include <utility>
 
 #include "conversion.h"
-#include "lasting.h"
-
-namespace {
-
-const std::string& emptyString() {
-  static const internal::lasting<std::string> empty;  // may be asked for at exit
-  return *empty;
-}
-
-}  // namespace
+#include "empty_string.h"
 
 assocList::assocList(const assocPair* table) {
   for (; table != nullptr && table->key != nullptr; table++) {
@@ -41,7 +32,7 @@ std::string& assocList::operator[](const std::string& key) {
 
 const std::string& assocList::operator[](const std::string& key) const {
   const auto found = find(key);
-  return found != end() ? found->second : emptyString();
+  return found != end() ? found->second : internal::emptyString();
 }
 
 bool assocList::addValue(const std::string& name, const std::string& value, bool force) {

@@ -23,9 +23,9 @@ fi
 file() { find "$prefix/lib" -name "$1" -print -quit; } # in its folder for the machine, too
 library=$(file libhoplaunch.so.1)
 
-launcher=()
+quickly=(-DCMAKE_UNITY_BUILD=ON) # the sources of the library together
 if command -v ccache >/dev/null; then
-  launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
+  quickly+=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
 fi
 
 # prints PROGRAM ROOT: the program prints what is expected, with that root after "DC=".
@@ -140,7 +140,7 @@ check 'without run-time type information' says_what_is_needed g++
 folder() {
   local build=$scratch/folder_$1
   cmake -S tests/outside/folder -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release \
-    "${launcher[@]}" "-DHOPLAUNCH_SHARED=$1" >"$scratch/said" 2>&1 &&
+    "${quickly[@]}" "-DHOPLAUNCH_SHARED=$1" >"$scratch/said" 2>&1 &&
     cmake --build "$build" --target with_hoplaunch with_static >"$scratch/said" 2>&1 &&
     return
   cat "$scratch/said"
@@ -160,7 +160,7 @@ check 'with_hoplaunch is linked with the shared library' \
 # installed NAME OPTION...: the programs are built with it and run.
 installed() {
   local build=$scratch/installing place=$scratch/$1 library flags program
-  cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release "${launcher[@]}" \
+  cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release "${quickly[@]}" \
     -DHOPLAUNCH_TESTS=OFF -DHOPLAUNCH_HOPOPEN=OFF "-DCMAKE_INSTALL_PREFIX=$place/prefix" \
     "${@:2}" >/dev/null && cmake --build "$build" >/dev/null || return
   for component in library development; do
