@@ -30,10 +30,11 @@
 #endif
 
 #include <cstdint>
+#include <cstdlib>
+#include <new>
 #include <typeinfo>
 
 #include "assertion.h"
-#include "lasting.h"
 #include "threading.h"
 
 #pragma GCC visibility push(default)
@@ -259,14 +260,16 @@ class Treference : public reference {
     return p != nullptr && typeid(*p) == typeid(T) ? static_cast<T*>(p) : dynamic_cast<T*>(p);
   }
 
+  // The variables are without a type of their own: a program shares them with the library by
+  // their names, and compilers differ in the name of one whose type has a std::string in it.
   static Treference& canonical() {
-    static canonicalHolder holder;
+    static void* const holder = canonicalHolder::construct();
     if (canonicalHolder::gone) {
       // What runs later than the holder's end starts from nothing.
-      static internal::lasting<Treference> late;
-      return *late;
+      static void* const late = ::new (canonicalHolder::lateRoom) Treference;
+      return *static_cast<Treference*>(late);
     }
-    return holder;
+    return *static_cast<Treference*>(holder);
   }
 };
 
@@ -274,7 +277,18 @@ class Treference : public reference {
 template <class T>
 struct Treference<T>::canonicalHolder : Treference<T> {
   static inline constinit bool gone = false;  ///< destroyed at exit
+  alignas(Treference<T>) static inline unsigned char room[sizeof(Treference<T>)];
+  alignas(Treference<T>) static inline unsigned char lateRoom[sizeof(Treference<T>)];
+
   ~canonicalHolder() override { gone = true; }
+
+  /// Makes the one that is destroyed at exit, as a static object would be.
+  static Treference<T>* construct() {
+    static_assert(sizeof(canonicalHolder) == sizeof room);
+    auto* const made = ::new (room) canonicalHolder;
+    std::atexit([] { std::launder(reinterpret_cast<canonicalHolder*>(room))->~canonicalHolder(); });
+    return made;
+  }
 };
 
 #pragma GCC visibility pop
