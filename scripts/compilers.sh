@@ -85,6 +85,7 @@ inside() {
         ;;
     esac
   done
+  [[ $2 == default ]] || arguments+=(-DCMAKE_UNITY_BUILD=ON -DCMAKE_UNITY_BUILD_BATCH_SIZE=12)
   export HOPLAUNCH_CMAKE_ARGS=${arguments[*]} HOPLAUNCH_CTEST_ARGS='--parallel 2'
   cmake --preset release "${arguments[@]}" && cmake --build --preset release -- -k 0 -j "$(nproc)" &&
     { [[ ${3:-} == --build ]] || ./test; }
