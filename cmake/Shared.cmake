@@ -10,12 +10,28 @@ if(HOPLAUNCH_SHARED)
   get_target_property(sources hoplaunch_support SOURCES)
   add_library(hoplaunch_support_shared SHARED ${sources})
   set(exports ${PROJECT_SOURCE_DIR}/cmake/libhoplaunch.map)
+  # Those are the names with the usual standard library; in others, its classes have other names.
+  include(CheckCXXSourceCompiles)
+  check_cxx_source_compiles("#include <string>
+    #ifndef __GLIBCXX__
+    #error
+    #endif
+    int main() {}" HOPLAUNCH_HAS_LIBSTDCXX)
+  if(NOT HOPLAUNCH_HAS_LIBSTDCXX)
+    set(exports ${CMAKE_CURRENT_BINARY_DIR}/libhoplaunch.map)
+    add_custom_command(OUTPUT ${exports} DEPENDS hoplaunch_support VERBATIM
+      COMMAND ${PROJECT_SOURCE_DIR}/scripts/exports $<TARGET_FILE:hoplaunch_support> >${exports})
+    add_custom_target(hoplaunch_exports DEPENDS ${exports})
+  endif()
   # The SONAME stands for the binary interface.  It goes up when a program that was
   # linked with the version before could not run with the new one.  What is exported is
   # said by the map alone, whatever a project around this one hides of its own.
   set_target_properties(hoplaunch_support_shared PROPERTIES
     OUTPUT_NAME hoplaunch SOVERSION 1 EXPORT_NAME hoplaunch LINK_DEPENDS ${exports}
     CXX_VISIBILITY_PRESET default VISIBILITY_INLINES_HIDDEN OFF)
+  if(TARGET hoplaunch_exports)
+    add_dependencies(hoplaunch_support_shared hoplaunch_exports)
+  endif()
   target_compile_features(hoplaunch_support_shared PUBLIC cxx_std_20)
   target_link_libraries(hoplaunch_support_shared PUBLIC $<BUILD_INTERFACE:hoplaunch_headers>
     PRIVATE $<BUILD_INTERFACE:hoplaunch_options>)

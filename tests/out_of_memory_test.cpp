@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <exception>
 #include <filesystem>
 #include <new>
 #include <string>
@@ -79,22 +80,29 @@ TEST(EndWithoutMemory, IsQuietWhenAsked) {
   EXPECT_EQ("", end.errors);
 }
 
+// What the C++ library says, each in its words.
 TEST(EndWithoutMemory, IsNotThatOfOtherExceptions) {
+  const processEnd usual = runChild([] {
+    throwInVain(1);
+    return 0;
+  });
   const processEnd end = endOf(hopopen::options(), 1);
   EXPECT_EQ("signal 6", end.ending);
-  EXPECT_EQ("terminate called after throwing an instance of 'int'\n", end.errors);
+  EXPECT_NE(end.errors.find("terminat"), end.errors.npos);
+  EXPECT_EQ(usual.errors, end.errors);
 }
 
 // `std::terminate` without an exception.
 TEST(EndWithoutMemory, IsNotThatOfAProgramThatGivesUp) {
   const hopopen::options asked;
-  const processEnd end = runChild([&] {
+  const processEnd usual = runChild([]() -> int { std::terminate(); });
+  const processEnd end = runChild([&]() -> int {
     hopopen::guardMemory(asked);
     std::terminate();
-    return 0;
   });
   EXPECT_EQ("signal 6", end.ending);
-  EXPECT_EQ("terminate called without an active exception\n", end.errors);
+  EXPECT_NE(end.errors.find("terminat"), end.errors.npos);
+  EXPECT_EQ(usual.errors, end.errors);
 }
 
 }  // namespace
