@@ -20,7 +20,8 @@ if(HOPLAUNCH_SHARED)
   if(NOT HOPLAUNCH_HAS_LIBSTDCXX)
     set(exports ${CMAKE_CURRENT_BINARY_DIR}/libhoplaunch.map)
     add_custom_command(OUTPUT ${exports} DEPENDS hoplaunch_support VERBATIM
-      COMMAND ${PROJECT_SOURCE_DIR}/scripts/exports $<TARGET_FILE:hoplaunch_support> >${exports})
+      COMMAND sh -c [["$1" "$2" >"$3"]] sh ${PROJECT_SOURCE_DIR}/scripts/exports
+        $<TARGET_FILE:hoplaunch_support> ${exports})
     add_custom_target(hoplaunch_exports DEPENDS ${exports})
   endif()
   # The SONAME stands for the binary interface.  It goes up when a program that was

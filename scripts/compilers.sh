@@ -59,7 +59,7 @@ list() {
 
 # inside COMPILER KIND [--build]
 inside() {
-  local version=${1#*++} flag arguments=()
+  local version=${1##*-} flag arguments=()
   export CXX=$1 CXXFLAGS=-fpch-preprocess CCACHE_DIR=/result/ccache CMAKE_CXX_COMPILER_LAUNCHER=ccache
   # What ccache needs so that it keeps what uses precompiled headers, too.
   export CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime
