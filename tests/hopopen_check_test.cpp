@@ -8,6 +8,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cstdint>
 #include <string>
 
 #include "checked_machine.h"
@@ -471,7 +472,8 @@ TEST_F(CheckOfClicks, ChangesNothing) {
     std::string result;
     for (const auto& entry :
          std::filesystem::recursive_directory_iterator(machine.path("config"))) {
-      const auto time = entry.last_write_time().time_since_epoch().count();
+      const auto time =
+          static_cast<std::int64_t>(entry.last_write_time().time_since_epoch().count());
       result += entry.path().string() + ' ' + std::to_string(time) + '\n';
     }
     return result;

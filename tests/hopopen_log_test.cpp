@@ -5,6 +5,8 @@
 #include <sys/ipc.h>
 #include <sys/sem.h>
 
+#include <cstdint>
+
 #include "hopopen_runner.h"
 
 namespace hopopen_log_test {
@@ -135,7 +137,8 @@ std::map<std::string, std::string> contents(const Machine& machine) {
   for (const auto& entry : fs::recursive_directory_iterator(machine.path(""))) {
     const std::string name = entry.path();
     if (name != machine.path("out") && name != machine.path("err")) {
-      const auto changed = fs::last_write_time(entry.path()).time_since_epoch().count();
+      const auto changed =
+          static_cast<std::int64_t>(fs::last_write_time(entry.path()).time_since_epoch().count());
       result[name] = std::to_string(changed) + " " +
                      (entry.is_regular_file() ? readFile(name) : std::string());
     }
