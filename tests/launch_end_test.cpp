@@ -24,6 +24,10 @@ void throwInVain() noexcept {
 }
 
 TEST(LaunchEnd, ByAnExceptionLeavesNoSet) {
+  const processEnd usual = runChild([] {
+    throwInVain();
+    return 0;
+  });
   const processEnd end = runChild([] {
     guardProcess();
     tell("set", semaphoreSet(false));
@@ -31,7 +35,8 @@ TEST(LaunchEnd, ByAnExceptionLeavesNoSet) {
     return 0;
   });
   EXPECT_EQ("signal 6", end.ending);
-  EXPECT_EQ("terminate called after throwing an instance of 'int'\n", end.errors);
+  EXPECT_NE(end.errors.find("terminat"), end.errors.npos);  // in the words of the C++ library
+  EXPECT_EQ(usual.errors, end.errors);
   ASSERT_TRUE(end.output.starts_with("set ")) << end.output;
   EXPECT_TRUE(isGone(std::stoi(end.output.substr(4))));
 }
