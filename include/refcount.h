@@ -277,7 +277,9 @@ class Treference : public reference {
 template <class T>
 struct Treference<T>::canonicalHolder : Treference<T> {
   static inline constinit bool gone = false;  ///< destroyed at exit
+  /// For this one.
   alignas(Treference<T>) static inline unsigned char room[sizeof(Treference<T>)];
+  /// For the one after it, which is not destroyed.
   alignas(Treference<T>) static inline unsigned char lateRoom[sizeof(Treference<T>)];
 
   ~canonicalHolder() override { gone = true; }
@@ -285,9 +287,8 @@ struct Treference<T>::canonicalHolder : Treference<T> {
   /// Makes the one that is destroyed at exit, as a static object would be.
   static Treference<T>* construct() {
     static_assert(sizeof(canonicalHolder) == sizeof room);
-    auto* const made = ::new (room) canonicalHolder;
     std::atexit([] { std::launder(reinterpret_cast<canonicalHolder*>(room))->~canonicalHolder(); });
-    return made;
+    return ::new (room) canonicalHolder;
   }
 };
 

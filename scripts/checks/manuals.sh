@@ -69,7 +69,7 @@ described_options() {
 }
 codes() { sed -n 's/^      return "\(.*\)";$/\1/p' hopopen/refusal.cpp | sort; }
 known_parameters() { sed -n 's/^    {"\([A-Za-z]*\)", meaning::.*/\1/p' hopopen/meaning.cpp hopopen/scheme.cpp | sort; }
-definition_keys() { sed -n 's/^    {"\([a-z]*\)", &reader::.*/\1/p' hopopen/definition_reader.cpp | sort; }
+definition_keys() { sed -n 's/^    {"\([a-z]*\)", &definitionReader::.*/\1/p' hopopen/definition_reader.cpp | sort; }
 placeholders() { sed -n 's/^    {"\([a-z]*\)", placeholder::.*/{\1}/p' hopopen/template.cpp | sort; }
 
 # opening_json ARGUMENT...: the object that hopopen prints.
