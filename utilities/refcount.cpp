@@ -2,7 +2,6 @@
 #include "refcount.h"
 
 #include <array>
-#include <cstddef>
 #include <cstdint>
 #include <locale>
 #include <optional>
@@ -10,6 +9,7 @@
 #include <string>
 #include <utility>
 
+#include "lasting.h"
 #include "pointers.h"
 #include "processes.h"
 #include "stack.h"
