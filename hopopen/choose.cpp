@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <tuple>
 
 #include "enumeration.h"
 #include "shown.h"
@@ -125,8 +126,10 @@ std::vector<const definition*> ranked(const definitions& known, const std::strin
       result.push_back(&one);
     }
   }
-  std::stable_sort(result.begin(), result.end(),
-                   [](const definition* a, const definition* b) { return a->rank < b->rank; });
+  // Those of one rank stay in their order.
+  std::sort(result.begin(), result.end(), [](const definition* a, const definition* b) {
+    return std::tie(a->rank, a) < std::tie(b->rank, b);
+  });
   return result;
 }
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "fault.h"
 
-#include <algorithm>
-#include <tuple>
+#include <map>
+#include <utility>
 
 #include "shown.h"
 
@@ -14,10 +14,15 @@ std::string fault::lineOfText() const {
 }
 
 void inOrder(faults& found, std::size_t first) {
-  std::stable_sort(found.begin() + static_cast<std::ptrdiff_t>(first), found.end(),
-                   [](const fault& a, const fault& b) {
-                     return std::tie(a.line, a.column) < std::tie(b.line, b.column);
-                   });
+  std::multimap<std::pair<std::uint32_t, std::uint32_t>, fault> byPlace;  // each as they came
+  for (std::size_t i = first; i < found.size(); i++) {
+    const std::pair place(found[i].line, found[i].column);
+    byPlace.emplace(place, std::move(found[i]));
+  }
+  found.erase(found.begin() + static_cast<std::ptrdiff_t>(first), found.end());
+  for (auto& [place, one] : byPlace) {
+    found.push_back(std::move(one));
+  }
 }
 
 }  // namespace hopopen

@@ -2,6 +2,7 @@
 #include "text_edit.h"
 
 #include <algorithm>
+#include <map>
 
 #include "characters.h"
 #include "text_lines.h"
@@ -53,16 +54,18 @@ textEdit::splice textEdit::tidied(splice removal) const {
 }
 
 std::string textEdit::result() const {
-  std::vector<splice> all = m_splices;
-  for (const splice& removal : removals()) {
-    all.push_back(tidied(removal));
+  std::multimap<std::size_t, splice> all;  // by their beginnings, and each as they came
+  for (const splice& change : m_splices) {
+    all.emplace(change.begin, change);
   }
-  std::stable_sort(all.begin(), all.end(),
-                   [](const splice& a, const splice& b) { return a.begin < b.begin; });
+  for (const splice& removal : removals()) {
+    const splice change = tidied(removal);
+    all.emplace(change.begin, change);
+  }
   std::string result;
   std::size_t done = 0;
-  for (const splice& change : all) {
-    result.append(m_text, done, change.begin - done);
+  for (const auto& [begin, change] : all) {
+    result.append(m_text, done, begin - done);
     result += change.by;
     done = change.end;
   }
