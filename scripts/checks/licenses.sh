@@ -15,5 +15,10 @@ unnamed() {
     git grep -lI '^#!' -- ':!docs' ':!*.md' ':!fuzz/corpus' ':!tests/data'
   )
 }
+# What the tools of REUSE would take for the name of a license.
+tag='SPDX-License''-Identifier:'
+misread() { git grep -n "$tag" | grep -vE "$tag MIT( \*/|-->)?\$"; }
+nothing_misread() { ! misread; }
 check 'each names its license' silent unnamed
+check 'nothing else looks like one' nothing_misread
 closing_line
