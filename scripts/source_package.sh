@@ -195,6 +195,7 @@ step_cross() {
 
 step_sbuild() {
   source_in /build
+  (cd /build && dpkg-source --build hoplaunch)
   minimal /build/trixie.tar build-essential apt ca-certificates
   usermod --add-subuids 200000-265535 --add-subgids 200000-265535 somebody
   chown -R somebody: /build
