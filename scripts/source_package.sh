@@ -197,7 +197,6 @@ step_sbuild() {
   source_in /build
   (cd /build && dpkg-source --build hoplaunch)
   minimal /build/trixie.tar build-essential apt ca-certificates
-  usermod --add-subuids 200000-265535 --add-subgids 200000-265535 somebody
   chown -R somebody: /build
   setpriv --reuid=somebody --regid=somebody --init-groups env HOME=/home/somebody \
     sbuild --chroot-mode=unshare --chroot=/build/trixie.tar --dist=trixie --arch-all --profiles=nocheck \
