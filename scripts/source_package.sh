@@ -196,6 +196,7 @@ step_cross() {
 step_sbuild() {
   source_in /build
   (cd /build && dpkg-source --build hoplaunch)
+  mount -t sysfs -o ro sysfs /sys # which sbuild lets the build see
   minimal /build/trixie.tar build-essential apt ca-certificates
   chown -R somebody: /build
   setpriv --reuid=somebody --regid=somebody --init-groups env HOME=/home/somebody \
