@@ -90,6 +90,9 @@ TEST(EndWithoutMemory, IsNotThatOfOtherExceptions) {
   EXPECT_EQ("signal 6", end.ending);
   EXPECT_NE(end.errors.find("terminat"), end.errors.npos);
   EXPECT_EQ(usual.errors, end.errors);
+#ifdef __GLIBCXX__
+  EXPECT_EQ("terminate called after throwing an instance of 'int'\n", end.errors);
+#endif
 }
 
 // `std::terminate` without an exception.
@@ -103,6 +106,9 @@ TEST(EndWithoutMemory, IsNotThatOfAProgramThatGivesUp) {
   EXPECT_EQ("signal 6", end.ending);
   EXPECT_NE(end.errors.find("terminat"), end.errors.npos);
   EXPECT_EQ(usual.errors, end.errors);
+#ifdef __GLIBCXX__
+  EXPECT_EQ("terminate called without an active exception\n", end.errors);
+#endif
 }
 
 }  // namespace
